@@ -1,0 +1,70 @@
+#pragma once
+
+#include <filesystem>
+#include <optional>
+#include <stdexcept>
+#include <string>
+
+namespace vrk {
+
+/// What a command ends with; the manual lists them.
+enum class ExitCode {
+    Done = 0,
+    CheckFailed = 1, ///< the part did not answer, or a value read is not the value written
+    Usage = 2,
+    NoBoard = 3,
+    LinkLost = 4,
+    File = 5,
+    Interrupted = 130
+};
+
+/// Ends a command with a message for the terminal.
+class CommandError : public std::runtime_error {
+  public:
+    CommandError(ExitCode code, const std::string& text) : std::runtime_error(text), code_(code) {}
+    ExitCode code() const { return code_; }
+
+  private:
+    ExitCode code_;
+};
+
+/// The options that every command takes.
+struct Options {
+    std::string simulate; ///< part in the simulated board's socket; empty: real boards
+    int board = 0;        ///< instance, in the order in which the system lists the boards
+    std::filesystem::path folder;
+    std::filesystem::path wireLog;
+    std::filesystem::path replay;
+    bool virtualTime = false;
+    bool realTime = false;
+    std::string startTime; ///< "2020-01-01 12:00:00"
+    bool json = false;
+};
+
+struct WiperOptions {
+    int channel = 0;
+    std::string part;    ///< an entry of the panel's device menu; empty: the simulated one, or manual set-up
+    std::string address; ///< hexadecimal, 8-bit form; empty: the part's
+    int taps = 0;        ///< 0: the part's
+    bool vcc = true;
+};
+
+struct WriteOptions : WiperOptions {
+    std::string value; ///< decimal, or hexadecimal behind 0x
+};
+
+struct SweepOptions : WiperOptions {
+    int from = 0;
+    std::optional<int> to; ///< nothing: the last position
+    int step = 1;
+    bool csv = false;
+};
+
+ExitCode listBoards(const Options& options);
+ExitCode doctor(const Options& options);
+ExitCode readWiper(const Options& options, const WiperOptions& wiper);
+ExitCode writeWiper(const Options& options, const WriteOptions& wiper);
+ExitCode sweepWiper(const Options& options, const SweepOptions& sweep);
+ExitCode serveRpc(const Options& options);
+
+} // namespace vrk

@@ -1,0 +1,136 @@
+#include "apps/vrkctl/Session.h"
+
+#include "apps/vrkctl/Terminal.h"
+#include "link/reportLayout.h"
+#include "platform/hid/HidapiHost.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <unistd.h>
+
+namespace vrk {
+
+namespace fs = std::filesystem;
+
+namespace {
+WallTime parseStartTime(const std::string& text) {
+    WallTime time{};
+    int used = 0;
+    const int fields = std::sscanf(text.c_str(), "%4d-%2d-%2d %2d:%2d:%2d%n", &time.year, &time.month, &time.day,
+                                   &time.hour, &time.minute, &time.second, &used);
+    const std::chrono::year_month_day day{std::chrono::year(time.year),
+                                          std::chrono::month(static_cast<unsigned>(time.month)),
+                                          std::chrono::day(static_cast<unsigned>(time.day))};
+    const bool timeFits = time.hour >= 0 && time.hour < 24 && time.minute >= 0 && time.minute < 60 &&
+                          time.second >= 0 && time.second < 60;
+    if (fields != 6 || used != static_cast<int>(text.size()) || !day.ok() || !timeFits)
+        throw CommandError(ExitCode::Usage, "--start-time: '" + text + "' is no time like 2020-01-01 12:00:00");
+    return time;
+}
+
+/// Where the calibration file lives: beside the program, or with the user's data where that cannot be written.
+fs::path programFolder(const Options& options) {
+    if (!options.folder.empty()) {
+        if (!fs::is_directory(options.folder))
+            throw CommandError(ExitCode::File, "--folder: there is no folder " + options.folder.string());
+        return options.folder;
+    }
+    std::error_code error;
+    const fs::path beside = fs::read_symlink("/proc/self/exe", error).parent_path();
+    if (!error && access(beside.c_str(), W_OK) == 0)
+        return beside;
+    const char* data = std::getenv("XDG_DATA_HOME");
+    const char* home = std::getenv("HOME");
+    const fs::path base = data != nullptr && *data != '\0' ? fs::path(data)
+                                                            : fs::path(home != nullptr ? home : ".") / ".local/share";
+    fs::create_directories(base / "vrkbench", error);
+    return base / "vrkbench";
+}
+} // namespace
+
+std::unique_ptr<Clock> Session::makeClock(const Options& options, DefaultTime time) {
+    const bool canBeVirtual = !options.simulate.empty() || !options.replay.empty();
+    if (options.virtualTime && options.realTime)
+        throw CommandError(ExitCode::Usage, "--virtual-time and --real-time exclude each other");
+    if (options.virtualTime && !canBeVirtual)
+        throw CommandError(ExitCode::Usage, "--virtual-time needs --simulate or --replay: a real board takes real time");
+    const bool isVirtual =
+        options.virtualTime || (time == DefaultTime::VirtualIfPossible && canBeVirtual && !options.realTime);
+    if (!options.startTime.empty() && !isVirtual)
+        throw CommandError(ExitCode::Usage, "--start-time needs --virtual-time");
+    if (!isVirtual)
+        return std::make_unique<RealClock>();
+    return std::make_unique<VirtualClock>(options.startTime.empty() ? WallTime{} : parseStartTime(options.startTime));
+}
+
+std::unique_ptr<hid::HidHost> Session::makeHost(const Options& options) {
+    if (!options.simulate.empty() && !options.replay.empty())
+        throw CommandError(ExitCode::Usage, "--simulate and --replay exclude each other");
+    if (!options.replay.empty()) {
+        auto replay =
+            std::make_unique<hid::ReplayHost>(options.replay, *clock_, report::kVendorId, report::kProductId);
+        replay->onDifference([](const auto& difference) { tell("the replay differs: " + difference.text); });
+        replay_ = replay.get();
+        return replay;
+    }
+    if (options.simulate.empty())
+        return std::make_unique<hid::HidapiHost>();
+    requireSimulatedPart(options.simulate);
+    auto bus = std::make_unique<sim::SimulatedBus>(*clock_);
+    bus->setBoards(std::max(bus->boards(), options.board + 1));
+    for (int board = 0; board < bus->boards(); ++board)
+        bus->socket(options.simulate, std::nullopt, board);
+    simulated_ = bus.get();
+    return bus;
+}
+
+Session::Session(const Options& options, Dialogs& dialogs, DefaultTime time)
+    : clock_(makeClock(options, time)), virtualClock_(dynamic_cast<VirtualClock*>(clock_.get())), events_(*clock_),
+      host_(makeHost(options)), recorder_(*host_, *clock_, report::kVendorId, report::kProductId) {
+    if (!options.wireLog.empty())
+        wireLog_.emplace(recorder_, *clock_, options.wireLog, [](const std::string& why) { tell(why); });
+    bench_ = std::make_unique<Bench>(Bench::Parts{.events = events_,
+                                                  .dialogs = dialogs,
+                                                  .clipboard = clipboard_,
+                                                  .host = recorder_,
+                                                  .programFolder = programFolder(options),
+                                                  .workingFolder = fs::current_path()});
+}
+
+std::vector<hid::DeviceInfo> Session::boards() { return boardsOf(*host_); }
+
+void Session::requireBoard(int number) {
+    const int count = static_cast<int>(boards().size());
+    if (count == 0)
+        throw CommandError(ExitCode::NoBoard, "no evaluation board is plugged in; \"vrkctl doctor\" looks for the "
+                                              "cause, and --simulate works without a board");
+    if (number >= count)
+        throw CommandError(ExitCode::Usage, "--board: there is no board " + std::to_string(number) + "; the last is " +
+                                                std::to_string(count - 1));
+}
+
+void Session::runEvents() {
+    for (auto next = events_.untilNextDue(); next && next->count() == 0 && !events_.ended();
+         next = events_.untilNextDue())
+        events_.runDue();
+}
+
+std::vector<hid::DeviceInfo> boardsOf(hid::HidHost& host) {
+    auto devices = host.list();
+    std::erase_if(devices, [](const hid::DeviceInfo& device) {
+        return device.vendor != report::kVendorId || device.product != report::kProductId;
+    });
+    return devices;
+}
+
+void requireSimulatedPart(const std::string& part) {
+    const auto names = sim::SimulatedBus::partNames();
+    if (std::find(names.begin(), names.end(), part) != names.end())
+        return;
+    std::string all;
+    for (const std::string& name : names)
+        all += (all.empty() ? "" : ", ") + name;
+    throw CommandError(ExitCode::Usage, "--simulate: unknown part '" + part + "'; parts: " + all);
+}
+
+} // namespace vrk

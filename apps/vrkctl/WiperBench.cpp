@@ -1,0 +1,236 @@
+#include "apps/vrkctl/WiperBench.h"
+
+#include "apps/vrkctl/Terminal.h"
+#include "link/reportLayout.h"
+#include "platform/runtime/text.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+
+namespace vrk {
+
+namespace {
+constexpr int kI2cRow = 2;         ///< of the start panel
+constexpr int kConsolesRow = 1;    ///< loads the consoles and stays
+constexpr int kVccOn = 0, kVccOff = 1;
+
+struct PartFacts {
+    const char* name; ///< caption of its entry in the device menu
+    int taps;
+    int channels;
+};
+constexpr std::array<PartFacts, 4> kParts = {
+    {{"KV4071", 128, 1}, {"KV4074", 128, 4}, {"KV4078", 256, 4}, {"KV6021", 128, 1}}};
+/// What manual set-up can be told; more taps need two data bytes, which no part of manual set-up has.
+constexpr std::array kManualTaps = {16, 32, 64, 100, 128, 256};
+constexpr int kManualChannels = 4;
+
+const PartFacts* factsOf(const std::string& part) {
+    const auto found = std::find_if(kParts.begin(), kParts.end(), [&](const auto& facts) { return part == facts.name; });
+    return found == kParts.end() ? nullptr : &*found;
+}
+
+CommandError usage(const std::string& text) { return {ExitCode::Usage, text}; }
+
+/// The part that the options name, by itself or through the simulated socket.
+std::string partOf(const Options& options, const WiperOptions& wiper) {
+    const std::string part = wiper.part.empty() ? options.simulate : wiper.part;
+    if (part.empty() || factsOf(part) != nullptr)
+        return part;
+    if (wiper.part.empty())
+        requireSimulatedPart(part);
+    std::string all;
+    for (const PartFacts& facts : kParts)
+        all += (all.empty() ? "" : ", ") + std::string(facts.name);
+    throw usage("'" + part + "' is no part of the I2C panel; parts: " + all);
+}
+
+int tapsOf(const std::string& part, const WiperOptions& wiper) {
+    const PartFacts* facts = factsOf(part);
+    if (wiper.taps == 0)
+        return facts != nullptr ? facts->taps : 128;
+    if (std::find(kManualTaps.begin(), kManualTaps.end(), wiper.taps) == kManualTaps.end())
+        throw usage("--taps: " + std::to_string(wiper.taps) + " is none of 16, 32, 64, 100, 128, 256");
+    return wiper.taps;
+}
+
+void checkChannel(const std::string& part, int channel) {
+    const PartFacts* facts = factsOf(part);
+    const int channels = facts != nullptr ? facts->channels : kManualChannels;
+    if (channel >= 0 && channel < channels)
+        return;
+    throw usage("there is no channel " + std::to_string(channel) +
+                (channels == 1 ? "; " + part + " has channel 0 alone"
+                               : "; the channels are 0 to " + std::to_string(channels - 1)));
+}
+
+void checkAddress(const std::string& text) {
+    if (text.empty())
+        return;
+    int value = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value, 16);
+    if (error != std::errc() || end != text.data() + text.size() || value < 2 || value > 0xFE || value % 2 != 0)
+        throw usage("--address: '" + text + "' is no even hexadecimal address from 02 to FE");
+}
+
+nlohmann::ordered_json json(const std::optional<Position>& position) {
+    if (!position)
+        return nullptr;
+    return {{"value", position->value}, {"hex", position->hex}};
+}
+
+Position position(int value) { return {value, hexText(value, 2)}; }
+} // namespace
+
+nlohmann::ordered_json WiperResult::json() const {
+    nlohmann::ordered_json all = {{"channel", channel}};
+    if (written)
+        all["written"] = vrk::json(written);
+    all["read"] = vrk::json(read);
+    all["volts"] = volts ? nlohmann::ordered_json(*volts) : nlohmann::ordered_json();
+    all["status"] = status;
+    return all;
+}
+
+int parsePosition(const std::string& text) {
+    const bool hex = startsWith(text, "0x") || startsWith(text, "0X");
+    const char* first = text.data() + (hex ? 2 : 0);
+    const char* last = text.data() + text.size();
+    int value = -1;
+    const auto [end, error] = std::from_chars(first, last, value, hex ? 16 : 10);
+    if (error != std::errc() || end != last || value < 0)
+        throw usage("'" + text + "' is no position: write 63 or 0x3F");
+    return value;
+}
+
+WiperBench::WiperBench(const Options& options, const WiperOptions& wiper)
+    : options_(options), wiper_(wiper), part_(partOf(options, wiper)), taps_(tapsOf(part_, wiper)),
+      session_(options, dialogs_, DefaultTime::VirtualIfPossible) {
+    checkChannel(part_, wiper_.channel);
+    checkAddress(wiper_.address);
+}
+
+WiperBench::~WiperBench() {
+    if (!vccOn_ || leavePowered_ || session_.events().ended())
+        return;
+    panel().OptVCC[kVccOff].userClick();
+    session_.runEvents();
+}
+
+std::string WiperBench::address() {
+    const auto* open = session_.bench().frmVRK_User1.loadedPanel();
+    return open == nullptr ? wiper_.address : open->txtDeviceAdr.text();
+}
+
+void WiperBench::requirePosition(int position, const std::string& what) const {
+    if (position < 0 || position >= taps_)
+        throw usage(what + ": " + std::to_string(position) + " is no position of " + std::to_string(taps_) +
+                    " taps; they are 0 to " + std::to_string(taps_ - 1));
+}
+
+void WiperBench::done(const Outcome& outcome, const std::string& what) {
+    session_.runEvents();
+    if (session_.events().ended()) {
+        std::string why = dialogs_.lostLink();
+        std::replace(why.begin(), why.end(), '\n', ' ');
+        std::erase(why, '\r');
+        const std::string system = session_.wire().lastError();
+        throw CommandError(ExitCode::LinkLost, "the link to the board is lost while " + what + ". " + why +
+                                                   (system.empty() ? "" : " (" + system + ")"));
+    }
+    if (outcome.refused())
+        throw CommandError(ExitCode::CheckFailed, "the panel refused " + what);
+    if (outcome.kind == Outcome::Kind::Faulted)
+        throw CommandError(ExitCode::CheckFailed, what + ": " + outcome.fault);
+}
+
+void WiperBench::open() {
+    session_.requireBoard(options_.board);
+    Bench& bench = session_.bench();
+    done(bench.start(), "starting");
+    if (options_.board > 0)
+        chooseInstance();
+    done(bench.frmStartup->cboVRKSelect.userSelect(kI2cRow), "opening the I2C panel");
+    if (!bench.frmVRK_User1.visible())
+        throw CommandError(ExitCode::NoBoard, "the board cannot be used: another program may have it open");
+    choosePart();
+    if (wiper_.vcc)
+        switchVcc(true);
+}
+
+void WiperBench::chooseInstance() {
+    // The consoles come up on the first board. The motherboard console is closed, so that it loads again, and puts
+    // pins and supplies right, on the board that is meant.
+    Bench& bench = session_.bench();
+    done(bench.frmStartup->cboVRKSelect.userSelect(kConsolesRow), "looking for the boards");
+    done(bench.frmMainF340->cboEVBinstance.userSelect(options_.board), "choosing the board");
+    done(bench.frmMotherboardDAQ2.userClose(), "choosing the board");
+}
+
+void WiperBench::choosePart() {
+    frmVRK_User1& i2c = panel();
+    for (Control* control : i2c.controls())
+        if (control->kind() == Control::Kind::MenuEntry && !part_.empty() && control->caption() == part_)
+            done(static_cast<MenuEntry*>(control)->userClick(), "choosing the part");
+    if (wiper_.taps != 0)
+        for (auto& taps : i2c.OptTaps)
+            if (taps->caption() == std::to_string(taps_))
+                done(taps->userClick(), "choosing the taps");
+    if (part_.empty() && wiper_.channel > 0)
+        done(i2c.OptChans[wiper_.channel == 1 ? 1 : 2].userClick(), "choosing the channels");
+    if (!wiper_.address.empty()) {
+        done(i2c.txtDeviceAdr.userType(wiper_.address), "typing the address");
+        done(i2c.txtDeviceAdr.userEnter(), "typing the address");
+    }
+}
+
+void WiperBench::switchVcc(bool on) {
+    done(panel().OptVCC[on ? kVccOn : kVccOff].userClick(), "switching VCC");
+    vccOn_ = on;
+}
+
+WiperResult WiperBench::write(int value) {
+    frmVRK_User1& i2c = panel();
+    TextBox& box = i2c.txtHexDataWrt[wiper_.channel];
+    done(box.userType(hexText(value)), "typing the position");
+    done(box.userEnter(), "writing the wiper");
+    WiperResult result{.channel = wiper_.channel, .written = position(value), .status = linkStatus()};
+    if (result.status != kLinkGood)
+        return result;
+    const WiperResult back = read();
+    result.read = back.read;
+    result.volts = back.volts;
+    result.status = back.status;
+    return result;
+}
+
+WiperResult WiperBench::read() {
+    frmVRK_User1& i2c = panel();
+    done(i2c.cmdI2Read[wiper_.channel].userClick(), "reading the wiper");
+    WiperResult result{.channel = wiper_.channel, .status = linkStatus()};
+    if (result.status != kLinkGood)
+        return result;
+    result.read = position(decimalInt(i2c.lblPotRead[wiper_.channel].caption()));
+    result.volts = leadingNumber(i2c.lblWiperVolts[wiper_.channel].caption());
+    return result;
+}
+
+void WiperBench::explain(const WiperResult& result) {
+    for (const std::string& message : dialogs_.takeMessages())
+        tell(message);
+    if (!result.read)
+        tell("channel " + std::to_string(result.channel) + ": the part at address " + address() +
+             (wiper_.vcc ? " does not answer" : " does not answer without VCC") + " (bus status " +
+             std::to_string(result.status) + ")");
+    else if (!result.good())
+        tell("channel " + std::to_string(result.channel) + ": wrote " + std::to_string(result.written->value) +
+             " but read " + std::to_string(result.read->value) + " back");
+}
+
+void WiperBench::requireReplayed() const {
+    if (session_.replay() != nullptr && session_.replay()->diverged())
+        throw CommandError(ExitCode::CheckFailed, "the exchanges are not those of the recording");
+}
+
+} // namespace vrk

@@ -1,0 +1,68 @@
+#include "apps/vrkctl/Options.h"
+#include "link/reportLayout.h"
+#include "platform/hid/DeviceAccess.h"
+
+#include <nlohmann/json.hpp>
+
+#include <cstdio>
+
+namespace vrk {
+
+namespace {
+const char* yesNo(bool value) { return value ? "yes" : "no"; }
+
+const char* accessText(const hid::DeviceAccess& device) {
+    if (!device.exists)
+        return "no such node";
+    if (device.usable())
+        return "may be used";
+    return device.readable ? "may only be read" : "no permission";
+}
+
+void print(const hid::LinkDiagnosis& found, const std::vector<std::string>& advice) {
+    std::printf("boards on the USB bus     %d\n", found.onUsb);
+    std::printf("raw HID service (hidraw)  %s\n", yesNo(found.hidSystem));
+    std::printf("udev rule installed       %s\n", yesNo(found.ruleInstalled));
+    for (const hid::DeviceAccess& device : found.devices)
+        std::printf("%-25s %s\n", device.path.c_str(), accessText(device));
+    if (found.devices.empty())
+        std::printf("device nodes of boards    none\n");
+    for (const std::string& line : advice)
+        std::printf("\n%s\n", line.c_str());
+    if (found.good() && advice.empty())
+        std::printf("\nAll is well.\n");
+}
+
+void printJson(const hid::LinkDiagnosis& found, const std::vector<std::string>& advice) {
+    nlohmann::ordered_json devices = nlohmann::ordered_json::array();
+    for (const hid::DeviceAccess& device : found.devices)
+        devices.push_back({{"path", device.path},
+                           {"exists", device.exists},
+                           {"readable", device.readable},
+                           {"writable", device.writable}});
+    const nlohmann::ordered_json all = {{"onUsb", found.onUsb},
+                                        {"hidraw", found.hidSystem},
+                                        {"ruleInstalled", found.ruleInstalled},
+                                        {"devices", devices},
+                                        {"good", found.good()},
+                                        {"advice", advice}};
+    std::printf("%s\n", all.dump(2).c_str());
+}
+} // namespace
+
+ExitCode doctor(const Options& options) {
+    const auto found = hid::diagnoseLink(report::kVendorId, report::kProductId);
+    auto advice = hid::linkAdvice(found);
+    if (found.devices.empty() && found.onUsb == 0 && !found.ruleInstalled)
+        advice.push_back("Before a board can be used without root, its udev rule is needed: sudo cp "
+                         "packaging/70-vrkbench.rules /etc/udev/rules.d/ && sudo udevadm control --reload");
+    if (options.json)
+        printJson(found, advice);
+    else
+        print(found, advice);
+    if (found.good())
+        return ExitCode::Done;
+    return found.onUsb == 0 && found.devices.empty() ? ExitCode::NoBoard : ExitCode::CheckFailed;
+}
+
+} // namespace vrk

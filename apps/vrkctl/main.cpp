@@ -1,0 +1,110 @@
+#include "apps/vrkctl/Options.h"
+#include "apps/vrkctl/Terminal.h"
+#include "platform/runtime/Fault.h"
+
+#include <CLI/CLI.hpp>
+
+#include <exception>
+#include <functional>
+
+using namespace vrk;
+
+namespace {
+constexpr const char* kExitCodes =
+    "Exit codes: 0 done, 1 a check failed, 2 usage, 3 no board, 4 link lost, 5 file, 130 interrupted.\n"
+    "Data goes to stdout, messages and progress to stderr.";
+
+void addCommonOptions(CLI::App& app, Options& options) {
+    app.add_flag("--simulate{KV4071}", options.simulate,
+                 "Work on a simulated board; --simulate=PART puts another part in its socket")
+        ->type_name("[=PART]");
+    app.add_option("--board", options.board, "Board to work on, counted from 0")
+        ->check(CLI::Range(0, 3))
+        ->type_name("N");
+    app.add_flag("--json", options.json, "Data as JSON");
+    app.add_option("--wire-log", options.wireLog, "Record every report, with time and direction")->type_name("FILE");
+    app.add_option("--replay", options.replay, "Play a recorded wire log back instead of a board")->type_name("FILE");
+    app.add_option("--folder", options.folder, "Folder of the calibration file")->type_name("DIR");
+    app.add_flag("--virtual-time", options.virtualTime, "Waits cost nothing; simulated boards and replays only");
+    app.add_flag("--real-time", options.realTime, "Waits take their time, on a simulated board too");
+    app.add_option("--start-time", options.startTime, "Virtual time at the start")->type_name("\"Y-M-D h:m:s\"");
+}
+
+void addWiperOptions(CLI::App& command, WiperOptions& wiper) {
+    command.add_option("CHANNEL", wiper.channel, "Wiper, counted from 0")->required();
+    command.add_option("--part", wiper.part, "Part, as in the panel's device menu; else manual set-up");
+    command.add_option("--address", wiper.address, "Bus address, hexadecimal, 8-bit form");
+    command.add_option("--taps", wiper.taps, "Taps: 16, 32, 64, 100, 128 or 256");
+    command.add_option_function<std::string>(
+               "--vcc", [&wiper](const std::string& state) { wiper.vcc = state == "on"; },
+               "off leaves the part without VCC")
+        ->check(CLI::IsMember({"on", "off"}));
+}
+
+int run(int argc, char** argv) {
+    CLI::App app("Bench console for digitally controlled potentiometers, for the terminal.", "vrkctl");
+    app.set_version_flag("--version", "vrkctl " VRK_VERSION);
+    app.footer(kExitCodes);
+    app.require_subcommand(1);
+    app.fallthrough();
+
+    Options options;
+    addCommonOptions(app, options);
+    std::function<ExitCode()> command;
+    const auto add = [&command](CLI::App& parent, const char* name, const char* text, std::function<ExitCode()> run) {
+        CLI::App* added = parent.add_subcommand(name, text);
+        added->footer("\"vrkctl --help\" tells the options that every command takes.");
+        added->final_callback([&command, run = std::move(run)] { command = run; });
+        return added;
+    };
+
+    add(app, "boards", "List the evaluation boards", [&] { return listBoards(options); });
+    add(app, "doctor", "Say what keeps a board from working, and how to mend it", [&] { return doctor(options); });
+    add(app, "rpc", "Serve the bench by JSON-RPC 2.0 on stdin and stdout", [&] { return serveRpc(options); });
+
+    CLI::App* wiper = app.add_subcommand("wiper", "Write, read and measure wipers of I2C parts");
+    wiper->require_subcommand(1);
+    WiperOptions reading;
+    addWiperOptions(*add(*wiper, "read", "Read a wiper and its volts", [&] { return readWiper(options, reading); }),
+                    reading);
+    WriteOptions writing;
+    CLI::App* write =
+        add(*wiper, "write", "Write a wiper, read it back and measure it; VCC stays on", [&] {
+            return writeWiper(options, writing);
+        });
+    addWiperOptions(*write, writing);
+    write->add_option("VALUE", writing.value, "Position, decimal or 0x...")->required();
+    SweepOptions sweeping;
+    CLI::App* sweep = add(*wiper, "sweep", "Write, read back and measure one position after the other",
+                          [&] { return sweepWiper(options, sweeping); });
+    addWiperOptions(*sweep, sweeping);
+    sweep->add_option("--from", sweeping.from, "First position");
+    sweep->add_option("--to", sweeping.to, "Last position; else the part's last");
+    sweep->add_option("--step", sweeping.step, "Distance of the positions");
+    sweep->add_flag("--csv", sweeping.csv, "Rows with commas");
+
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError& error) {
+        const bool asked = error.get_exit_code() == static_cast<int>(CLI::ExitCodes::Success);
+        app.exit(error);
+        return static_cast<int>(asked ? ExitCode::Done : ExitCode::Usage);
+    }
+    return static_cast<int>(command());
+}
+} // namespace
+
+int main(int argc, char** argv) {
+    try {
+        return run(argc, argv);
+    } catch (const CommandError& error) {
+        tell(error.what());
+        return static_cast<int>(error.code());
+    } catch (const Fault& fault) {
+        tell(fault.what()); // of a file that an option names: the bench tells its own
+        return static_cast<int>(ExitCode::File);
+    } catch (const std::exception& error) {
+        tell(error.what());
+        return static_cast<int>(ExitCode::CheckFailed);
+    }
+}

@@ -1,0 +1,56 @@
+#include "apps/vrkctl/Interrupt.h"
+#include "apps/vrkctl/Options.h"
+#include "apps/vrkctl/Session.h"
+#include "apps/vrkctl/Terminal.h"
+#include "automation/StdioTransport.h"
+#include "platform/hid/HidapiHost.h"
+
+#include <csignal>
+#include <optional>
+#include <unistd.h>
+
+namespace vrk {
+
+namespace {
+constexpr const char* kDefaultPart = "KV4071";
+
+/// A bench that nobody said more about works on the board that is plugged in, else on a simulated one.
+Options completed(Options options) {
+    const bool free = options.simulate.empty() && options.replay.empty();
+    if (!free)
+        return options;
+    hid::HidapiHost host;
+    if (options.virtualTime || boardsOf(host).empty())
+        options.simulate = kDefaultPart;
+    return options;
+}
+} // namespace
+
+ExitCode serveRpc(const Options& given) {
+    const Options options = completed(given);
+    ScriptedDialogs dialogs;
+    Session session(options, dialogs, DefaultTime::Real);
+    Bench& bench = session.bench();
+    std::signal(SIGPIPE, SIG_IGN);
+    StdioTransport transport({.events = session.events(),
+                              .dialogs = dialogs,
+                              .clipboard = session.clipboard(),
+                              .panels = bench.panels(),
+                              .values = bench.sharedValues(),
+                              .moduleActions = bench.moduleActions(),
+                              .virtualClock = session.virtualClock(),
+                              .simulated = session.simulated(),
+                              .wire = &session.wire(),
+                              .log = tell},
+                             STDIN_FILENO, STDOUT_FILENO);
+    const Interrupt interrupt([&transport] { transport.stop(); });
+    tell("serving " +
+         (options.simulate.empty() ? std::string(options.replay.empty() ? "the board" : "a recording")
+                                   : "a simulated board with " + options.simulate) +
+         (session.virtualClock() != nullptr ? " in virtual time" : "") + "; one JSON-RPC message a line");
+    bench.start();
+    transport.run();
+    return interrupt.requested() ? ExitCode::Interrupted : ExitCode::Done;
+}
+
+} // namespace vrk

@@ -1,0 +1,70 @@
+#pragma once
+
+#include "automation/BenchMethods.h"
+#include "automation/BenchTarget.h"
+#include "automation/RpcError.h"
+#include "automation/paths.h"
+
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace vrk {
+
+/// Serves a bench by JSON-RPC 2.0, one message a line, whatever carries the lines. Lives on the thread of the
+/// event loop; messages may come from inside a running action, when it lets events run.
+class RpcServer {
+  public:
+    using Send = std::function<void(const std::string& line)>;
+
+    /// \param send gets each answer and notification, without the line's end.
+    RpcServer(const BenchTarget& bench, Send send);
+    RpcServer(const RpcServer&) = delete;
+    RpcServer& operator=(const RpcServer&) = delete;
+
+    /// Takes one message: a request, a notification or a batch, whose requests run one after the other. An
+    /// answer may come later, while other messages are taken.
+    void handle(const std::string& line);
+
+    /// Once the program has ended no event runs any more: answers what still waits for one.
+    void settle();
+
+  private:
+    /// Takes {"result": ...} or {"error": ...}, once.
+    using Answer = std::function<void(const Json& outcome)>;
+    using Ticket = std::uint64_t;
+    struct Batch;
+    struct Typing;
+
+    /// \param answer gets the whole answer, null where none is due.
+    void serve(const Json& message, const std::function<void(const Json& answer)>& answer);
+    void runBatch(const std::shared_ptr<Batch>& batch);
+    void run(const std::string& method, const Json& params, const Json& id, const Answer& answer);
+    Json runNow(const std::string& method, const Json& params);
+    void runAt(const Json& params, const Json& id, const Answer& answer);
+    void type(const Json& params, const Answer& answer);
+    void typeKey(Typing& typing, int key);
+    void switchWire(bool on);
+
+    void send(const Json& message) const;
+    void notify(const char* method, const Json& params) const;
+
+    /// Keeps an answer until it is given, so that settle() finds it.
+    Ticket keep(Answer answer);
+    void give(Ticket ticket, const Json& outcome);
+
+    BenchTarget bench_;
+    BenchMethods methods_;
+    Send send_;
+    Ticket nextTicket_ = 1;
+    std::map<Ticket, Answer> waiting_;
+    Subscription wire_;
+    /// Events that are still queued when the server goes find that it is gone.
+    std::shared_ptr<char> alive_ = std::make_shared<char>();
+};
+
+} // namespace vrk

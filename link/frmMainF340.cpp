@@ -1,0 +1,214 @@
+#include "link/frmMainF340.h"
+
+#include "link/pinNames.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace vrk {
+
+using report::Command;
+
+frmMainF340::frmMainF340(PanelContext& context, Uses uses)
+    : Panel(context, "frmMainF340", "HID Firmware Basic I/O "), uses_(std::move(uses)) {
+    wireBoard();
+    wireI2c();
+    wireSpi();
+    wireGpio();
+    wireAdc();
+}
+
+void frmMainF340::wireBoard() {
+    SSTab1.setCaption("Page");
+    SSTab1.setRows({{"Board", 0}, {"I2C", 1}, {"SPI", 2}, {"GPIO", 3}, {"SFR", 4}, {"ADC", 5}});
+    cboEVBinstance.setCaption("Board instance");
+    chkLED.setCaptions({"LED Green", "LED Red"});
+    cmdFirmwareVersion.setCaption("Firmware Version");
+    cmdReconnect.setCaption("Reconnect");
+    cmdQuit.setCaption("Quit");
+    mnuExit.setCaption("E&xit");
+    cmdHoswMother.setCaption("Show Motherboard");
+    lblFirmwareVersion.setCaption("--");
+
+    wireClick(cboEVBinstance, &frmMainF340::cboEVBinstance_Click);
+    wireClick(chkLED, &frmMainF340::chkLED_Click);
+    wireClick(cmdFirmwareVersion, &frmMainF340::cmdFirmwareVersion_Click);
+    wireClick(cmdReconnect, &frmMainF340::cmdReconnect_Click);
+    wireClick(cmdQuit, &frmMainF340::cmdQuit_Click);
+    wireClick(mnuExit, &frmMainF340::mnuExit_Click);
+    wireClick(cmdHoswMother, &frmMainF340::cmdHoswMother_Click);
+    action("cboEVB_init", &frmMainF340::cboEVB_init);
+    action("getLEDstate", &frmMainF340::getLEDstate);
+    action("checkValidEntryHex", &frmMainF340::checkValidEntryHex);
+    action("checkValidEntryDecInt", &frmMainF340::checkValidEntryDecInt);
+}
+
+void frmMainF340::Form_Load() {
+    uses_.trace.line({"F340 Form Load"});
+    chkRandom.setValue(1); // register parts, the ordinary case, want their register byte
+    link().hidHandles.assign(1, 0);
+    link().hidOverlappedHandles.assign(1, 0);
+    link().initHIDConnection();
+    for (int i = 0; i < kByteBoxes; ++i) {
+        lblRegAddr[i].setCaption(byteToHex2(static_cast<std::uint8_t>(i)));
+        txtWriteVal[i].setText("00");
+        txtWriteVal[i].setMaxLength(2);
+        txtWriteVal[i].setCentred(true);
+        txtReadVal[i].setText("");
+        txtReadVal[i].setCentred(true);
+    }
+    SSTab1.setListIndex(1);
+    showAddress(address());
+    for (const auto& [rows, mode] :
+         {std::pair{
+              std::vector<RowControl::Row>{{"0: Single", 0}, {"1: Continuous 1", 1}, {"2: Continuous 2", 2}},
+              0},
+          std::pair{std::vector<RowControl::Row>{{"0: 31 Sample", 0}, {"1:  1 Sample", 1}}, 1}}) {
+        cboADCReadMode[mode].setRows(rows);
+        cboADCReadMode[mode].setListIndex(0);
+    }
+    fillMuxLists();
+    cmdMuxWrite_Click();
+    uses_.trace.line({"Processor Form Load Completed"});
+    uses_.trace.blankLine();
+}
+
+void frmMainF340::Form_Unload() {
+    link().closeHIDHandles();
+    events().endProgram();
+}
+
+void frmMainF340::cboEVB_init() {
+    std::vector<RowControl::Row> rows;
+    for (int instance = 0; instance < static_cast<int>(link().hidHandles.size()); ++instance)
+        rows.push_back({decimalText(instance), instance});
+    cboEVBinstance.setRows(std::move(rows));
+    cboEVBinstance.setListIndex(0);
+}
+
+void frmMainF340::cboEVBinstance_Click() {
+    if (cboEVBinstance.listIndex() < 0)
+        return;
+    uses_.trace.line({"Perform HID Init cboEVBInstance"});
+    link().selectInstance(cboEVBinstance.itemData());
+    getLEDstate();
+    cboSMBusFrequency_init();
+    getI2Coptions();
+    getSPIconfig();
+    getGPconf();
+    getGPvalue();
+}
+
+void frmMainF340::chkLED_Click(int /*index*/) {
+    if (link().suppressControlEvents)
+        return;
+    const unsigned bits = (chkLED[0].checked() ? 1U : 0U) | (chkLED[1].checked() ? 2U : 0U);
+    writeCommand(Command::Led, {report::kWrite, static_cast<std::uint8_t>(bits)});
+}
+
+void frmMainF340::getLEDstate() {
+    if (!readCommand(Command::Led, kPurgeFill, {report::kRead}, true))
+        return;
+    const bool before = std::exchange(link().suppressControlEvents, true);
+    const OnScopeExit restore([this, before] { link().suppressControlEvents = before; });
+    // The reply's bits go into the boxes as they stand, 1 for the green LED and 2 for the red one.
+    chkLED[0].setValue(byteAt(2) & 1);
+    chkLED[1].setValue(byteAt(2) & 2);
+}
+
+void frmMainF340::cmdFirmwareVersion_Click() {
+    if (!readCommand(Command::FirmwareVersion, kPurgeFill, {}, true))
+        return;
+    lblFirmwareVersion.setCaption("Firmware Version " + decimalText(byteAt(2)) + "." +
+                                  decimalText(byteAt(3)) + " - " + decimalText(byteAt(4) * 256 + byteAt(5)) +
+                                  "/" + monthName(byteAt(6)) + "/" + decimalText(byteAt(7)));
+    txtFirmwareVersion.setText(lblFirmwareVersion.caption());
+    uses_.trace.line({"Read F340 Processor Firmware Revision: ", txtFirmwareVersion.text()});
+}
+
+void frmMainF340::cmdReconnect_Click() {
+    link().initHIDConnection();
+}
+
+void frmMainF340::cmdQuit_Click() {
+    Form_Unload();
+}
+
+void frmMainF340::mnuExit_Click() {
+    Form_Unload();
+}
+
+void frmMainF340::cmdHoswMother_Click() {
+    uses_.showMotherboardConsole();
+}
+
+int frmMainF340::checkValidEntryHex(int key) {
+    return hexKeyFilter(key);
+}
+
+int frmMainF340::checkValidEntryDecInt(int key) {
+    return decimalKeyFilter(key);
+}
+
+void frmMainF340::clipboardKeys(TextBox& field, int keyCode, int shift) {
+    constexpr int kCtrl = 2;
+    if (shift != kCtrl)
+        return;
+    if (keyCode == 'A')
+        field.selectAll();
+    else if (keyCode == 'C')
+        context().clipboard.setText(field.selectedText());
+    else if (keyCode == 'V')
+        field.setText(context().clipboard.text());
+}
+
+void frmMainF340::hexField(TextBox& field, bool clipboard) {
+    field.onKeyPress([this](int key) { return checkValidEntryHex(key); });
+    if (clipboard)
+        field.onKeyDown([this, &field](int code, int shift) { clipboardKeys(field, code, shift); });
+}
+
+void frmMainF340::decimalField(TextBox& field, int maximum, bool clipboard) {
+    field.onKeyPress([this](int key) { return checkValidEntryDecInt(key); });
+    if (clipboard)
+        field.onKeyDown([this, &field](int code, int shift) { clipboardKeys(field, code, shift); });
+    field.onLostFocus([&field, maximum] {
+        const double value = leadingNumber(field.text());
+        if (value > maximum)
+            field.setText(decimalText(maximum));
+        else if (value < 1)
+            field.setText("1");
+    });
+}
+
+bool frmMainF340::sendCommand(Command command, unsigned prepare, std::initializer_list<std::uint8_t> bytes) {
+    if ((prepare & kPurge) != 0)
+        link().purgeInputReports();
+    if ((prepare & kFill) != 0)
+        link().fillReportBuffer(0);
+    link().setReportID();
+    byteAt(report::kCommandByte) = static_cast<std::uint8_t>(command);
+    std::copy(bytes.begin(), bytes.end(), link().reportBuffer.begin() + report::kSubCommandByte);
+    return link().writeReport();
+}
+
+int frmMainF340::writeCommand(Command command, std::initializer_list<std::uint8_t> bytes) {
+    return link().checkStatus(sendCommand(command, kFill, bytes));
+}
+
+bool frmMainF340::readCommand(Command command, unsigned prepare, std::initializer_list<std::uint8_t> bytes,
+                              bool fillBeforeReply) {
+    if (link().checkStatus(sendCommand(command, prepare, bytes)) != kLinkGood)
+        return false;
+    if (fillBeforeReply)
+        link().fillReportBuffer(0);
+    link().readReply();
+    return true;
+}
+
+void frmMainF340::showReply(ControlArray<Label>& labels) {
+    for (auto& label : labels)
+        label->setCaption(byteToHex2(byteAt(label->index())));
+}
+
+} // namespace vrk

@@ -1,0 +1,173 @@
+#pragma once
+
+#include "link/Trace.h"
+#include "link/reportLayout.h"
+#include "platform/controls/Panel.h"
+#include "platform/hid/HidHost.h"
+#include "platform/runtime/Signal.h"
+#include "platform/runtime/text.h"
+
+#include <cstdint>
+#include <functional>
+#include <span>
+#include <string>
+#include <vector>
+
+namespace vrk {
+
+/// What the link needs of the panel in front. A panel without such a lamp leaves it out.
+class ActivePanel {
+  public:
+    virtual ~ActivePanel() = default;
+    virtual Lamp* attachLamp() { return nullptr; }
+    virtual Lamp* transferLamp() { return nullptr; }
+};
+
+/// Results of an exchange. Panels and scripts see the numbers.
+enum LinkStatus : int {
+    kLinkNotWritten = 0,  ///< checkStatus() only: the write failed
+    kLinkError = 1,       ///< the firmware reports a failed bus transaction
+    kLinkReadFailed = 2,  ///< no reply within 6000 ms
+    kLinkWriteFailed = 4, ///< the device did not take the report
+    kLinkGood = 8
+};
+
+/// The way to the board: finds every evaluation board, opens two handles on each, keeps the one report
+/// buffer, judges each exchange and runs the dialogs for a lost link. Knows nothing of what a command means.
+///
+/// An exchange runs to its end without letting events run; the buffer and the handles are safe for that
+/// reason alone.
+class modHID {
+  public:
+    static constexpr Milliseconds kReplyTimeout{6000};
+    static constexpr Milliseconds kPurgeStep{1};
+
+    modHID(PanelContext& context, hid::HidHost& host, Trace& trace);
+    ~modHID();
+    modHID(const modHID&) = delete;
+    modHID& operator=(const modHID&) = delete;
+
+    /// Every command is built here and every reply lands here, over the top of the command.
+    hid::Report reportBuffer{};
+    /// The current board's handles: writes go through the first, reads through the second, which alone may be
+    /// cancelled when a reply is late.
+    hid::Handle hidHandle = 0;
+    hid::Handle hidOverlappedHandle = 0;
+    /// One pair for each board; a single 0 while there is none.
+    std::vector<hid::Handle> hidHandles{0};
+    std::vector<hid::Handle> hidOverlappedHandles{0};
+
+    bool BoardConnected = false;
+    int msgResult = 0;   ///< of the last link dialog: 1 OK, 2 Cancel, 4 Retry, 6 Yes, 7 No
+    int i2cStatus = 0;   ///< of the last reply judged: 8 or 1
+    int hidLinkCode = 0; ///< 0 after a reply, 1 after a time-out, 4 after a failed write of a transfer
+    bool linkOk = false; ///< of the services that show no dialog
+    /// Even 8-bit slave address of every transaction.
+    std::uint8_t i2cAddress = 0;
+    /// True while the program itself sets the console's boxes, so that their clicks send nothing.
+    bool suppressControlEvents = false;
+    ActivePanel* activePanel = nullptr;
+
+    /// Discovery. Also what Reconnect and Retry do. \throws ProgramEnded when the user gives up.
+    void initHIDConnection();
+    void closeHIDHandles() noexcept;
+    /// Makes a board of the arrays the current one. \throws Fault "Subscript out of range"
+    void selectInstance(int instance);
+    int instance() const { return instance_; }
+
+    void fillReportBuffer(std::uint8_t value);
+    void setReportID() { reportBuffer[report::kIdByte] = report::kReportId; }
+    /// Drains stale replies. Costs 1 ms when there are none; a board that is gone ends it at once.
+    void purgeInputReports();
+    /// Writes the buffer to the current board.
+    bool writeReport();
+    /// Waits for the reply of an I2C transfer and judges it. \return 8, 1 or 2.
+    int awaitInputReport();
+    /// Waits for the reply of any other command. A missing one brings the link dialog; the buffer then keeps
+    /// what it holds. \return true if a reply came.
+    bool readReply();
+    /// Judges a write: 8, or 0 after the link dialog.
+    int checkStatus(bool written);
+    void reportLinkError(int status, int quietAddressError);
+
+    /// One I2C transaction without dialogs. \param address even. \param data one element for each byte
+    /// wanted. \return 8, 1, 2 or 4; the data are set only by 8. \throws Fault "Subscript out of range" when
+    /// the request does not fit the report; nothing is sent then.
+    int readI2COnce(std::uint8_t address, std::span<std::uint8_t> data,
+                    std::span<const std::uint8_t> registers);
+    int writeI2COnce(std::uint8_t address, std::span<const std::uint8_t> data,
+                     std::span<const std::uint8_t> registers);
+    /// With dialogs, repeated for as long as the user answers Retry. \param quietAddressError not 0: status 1
+    /// shows no dialog.
+    int readI2C(std::uint8_t address, std::span<std::uint8_t> data, std::span<const std::uint8_t> registers,
+                int quietAddressError);
+    int writeI2C(std::uint8_t address, std::span<const std::uint8_t> data,
+                 std::span<const std::uint8_t> registers, int quietAddressError);
+
+    /// For each byte two hexadecimal digits and a blank.
+    std::string bytesToHexString(int start, int length) const;
+
+    /// Called after a discovery that found a board: the console lists the instances.
+    void setBoardsListed(std::function<void()> handler) { boardsListed_ = std::move(handler); }
+    /// Called when the user gives the link up: ends the program.
+    void setGiveUp(std::function<void()> handler) { giveUp_ = std::move(handler); }
+
+    /// While it exists a missing board is asked for once, and after Cancel every exchange fails without a
+    /// word: the start panel loads the consoles under it and then gives its own warning.
+    class QuietStart {
+      public:
+        explicit QuietStart(modHID& link) : link_(link) { link_.quietStart_ = true; }
+        ~QuietStart() { link_.quietStart_ = false; }
+        QuietStart(const QuietStart&) = delete;
+        QuietStart& operator=(const QuietStart&) = delete;
+
+      private:
+        modHID& link_;
+    };
+
+    /// What a status line shows of the link.
+    enum class Health {
+        Unknown,  ///< no discovery yet
+        Attached, ///< the last exchange went well
+        Silent,   ///< the last reply did not come
+        Gone      ///< no board, or it took no report
+    };
+    Health health() const { return health_; }
+    /// Boards of the last discovery.
+    int boardCount() const { return hidHandles.front() == 0 ? 0 : static_cast<int>(hidHandles.size()); }
+    /// The health or the instance has changed.
+    [[nodiscard]] Subscription observe(std::function<void()> observer) {
+        return changed_.connect(std::move(observer));
+    }
+    /// A discovery found a board.
+    [[nodiscard]] Subscription observeAttached(std::function<void()> observer) {
+        return attached_.connect(std::move(observer));
+    }
+
+    /// True after a discovery that found a board, until an exchange fails.
+    bool attached() const { return health_ == Health::Attached || health_ == Health::Silent; }
+
+  private:
+    bool readReport(Milliseconds timeout);
+    bool findBoards();
+    Choice askRetry(const std::string& text);
+    void setHealth(Health health);
+    bool failsQuietly() const { return quietStart_ && !BoardConnected; }
+
+    PanelContext& context_;
+    hid::HidHost& host_;
+    Trace& trace_;
+    int instance_ = 0;
+    bool quietStart_ = false;
+    Health health_ = Health::Unknown;
+    std::function<void()> boardsListed_;
+    std::function<void()> giveUp_;
+    Signal<> changed_;
+    Signal<> attached_;
+};
+
+/// Cuts a text at each delimiter into `fields`, which is blanked first; stops when the fields are full. The
+/// delimiter is appended to the text. \return the index of the last field stored, 0 if the text is empty.
+int splitFields(std::string& text, std::span<std::string> fields, char delimiter);
+
+} // namespace vrk

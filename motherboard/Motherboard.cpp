@@ -1,0 +1,117 @@
+#include "motherboard/Motherboard.h"
+
+#include "motherboard/CalibrationFile.h"
+#include "platform/files/files.h"
+
+#include <array>
+#include <utility>
+
+namespace vrk {
+
+namespace {
+
+/// The built-in code table: U5's code for each row of the volts list.
+constexpr std::array<std::pair<const char*, const char*>, 10> kVccRows = {{{"2.7", "2C"},
+                                                                           {"3.0", "35"},
+                                                                           {"3.3", "3E"},
+                                                                           {"3.5", "44"},
+                                                                           {"4.0", "54"},
+                                                                           {"4.5", "63"},
+                                                                           {"5.0", "72"},
+                                                                           {"Min", "00"},
+                                                                           {"Mid", "3F"},
+                                                                           {"Max", "7F"}}};
+constexpr int kStartRow = 6;
+
+} // namespace
+
+Motherboard::Motherboard(PanelContext& context, modHID& link, AnalogState& analog, SupplyState& supply,
+                         PanelSlot<frmMotherboardDAQ2>& console)
+    : context_(context), link_(link), analog_(analog), supply_(supply), console_(console) {}
+
+SupplyPanel* Motherboard::active() const {
+    return dynamic_cast<SupplyPanel*>(link_.activePanel);
+}
+
+void Motherboard::showSupplyState(int state) {
+    SupplyPanel none;
+    SupplyPanel& panel = active() != nullptr ? *active() : none;
+    const auto lamp = [](Lamp* field, Colour colour) {
+        if (field != nullptr)
+            field->setColour(colour);
+    };
+    if (state == 0)
+        lamp(panel.vccLamp(), Colour::LightRed);
+    console_->OptVCC[state == 0 ? 0 : 1].setValue(true);
+    if (state != 0)
+        lamp(panel.vccLamp(), Colour::Black);
+    if (supply_.TrackOn) {
+        lamp(panel.minusLamp(), state == 0 ? Colour::LightRed : Colour::Black);
+        if (OptionButton* option = panel.minusOption(state == 0 ? 0 : 1))
+            option->setValue(true);
+    }
+    for (const int index : {0, 1})
+        if (OptionButton* option = panel.minusOption(index))
+            option->setEnabled(!supply_.TrackOn);
+}
+
+void Motherboard::initSupplyDefaults() {
+    frmMotherboardDAQ2& board = *console_;
+    board.OptVCCMinus[1].setValue(true);
+    board.OptVCCMinus_Click(1);
+    board.OptVCC[1].setValue(true);
+    board.OptVCC_Click(1);
+    for (const auto& bytes : {std::array{"00", "50", "C0", "5F"}, std::array{"00", "50", "C2", "C0"}}) {
+        for (int cell = 0; cell < 4; ++cell)
+            board.txtSPIwr[cell].setText(bytes.at(static_cast<std::size_t>(cell)));
+        board.cmdSPIWrite_Click();
+    }
+    context_.events.letEventsRun();
+
+    SupplyPanel* panel = active();
+    ComboBox* list = panel != nullptr ? panel->vccList() : nullptr;
+    std::vector<RowControl::Row> rows;
+    for (std::size_t row = 0; row < kVccRows.size(); ++row) {
+        rows.push_back({kVccRows.at(row).first, 0});
+        supply_.VCCHex[static_cast<int>(row)] = kVccRows.at(row).second;
+    }
+    if (list != nullptr) {
+        list->setRows(std::move(rows));
+        list->setListIndex(kStartRow);
+    }
+    board.lblCal_header.setCaption("Defaults");
+    if (fileExists(context_.programFolder / CalibrationFile::kName))
+        applyCalibration(list);
+}
+
+void Motherboard::applyCalibration(ComboBox* list) {
+    CalibrationFile blank;
+    for (CalibrationFile::Row& row : blank.rows)
+        row = {"x.x", "--", "--", "--"};
+    blank.reference = "---";
+    CalibrationFile file = blank;
+    try {
+        file = CalibrationFile::read(context_.programFolder / CalibrationFile::kName, blank);
+    } catch (const Fault& fault) {
+        context_.say(fault.what());
+        return; // the built-in codes stay
+    }
+    std::vector<RowControl::Row> rows;
+    for (int row = 0; row < CalibrationFile::kTargets; ++row) {
+        const CalibrationFile::Row& target = file.rows.at(static_cast<std::size_t>(row));
+        rows.push_back({target.target, 0});
+        supply_.VCCHex[row] = target.hex;
+    }
+    for (const int row : {7, 8, 9})
+        rows.push_back({kVccRows.at(static_cast<std::size_t>(row)).first, 0});
+    if (list != nullptr) {
+        list->setRows(std::move(rows));
+        list->setListIndex(kStartRow);
+    }
+    console_->lblCal_header.setCaption(file.header);
+    analog_.VrefCal = leadingNumber(file.reference);
+    analog_.ADRef = analog_.VrefCal;
+    context_.events.letEventsRun();
+}
+
+} // namespace vrk

@@ -1,0 +1,32 @@
+#pragma once
+
+#include "motherboard/frmMotherboardDAQ2.h"
+
+namespace vrk {
+
+/// Supply routines that every device panel shares; they work on the fields of the panel in front.
+class Motherboard {
+  public:
+    Motherboard(PanelContext& context, modHID& link, AnalogState& analog, SupplyState& supply,
+                PanelSlot<frmMotherboardDAQ2>& console);
+
+    /// Lamps and options of the panel in front, and the motherboard's switch. \param state 0 VCC on, 1 VCC
+    /// off
+    void showSupplyState(int state);
+
+    /// Both supplies off, the supply DAC set up, the volts list filled from the built-in codes or, where
+    /// there is one, from the calibration file.
+    void initSupplyDefaults();
+
+  private:
+    SupplyPanel* active() const;
+    void applyCalibration(ComboBox* list);
+
+    PanelContext& context_;
+    modHID& link_;
+    AnalogState& analog_;
+    SupplyState& supply_;
+    PanelSlot<frmMotherboardDAQ2>& console_;
+};
+
+} // namespace vrk

@@ -1,0 +1,165 @@
+#include "motherboard/frmMotherboardDAQ2.h"
+
+#include <array>
+
+namespace vrk {
+
+void frmMotherboardDAQ2::wireSupplies() {
+    OptVCC.setCaptions({"On", "Off"});
+    OptVCCMinus.setCaptions({"On", "Off"});
+    for (const int index : {0, 1}) {
+        OptVCC[index].join(vccGroup_);
+        OptVCCMinus[index].join(minusGroup_);
+        OptVCCMinus[index].setEnabled(!uses_.supply.TrackOn);
+    }
+    ChkTrack.setCaption("Track");
+    ChkTrack.showValue(uses_.supply.TrackOn ? 1 : 0);
+    ShpVCCon.setCaption("VCC");
+    ShpVCCMinusOn.setCaption("V-");
+    static constexpr std::array<const char*, 16> kBytes = {"00", "50", "C2", "C0", "00", "50", "C0", "77",
+                                                           "00", "50", "B2", "C0", "00", "50", "B0", "00"};
+    for (auto& cell : txtSPIwr) {
+        cell->setText(kBytes.at(static_cast<std::size_t>(cell->index())));
+        hexBox(*cell);
+    }
+    for (auto& cell : txtSPIRd)
+        cell->setText("--");
+    lblVCCVoltsRDBK.setCaption("0.000");
+    lblCal_header.setCaption("Defaults");
+    cmdSPIWrite.setCaption("Write Reg");
+    cmdSPIWrite2.setCaption("Write Data");
+    cmdSPRRdReg.setCaption("Read Setup");
+    cmdSPIReadData.setCaption("ReadData");
+    cmdSampleVCC.setCaption("Sample VCC");
+    cmdSetVCCVolts.setCaption("Update VCC");
+    wireClick(OptVCC, &frmMotherboardDAQ2::OptVCC_Click);
+    wireClick(OptVCCMinus, &frmMotherboardDAQ2::OptVCCMinus_Click);
+    wireClick(ChkTrack, &frmMotherboardDAQ2::ChkTrack_Click);
+    wireClick(cmdSPIWrite, &frmMotherboardDAQ2::cmdSPIWrite_Click);
+    wireClick(cmdSPIWrite2, &frmMotherboardDAQ2::cmdSPIWrite2_Click);
+    wireClick(cmdSPRRdReg, &frmMotherboardDAQ2::cmdSPRRdReg_Click);
+    wireClick(cmdSPIReadData, &frmMotherboardDAQ2::cmdSPIReadData_Click);
+    wireClick(cmdSampleVCC, &frmMotherboardDAQ2::cmdSampleVCC_Click);
+}
+
+void frmMotherboardDAQ2::selectDac(bool selected) {
+    console().chkGPvalueP2[4].setValue(selected ? 0 : 1); // active low
+    console().cmdWrGPData_Click(2);
+    console().cmdRdGPData_Click(2);
+}
+
+void frmMotherboardDAQ2::dacExchange(DacRow row) {
+    OnScopeExit afterFault([this] { setButtonsEnabled(true); });
+    cmdDisableButtons_Click();
+    selectDac(true);
+    if (row == DacRow::ReadSetup || row == DacRow::ReadData) {
+        events().letEventsRun();
+        for (auto& cell : txtSPIRd)
+            cell->setText("XX");
+    }
+    console().chkSPIread.setValue(1);
+    console().txtNumToWrite.setText("3");
+    const int first = 4 * static_cast<int>(row) + 1; // the first cell of a row is not sent
+    for (int k = 0; k < 3; ++k) {
+        if (row != DacRow::WriteSetup)
+            uses_.ports.SPIBuf[k] = hexToByte(txtSPIwr[first + k].text());
+        console().txtWriteVal[k].setText(txtSPIwr[first + k].text());
+    }
+    console().cmdSPIWrite_Click();
+    for (int k = 0; k < 4; ++k)
+        txtSPIRd[k].setText(console().txtReadVal[k].text());
+    selectDac(false);
+    events().letEventsRun();
+    afterFault.dismiss();
+    cmdEnableBUttons_Click();
+}
+
+void frmMotherboardDAQ2::cmdSPIWrite_Click() {
+    dacExchange(DacRow::WriteSetup);
+}
+void frmMotherboardDAQ2::cmdSPIWrite2_Click() {
+    dacExchange(DacRow::WriteData);
+}
+void frmMotherboardDAQ2::cmdSPRRdReg_Click() {
+    dacExchange(DacRow::ReadSetup);
+}
+void frmMotherboardDAQ2::cmdSPIReadData_Click() {
+    dacExchange(DacRow::ReadData);
+}
+
+void frmMotherboardDAQ2::OptVCC_Click(int index) {
+    OnScopeExit afterFault([this] { setButtonsEnabled(true); });
+    cmdDisableButtons_Click();
+    uses_.supply.TrackOn = ChkTrack.value() == 1;
+    events().letEventsRun();
+    if (index == 0) {
+        ShpVCCon.setColour(Colour::LightRed);
+        setPin(kPinVcc, 1);
+        if (uses_.supply.TrackOn) {
+            OptVCCMinus[0].setValue(true);
+            ShpVCCMinusOn.setColour(Colour::LightRed);
+            setPin(kPinMinus, 1);
+        }
+    } else if (index == 1) {
+        // Without tracking only the controller console's mirror is cleared: the image keeps VCC's bit, and
+        // the write below sends it still set. Deliberate.
+        console().chkGPvalueP2[5].setValue(0);
+        ShpVCCon.setColour(Colour::Black);
+        if (uses_.supply.TrackOn) {
+            OptVCCMinus[1].setValue(true);
+            ShpVCCMinusOn.setColour(Colour::Black);
+            setPin(kPinVcc, 0);
+            setPin(kPinMinus, 0);
+        }
+    }
+    events().letEventsRun();
+    cmdWrtPipe1_Click();
+    afterFault.dismiss();
+    cmdEnableBUttons_Click();
+    events().letEventsRun();
+}
+
+void frmMotherboardDAQ2::OptVCCMinus_Click(int index) {
+    if (uses_.supply.TrackOn)
+        return;
+    OnScopeExit afterFault([this] { setButtonsEnabled(true); });
+    cmdDisableButtons_Click();
+    events().letEventsRun();
+    if (index == 0) {
+        ShpVCCMinusOn.setColour(Colour::LightRed);
+        chkPData[kPinMinus].setValue(1);
+        chkPData_Click(kPinVcc); // the neighbour's click, as ever; the assignment has run the pin's own
+    } else if (index == 1) {
+        ShpVCCMinusOn.setColour(Colour::Black);
+        setPin(kPinMinus, 0);
+    }
+    events().letEventsRun();
+    cmdWrtPipe1_Click();
+    afterFault.dismiss();
+    cmdEnableBUttons_Click();
+    events().letEventsRun();
+}
+
+void frmMotherboardDAQ2::ChkTrack_Click() {
+    const bool track = ChkTrack.value() == 1;
+    uses_.supply.TrackOn = track;
+    for (auto& option : OptVCCMinus)
+        option->setEnabled(!track);
+    if (SupplyPanel* panel = activeSupply(); panel != nullptr && panel->trackBox() != nullptr)
+        panel->trackBox()->setValue(track ? 1 : 0);
+    events().letEventsRun();
+}
+
+void frmMotherboardDAQ2::cmdSampleVCC_Click() {
+    OnScopeExit afterFault([this] { setButtonsEnabled(true); });
+    cmdDisableButtons_Click();
+    console().cboAnamux[0].setListIndex(uses_.analog.MuxVCCIndex);
+    events().letEventsRun();
+    READ_AD();
+    READ_AD();
+    lblVCCVoltsRDBK.setCaption(formatNumber(uses_.analog.ADVolts2, "#0.000"));
+    afterFault.dismiss();
+    cmdEnableBUttons_Click();
+}
+
+} // namespace vrk

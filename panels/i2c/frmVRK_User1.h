@@ -1,0 +1,127 @@
+#pragma once
+
+#include "panels/WiperPanel.h"
+
+#include <array>
+
+namespace vrk {
+
+/// The I2C panel: one panel for all parts that are controlled over I2C. The part selected fixes bus address,
+/// control register, taps, channels, and the sizes of address and data.
+class frmVRK_User1 final : public WiperPanel {
+  public:
+    frmVRK_User1(PanelContext& context, Uses uses);
+
+    void Form_Load() override;
+
+    // Set-up
+    MenuEntry mnuDeviceSelect{*this, "mnuDeviceSelect"};
+    MenuEntry mnu_KV4071{*this, "mnu_KV4071"};
+    MenuEntry mnu_KV4074{*this, "mnu_KV4074"};
+    MenuEntry mnuKV4078{*this, "mnuKV4078"};
+    MenuEntry mnuKV6021{*this, "mnuKV6021"};
+    Frame fraADDRSelect{*this, "fraADDRSelect"};
+    ControlArray<CheckBox> chkI2CAdr{*this, "chkI2CAdr", 0, 3};
+    TextBox txtCalcAddr{*this, "txtCalcAddr"};
+    Button cmdCopyAdr{*this, "cmdCopyAdr"};
+    TextBox txtDeviceAdr{*this, "txtDeviceAdr"};
+    Button cmdSlave{*this, "cmdSlave"};
+    ComboBox cboRegSize{*this, "cboRegSize"};
+    ComboBox cboDataSize{*this, "cboDataSize"};
+    ComboBox cboI2CClock{*this, "cboI2CClock"};
+
+    void mnu_KV4071_Click();
+    void mnu_KV4074_Click();
+    void mnuKV4078_Click();
+    void mnuKV6021_Click();
+    void chkI2CAdr_Click(int index);
+    void cmdCopyAdr_Click();
+    void cmdSlave_Click();
+    void cboI2CClock_Click();
+
+    // Registers
+    Label Label2{*this, "Label2"};
+    TextBox txtACRAddress{*this, "txtACRAddress"};
+    /// 0 to write, 1 read
+    ControlArray<TextBox> txtACR{*this, "txtACR", 0, 1};
+    ControlArray<OptionButton> Option1{*this, "Option1", 0, 1};
+    Frame FrmShutdown{*this, "FrmShutdown"};
+    CheckBox chkShutdown{*this, "chkShutdown"};
+    Label lblShutDown{*this, "lblShutDown"};
+    Frame frmRegisterWrite{*this, "frmRegisterWrite"};
+    TextBox txtGPAddress{*this, "txtGPAddress"};
+    TextBox txtGPWrite{*this, "txtGPWrite"};
+    Label lblGPRead{*this, "lblGPRead"};
+    Label lblGDRs{*this, "lblGDRs"};
+    Button cmdGPRead{*this, "cmdGPRead"};
+    Button cmdWriteGP{*this, "cmdWriteGP"};
+    /// 0 ACR write, 1 ACR read, 2 general register write, 3 its read
+    ControlArray<Lamp> Shape2{*this, "Shape2", 0, 3};
+    ControlArray<Button> cmdReadAllWipers{*this, "cmdReadAllWipers", 0, 1};
+
+    void cmdACRRead_Click();
+    void cmdACRWrite_Click();
+    void Option1_Click(int index);
+    void chkShutdown_Click();
+    void cmdGPRead_Click();
+    void cmdWriteGP_Click();
+    /// 0 reads every channel, 1 takes what was read as the values to write
+    void cmdReadAllWipers_Click(int index);
+
+    // Groups that one family shows
+    Frame Frq4410Show{*this, "Frq4410Show"};
+    Frame Frq4422{*this, "Frq4422"};
+    Frame frq331x{*this, "frq331x"};
+    ControlArray<TextBox> txtWrQ3319{*this, "txtWrQ3319", 0, 4};
+    ControlArray<Label> lblRdq331x{*this, "lblRdq331x", 0, 4};
+
+    void Wrt_VRK(int reg) override;
+    void Read_VRK(int reg) override;
+
+    /// Byte composed from the control register's options.
+    int ACRImage = 0;
+    std::uint8_t I2CWriteAddress = 0x50;
+    std::uint8_t I2CReadAddress = 0x51;
+    /// Options of the I2C service, as a load or a selection leaves them.
+    std::array<int, 4> I2COptionValues{3, 1, -1, 0};
+
+    std::string busText() const override { return "I2C " + txtDeviceAdr.text(); }
+
+  private:
+    /// What the menu knows of a part. The ACR byte and its text may differ; the text is what actions use.
+    struct PartEntry {
+        int acrByte;
+        const char* acrText;
+        int address;
+        int taps;
+        int channels;
+        int chansOption;
+        int tapsOption;
+        const char* product;
+    };
+
+    void wireSetup();
+    void wireRegisters();
+    void choosePart(const PartEntry& part);
+    void resetI2cOptions() { I2COptionValues = {3, 1, -1, 0}; }
+    void setAddressBytes() override;
+    void setBusAddress();
+    void mirrorClocks();
+    void clearAddressPins();
+    /// Spreads a value of two bytes over the console's write fields.
+    void splitTwoBytes(const std::string& hex);
+    int twoByteReading();
+    void readThroughInstruction(int reg);
+    void writeOutcome();
+    void readOutcome();
+    /// True if the part has no such register; then the user has been told.
+    bool hasNone(const TextBox& address, const char* message);
+
+    std::uint8_t acrAddressByte_ = 2;
+    std::uint8_t deviceAddressByte_ = 0x50;
+    std::string lastAddressText_ = "50";
+    OptionGroup optionGroup_;
+    Subscription clocks_;
+};
+
+} // namespace vrk

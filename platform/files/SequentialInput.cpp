@@ -1,0 +1,43 @@
+#include "platform/files/SequentialInput.h"
+
+namespace vrk {
+
+std::optional<std::string> SequentialInput::next() {
+    const auto isBlank = [](char c) { return c == ' ' || c == '\t'; };
+    while (at_ < text_.size() && isBlank(text_[at_]))
+        ++at_;
+    if (at_ >= text_.size())
+        return std::nullopt;
+    std::string field;
+    if (text_[at_] == '"') {
+        for (++at_; at_ < text_.size(); ++at_) {
+            if (text_[at_] != '"') {
+                field += text_[at_];
+            } else if (at_ + 1 < text_.size() && text_[at_ + 1] == '"') {
+                field += '"';
+                ++at_;
+            } else {
+                ++at_;
+                break;
+            }
+        }
+    }
+    const bool quoted = !field.empty();
+    std::string plain;
+    while (at_ < text_.size() && text_[at_] != ',' && text_[at_] != '\r' && text_[at_] != '\n')
+        plain += text_[at_++];
+    if (!quoted) {
+        while (!plain.empty() && isBlank(plain.back()))
+            plain.pop_back();
+        field = plain;
+    }
+    if (at_ < text_.size()) {
+        const bool carriageReturn = text_[at_] == '\r';
+        ++at_;
+        if (carriageReturn && at_ < text_.size() && text_[at_] == '\n')
+            ++at_;
+    }
+    return field;
+}
+
+} // namespace vrk

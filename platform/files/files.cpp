@@ -1,0 +1,119 @@
+#include "platform/files/files.h"
+
+#include "platform/runtime/Fault.h"
+
+#include <cerrno>
+#include <fcntl.h>
+#include <string_view>
+#include <sys/stat.h>
+#include <unistd.h>
+#include <utility>
+
+namespace vrk {
+
+namespace {
+
+class Descriptor {
+  public:
+    explicit Descriptor(int number) : number_(number) {}
+    ~Descriptor() { close(); }
+    Descriptor(const Descriptor&) = delete;
+    Descriptor& operator=(const Descriptor&) = delete;
+
+    int number() const { return number_; }
+    bool close() {
+        const int number = std::exchange(number_, -1);
+        return number < 0 || ::close(number) == 0;
+    }
+
+  private:
+    int number_;
+};
+
+/// \return false with errno set when not everything went out.
+bool writeAll(int descriptor, std::string_view content) {
+    while (!content.empty()) {
+        const ssize_t written = ::write(descriptor, content.data(), content.size());
+        if (written < 0) {
+            if (errno == EINTR)
+                continue;
+            return false;
+        }
+        content.remove_prefix(static_cast<std::size_t>(written));
+    }
+    return true;
+}
+
+} // namespace
+
+bool fileExists(const std::filesystem::path& path) {
+    std::error_code ignored;
+    const auto status = std::filesystem::status(path, ignored);
+    return std::filesystem::exists(status) && !std::filesystem::is_directory(status);
+}
+
+std::string readFile(const std::filesystem::path& path) {
+    const Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
+    if (file.number() < 0)
+        throw fileFault("open", path.string(), errno);
+    std::string content;
+    std::string block(65536, '\0');
+    for (;;) {
+        const ssize_t count = ::read(file.number(), block.data(), block.size());
+        if (count == 0)
+            return content;
+        if (count < 0) {
+            if (errno == EINTR)
+                continue;
+            throw fileFault("read", path.string(), errno);
+        }
+        content.append(block, 0, static_cast<std::size_t>(count));
+    }
+}
+
+void replaceFile(const std::filesystem::path& path, const std::string& content) {
+    if (path.empty())
+        throw fileFault("write", "", ENOENT);
+    std::error_code ignored;
+    // Through a symbolic link: what it points to is replaced, the link stays.
+    std::filesystem::path target = path;
+    if (std::filesystem::is_symlink(path, ignored)) {
+        const auto real = std::filesystem::canonical(path, ignored);
+        if (!ignored)
+            target = real;
+    }
+    struct stat old {};
+    const bool existed = ::stat(target.c_str(), &old) == 0;
+    if (existed && !S_ISREG(old.st_mode)) {
+        // A pipe or a terminal cannot be replaced; it takes the bytes as they come.
+        const Descriptor device(::open(target.c_str(), O_WRONLY | O_CLOEXEC));
+        if (device.number() < 0 || !writeAll(device.number(), content))
+            throw fileFault("write", path.string(), errno);
+        return;
+    }
+    if (existed && ::access(target.c_str(), W_OK) != 0)
+        throw fileFault("write", path.string(), errno);
+    std::string temporary = target.string() + ".XXXXXX";
+    Descriptor file(::mkostemp(temporary.data(), O_CLOEXEC));
+    if (file.number() < 0)
+        throw fileFault("write", path.string(), errno);
+    const mode_t mask = ::umask(0);
+    ::umask(mask);
+    const mode_t mode = existed ? (old.st_mode & 07777U) : (0666U & ~mask);
+    if (!writeAll(file.number(), content) || ::fchmod(file.number(), mode) != 0 ||
+        ::fsync(file.number()) != 0 || !file.close() || ::rename(temporary.c_str(), target.c_str()) != 0) {
+        const int error = errno;
+        ::unlink(temporary.c_str());
+        throw fileFault("write", path.string(), error);
+    }
+}
+
+void appendFile(const std::filesystem::path& path, const std::string& content) {
+    Descriptor file(::open(path.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0666));
+    if (file.number() < 0)
+        throw fileFault("open", path.string(), errno);
+    if (!writeAll(file.number(), content) || !file.close())
+        throw fileFault("write", path.string(), errno);
+}
+
+} // namespace vrk

@@ -1,0 +1,141 @@
+#include "platform/qt/Binding.h"
+
+#include "platform/controls/Panel.h"
+
+#include <QEvent>
+#include <QFocusEvent>
+
+#include <algorithm>
+
+namespace vrk::qt {
+
+namespace {
+/// Shorter than this no enabled state stands on the screen.
+constexpr int kCalmMs = 100;
+/// A widget that has the keyboard keeps it while its action disables it for a moment.
+constexpr int kCalmWithFocusMs = 1000;
+} // namespace
+
+QString captionText(const Control& control) {
+    return QString::fromStdString(control.caption());
+}
+
+QString plainCaption(const Control& control) {
+    QString text = captionText(control);
+    text.remove('&');
+    return text.trimmed();
+}
+
+bool isPassingFocusChange(Qt::FocusReason reason) {
+    return reason == Qt::ActiveWindowFocusReason || reason == Qt::PopupFocusReason ||
+           reason == Qt::MenuBarFocusReason;
+}
+
+Binding::Binding(Control& control, QObject& target) : QObject(&target), control_(&control), target_(target) {
+    target.setObjectName(QString::fromStdString(control.path()));
+}
+
+Binding::~Binding() = default;
+
+void Binding::start() {
+    const auto hear = [this](Aspect aspect) { changed(aspect); };
+    own(control_->observe(hear));
+    for (const Frame* frame = control_->container(); frame != nullptr; frame = frame->container())
+        own(const_cast<Frame*>(frame)->observe([this](Aspect aspect) {
+            if (aspect == Aspect::Enabled || aspect == Aspect::Visible)
+                changed(aspect);
+        }));
+    own(control_->panel().observeEnabled([this] { changed(Aspect::Enabled); }));
+    for (const Aspect aspect : {Aspect::Range, Aspect::Rows, Aspect::Caption, Aspect::ToolTip, Aspect::Value,
+                                Aspect::Colour, Aspect::Enabled, Aspect::Visible})
+        changed(aspect);
+}
+
+void Binding::changed(Aspect aspect) {
+    if (control_ == nullptr)
+        return;
+    if (aspect == Aspect::Enabled)
+        showEnabled(control_->responsive());
+    else if (aspect == Aspect::Visible)
+        showVisible(control_->reachable());
+    else
+        showAspect(aspect);
+}
+
+void Binding::release() {
+    subscriptions_.clear();
+    released();
+    control_ = nullptr;
+}
+
+WidgetBinding::WidgetBinding(Control& control, QWidget& widget) : Binding(control, widget), widget_(widget) {
+    lag_.setSingleShot(true);
+    connect(&lag_, &QTimer::timeout, this, [this] { applyEnabled(); });
+    widget.installEventFilter(this);
+}
+
+void WidgetBinding::showAspect(Aspect aspect) {
+    if (aspect == Aspect::Caption || aspect == Aspect::ToolTip)
+        showNames();
+}
+
+void WidgetBinding::showNames() {
+    const QString tip = QString::fromStdString(control()->toolTip());
+    if (!tip.isEmpty())
+        widget_.setToolTip(tip);
+    const QString caption = plainCaption(*control());
+    if (!caption.isEmpty())
+        widget_.setAccessibleName(caption);
+    else if (!tip.isEmpty() && widget_.accessibleName().isEmpty())
+        widget_.setAccessibleName(tip);
+}
+
+void WidgetBinding::showEnabled(bool enabled) {
+    wanted_ = enabled;
+    if (!shown_.isValid()) { // nothing is on the screen yet
+        shown_.start();
+        widget_.setEnabled(enabled);
+        return;
+    }
+    if (enabled == widget_.isEnabledTo(widget_.parentWidget())) {
+        lag_.stop();
+        return;
+    }
+    // The control refuses at once; only the picture lags behind.
+    if (!enabled)
+        lag_.start(widget_.hasFocus() ? kCalmWithFocusMs : kCalmMs);
+    else if (const auto stood = shown_.elapsed(); stood < kCalmMs)
+        lag_.start(static_cast<int>(kCalmMs - stood));
+    else
+        applyEnabled();
+}
+
+void WidgetBinding::applyEnabled() {
+    lag_.stop();
+    if (widget_.isEnabledTo(widget_.parentWidget()) == wanted_)
+        return;
+    widget_.setEnabled(wanted_);
+    shown_.restart();
+}
+
+void WidgetBinding::showVisible(bool visible) {
+    if (!visible)
+        widget_.hide();
+    else if (widget_.isHidden() && widget_.parentWidget() != nullptr)
+        widget_.show();
+}
+
+bool WidgetBinding::eventFilter(QObject* watched, QEvent* event) {
+    if (control() != nullptr && (event->type() == QEvent::FocusIn || event->type() == QEvent::FocusOut)) {
+        const auto* focus = static_cast<QFocusEvent*>(event);
+        if (!isPassingFocusChange(focus->reason())) {
+            if (event->type() == QEvent::FocusIn)
+                (void)control()->userFocus();
+            else
+                (void)control()->userLeave();
+        }
+    }
+    return QObject::eventFilter(watched, event);
+}
+
+} // namespace vrk::qt

@@ -1,0 +1,134 @@
+#include "platform/qt/QtDialogs.h"
+
+#include <QApplication>
+#include <QClipboard>
+#include <QFileDialog>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QRegularExpression>
+
+#include <algorithm>
+
+namespace vrk::qt {
+
+namespace {
+
+QMessageBox::StandardButton standardButton(Choice choice) {
+    switch (choice) {
+    case Choice::Ok:
+        return QMessageBox::Ok;
+    case Choice::Cancel:
+        return QMessageBox::Cancel;
+    case Choice::Retry:
+        return QMessageBox::Retry;
+    case Choice::Yes:
+        return QMessageBox::Yes;
+    case Choice::No:
+        return QMessageBox::No;
+    }
+    return QMessageBox::Ok;
+}
+
+/// What Esc and the box's close button mean: the answer that changes least.
+Choice harmlessChoice(const std::vector<Choice>& buttons) {
+    for (const Choice choice : {Choice::Cancel, Choice::No, Choice::Ok})
+        if (std::find(buttons.begin(), buttons.end(), choice) != buttons.end())
+            return choice;
+    return buttons.empty() ? Choice::Ok : buttons.back();
+}
+
+QString titleOf(const std::string& title) {
+    const QString text = QString::fromStdString(title).trimmed();
+    return text.isEmpty() ? QApplication::applicationDisplayName() : text;
+}
+
+void throwIfEnded(const EventLoop& events) {
+    if (events.ended())
+        throw ProgramEnded{};
+}
+
+} // namespace
+
+Choice QtDialogs::show(const MessageBox& box) {
+    QMessageBox window(QApplication::activeWindow());
+    window.setObjectName("messageBox");
+    window.setWindowTitle(titleOf(box.title));
+    window.setTextFormat(Qt::PlainText);
+    window.setText(QString::fromStdString(box.text).trimmed());
+    window.setIcon(box.buttons.size() > 1 ? QMessageBox::Question : QMessageBox::Information);
+    for (const Choice choice : box.buttons)
+        window.addButton(standardButton(choice))->setObjectName(QString::fromStdString(choiceName(choice)));
+    const Choice harmless = harmlessChoice(box.buttons);
+    window.setEscapeButton(standardButton(harmless));
+    // Retry is what somebody who has just pushed the plug back in wants; a Yes is never one careless Enter
+    // away.
+    const bool asksYes = std::find(box.buttons.begin(), box.buttons.end(), Choice::Yes) != box.buttons.end();
+    window.setDefaultButton(standardButton(asksYes || box.buttons.empty() ? harmless : box.buttons.front()));
+    {
+        const EventLoop::Hold hold(events_);
+        window.exec();
+    }
+    throwIfEnded(events_);
+    const auto* clicked = window.clickedButton();
+    for (const Choice choice : box.buttons)
+        if (clicked != nullptr && window.standardButton(window.clickedButton()) == standardButton(choice))
+            return choice;
+    return harmless;
+}
+
+QStringList nameFilters(const QString& filter) {
+    static const QRegularExpression kPatternInName(R"(\s*\([^()]*\)\s*$)");
+    const QStringList parts = filter.split('|', Qt::SkipEmptyParts);
+    QStringList filters;
+    for (int at = 0; at + 1 < parts.size(); at += 2) {
+        QStringList patterns = parts[at + 1].split(';', Qt::SkipEmptyParts);
+        for (QString& pattern : patterns)
+            if (pattern == "*.*")
+                pattern = "*"; // a file without a dot is a file too
+        QString name = parts[at].trimmed();
+        name.remove(kPatternInName);
+        filters += name + " (" + patterns.join(' ') + ")";
+    }
+    return filters;
+}
+
+std::optional<std::string> QtDialogs::chooseFile(const FileRequest& request) {
+    QFileDialog dialog(QApplication::activeWindow(), titleOf(request.title));
+    dialog.setObjectName("fileDialog");
+    // Ours in both directions, so that it looks and behaves the same wherever the bench runs.
+    dialog.setOption(QFileDialog::DontUseNativeDialog);
+    const bool save = request.mode == FileRequest::Mode::Save;
+    dialog.setAcceptMode(save ? QFileDialog::AcceptSave : QFileDialog::AcceptOpen);
+    dialog.setFileMode(save ? QFileDialog::AnyFile : QFileDialog::ExistingFile);
+    const QStringList filters = nameFilters(QString::fromStdString(request.filter));
+    if (!filters.isEmpty()) {
+        dialog.setNameFilters(filters);
+        dialog.selectNameFilter(filters.value(request.filterIndex - 1, filters.front()));
+    }
+    QString suffix = QString::fromStdString(request.defaultExtension);
+    suffix.remove(QRegularExpression(R"(^\*?\.?)"));
+    if (!suffix.isEmpty() && !suffix.contains('*'))
+        dialog.setDefaultSuffix(suffix);
+    if (!request.name.empty())
+        dialog.selectFile(QString::fromStdString(request.name));
+    int result = QDialog::Rejected;
+    {
+        const EventLoop::Hold hold(events_);
+        result = dialog.exec();
+    }
+    throwIfEnded(events_);
+    const QStringList files = dialog.selectedFiles();
+    if (result != QDialog::Accepted || files.isEmpty())
+        return std::nullopt;
+    return files.front().toStdString();
+}
+
+std::string QtClipboard::text() const {
+    return QApplication::clipboard()->text().toStdString();
+}
+
+void QtClipboard::setText(const std::string& text) {
+    QApplication::clipboard()->setText(QString::fromStdString(text));
+}
+
+} // namespace vrk::qt

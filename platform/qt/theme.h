@@ -1,0 +1,34 @@
+#pragma once
+
+#include <QFont>
+#include <QPalette>
+
+class QApplication;
+class QWidget;
+
+namespace vrk::qt {
+
+/// The distance that every layout is a multiple of, in device-independent pixels.
+inline constexpr int kUnit = 8;
+
+enum class Shade { Light, Dark };
+
+/// The desktop's own shade: dark if its windows are darker than their text.
+Shade desktopShade();
+
+/// Fusion with one of our two palettes. Widgets take every colour from palette roles, so it may be called
+/// again at any time.
+void applyTheme(QApplication& application, Shade shade);
+Shade currentShade();
+QPalette paletteOf(Shade shade);
+
+/// Digits of one width. \param scale size relative to the application's font.
+QFont valueFont(double scale = 1.0);
+
+/// The application's font, scaled. \param bold for headings.
+QFont textFont(double scale, bool bold = false);
+
+/// A text that steps back behind the values: captions, units, hints.
+void makeQuiet(QWidget& widget);
+
+} // namespace vrk::qt

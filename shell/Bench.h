@@ -1,0 +1,87 @@
+#pragma once
+
+#include "link/frmMainF340.h"
+#include "link/modHID.h"
+#include "motherboard/Motherboard.h"
+#include "motherboard/frmMotherboardDAQ2.h"
+#include "panels/ShellControl.h"
+#include "panels/i2c/frmVRK_User1.h"
+#include "platform/controls/Panel.h"
+#include "platform/hid/HidHost.h"
+#include "shell/Doco.h"
+#include "shell/SharedValues.h"
+#include "shell/frmStartup.h"
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+namespace vrk {
+
+/// One bench: every panel, the state they share and the link under them. Two benches may live in one program.
+class Bench final : private ShellControl {
+  public:
+    struct Parts {
+        EventLoop& events;
+        Dialogs& dialogs;
+        Clipboard& clipboard;
+        hid::HidHost& host;
+        std::filesystem::path programFolder;
+        std::filesystem::path workingFolder;
+    };
+
+    explicit Bench(const Parts& parts);
+    ~Bench();
+
+    PanelContext& context() { return context_; }
+    EventLoop& events() { return context_.events; }
+    modHID& link() { return link_; }
+
+    /// Loads the start panel and brings it to the front, as an event. Never throws.
+    Outcome start();
+
+    /// Every panel's slot, in the order in which they load.
+    const std::vector<PanelSlotBase*>& panels() const { return panels_; }
+    /// nullptr if there is none of that name.
+    PanelSlotBase* findPanel(const std::string& name) const;
+
+    SharedValues& sharedValues() { return sharedValues_; }
+    /// An action of a module that is no panel (`initSupplyDefaults`, `initHIDConnection`); nullptr if there
+    /// is none.
+    const Panel::Action* findModuleAction(const std::string& name) const;
+    const std::vector<Panel::NamedAction>& moduleActions() const { return moduleActions_; }
+
+  private:
+    void showStartPanel() override;
+    void endProgram() override;
+    PanelSlotBase* panelOfRow(int row);
+    DevicePanel::Uses deviceUses(std::function<void()> hideSelf);
+    void registerSharedValues();
+    void registerPanelValues();
+    void registerModuleActions();
+    template <class P, class Owner, class Member>
+    void addPanelValue(const char* name, PanelSlot<P>& slot, Member Owner::*member);
+
+    PanelContext context_;
+    Trace trace_;
+    modHID link_;
+    AnalogState analog_;
+    PortState ports_;
+    SupplyState supply_;
+    ShellState shell_;
+
+  public:
+    PanelSlot<class frmStartup> frmStartup;
+    PanelSlot<class Doco> Doco;
+    PanelSlot<class frmMainF340> frmMainF340;
+    PanelSlot<class frmMotherboardDAQ2> frmMotherboardDAQ2;
+    PanelSlot<class frmVRK_User1> frmVRK_User1;
+
+  private:
+    Motherboard motherboard_;
+    std::vector<PanelSlotBase*> panels_;
+    SharedValues sharedValues_;
+    std::vector<Panel::NamedAction> moduleActions_;
+};
+
+} // namespace vrk

@@ -1,0 +1,164 @@
+#include "panels/i2c/frmVRK_User1.h"
+#include "platform/qt/theme.h"
+#include "views/PanelWindow.h"
+#include "views/WiperPlot.h"
+#include "views/WiperStrip.h"
+#include "views/deviceBlocks.h"
+#include "views/panelViews.h"
+
+#include <QCheckBox>
+#include <QGridLayout>
+#include <QLabel>
+#include <QMenu>
+#include <QPushButton>
+#include <QRadioButton>
+
+namespace vrk {
+
+using namespace qt;
+
+namespace {
+
+QWidget* partBlock(PanelUi& ui, frmVRK_User1& p) {
+    std::vector<Item> taps;
+    for (auto& option : p.OptTaps)
+        taps.emplace_back(ui(*option));
+    auto* addressSize = ui(p.cboRegSize, 8);
+    auto* dataSize = ui(p.cboDataSize, 8);
+    return group(
+        "Part",
+        column({
+            row({"Channels", ui(p.OptChans[0]), ui(p.OptChans[1]), ui(p.OptChans[2]), stretch}),
+            grid({{"Taps", taps[0], taps[1], taps[2], taps[3]}, {{}, taps[4], taps[5], taps[6], taps[7]}}),
+            grid({{caption("Address size", addressSize), addressSize, stretch},
+                  {caption("Data size", dataSize), dataSize}}),
+        }));
+}
+
+QWidget* addressBlock(PanelUi& ui, frmVRK_User1& p) {
+    auto* address = ui(p.txtDeviceAdr, 4);
+    auto* computed = ui(p.txtCalcAddr, 4);
+    auto* clock = ui(p.cboI2CClock, 8);
+    return group(
+        "I2C bus",
+        column({
+            grid({{caption("Address", address), address, quietText("hex"), ui(p.cmdSlave), stretch}}),
+            keepsPlace(ui.frame(p.fraADDRSelect, {},
+                                column({row({"Pins", ui(p.chkI2CAdr[0]), ui(p.chkI2CAdr[1]),
+                                             ui(p.chkI2CAdr[2]), ui(p.chkI2CAdr[3]), stretch}),
+                                        row({caption("From pins", computed), computed, quietText("hex"),
+                                             ui(p.cmdCopyAdr), stretch})}))),
+            row({caption("Clock", clock), clock, quietText("kHz"), stretch}),
+        }));
+}
+
+QWidget* controlRegisterBlock(PanelUi& ui, frmVRK_User1& p) {
+    auto* address = ui(p.txtACRAddress, 3);
+    auto* addressCaption = ui(p.Label2);
+    addressCaption->setBuddy(address);
+    makeQuiet(*addressCaption);
+    return ui.frame(p.SSFrame2, "Control register",
+                    grid({{addressCaption, address, quietText("hex")},
+                          {"To write", ui(p.txtACR[0], 3), quietText("hex"), ui(p.cmdACRWrite),
+                           ui(p.Shape2[0], "ACR write"), stretch},
+                          {"As read", ui(p.txtACR[1], 3), quietText("hex"), ui(p.cmdACRRead),
+                           ui(p.Shape2[1], "ACR read")},
+                          {"Wiper to", wide(row({ui(p.Option1[0]), ui(p.Option1[1]), stretch}), 5)}}));
+}
+
+QWidget* shutdownBlock(PanelUi& ui, frmVRK_User1& p) {
+    auto* warning = keepsPlace(ui(p.lblShutDown));
+    warning->setFont(textFont(1.0, true));
+    return ui.frame(p.FrmShutdown, "Shutdown",
+                    column({row({ui(p.chkShutdown), ui(p.ChkShutDown2), stretch}), warning}));
+}
+
+QWidget* generalRegisterBlock(PanelUi& ui, frmVRK_User1& p) {
+    auto* address = ui(p.txtGPAddress, 3);
+    auto* value = ui(p.txtGPWrite, 3);
+    return ui.frame(p.frmRegisterWrite, "General purpose register",
+                    grid({{caption("Register", address), address, quietText("hex"), wide(ui(p.lblGDRs), 3)},
+                          {caption("To write", value), value, quietText("hex"), ui(p.cmdWriteGP),
+                           ui(p.Shape2[2], "Register write"), stretch},
+                          {"As read", ui.value(p.lblGPRead, "00"), quietText("hex"), ui(p.cmdGPRead),
+                           ui(p.Shape2[3], "Register read")}}));
+}
+
+QWidget* twoByteBlock(PanelUi& ui, frmVRK_User1& p) {
+    static constexpr std::array<const char*, 5> kNames = {"Wiper", "Data 0", "Data 1", "Data 2", "Data 3"};
+    std::vector<std::vector<Item>> rows;
+    for (int index = 0; index < p.txtWrQ3319.count(); ++index) {
+        auto* value = ui(p.txtWrQ3319[index], 4);
+        rows.push_back({caption(kNames.at(static_cast<std::size_t>(index)), value), value,
+                        ui.value(p.lblRdq331x[index], "000"), stretch});
+    }
+    return ui.frame(p.frq331x, {}, grid(rows));
+}
+
+void addPartMenu(PanelWindow& window, frmVRK_User1& p) {
+    QMenu* menu = window.addPanelMenu("Device Select");
+    PanelUi& ui = window.ui();
+    for (MenuEntry* entry : {&p.mnu_KV4071, &p.mnu_KV4074, &p.mnuKV4078, &p.mnuKV6021}) {
+        QAction* action = ui(*entry);
+        action->setParent(menu);
+        menu->addAction(action);
+    }
+    ui.tieMenu(p.mnuDeviceSelect, *menu->menuAction());
+}
+
+} // namespace
+
+void makeI2cPanelView(PanelWindow& window, frmVRK_User1& p) {
+    PanelUi& ui = window.ui();
+    window.setHelpPage("I2C panel");
+    addPartMenu(window, p);
+
+    std::vector<WiperStrip*> strips;
+    std::vector<Item> channels;
+    for (int channel = 0; channel < WiperPanel::kChannels; ++channel) {
+        strips.push_back(new WiperStrip(window, p, channel));
+        if (channel > 0)
+            channels.emplace_back(separator(Qt::Vertical));
+        channels.emplace_back(strips.back());
+    }
+    auto* picture = new QPushButton("Volts over Position…");
+    picture->setObjectName("voltsOverPosition");
+    auto* plot = new WiperPlotWindow(window, p);
+    QObject::connect(picture, &QPushButton::clicked, plot, [plot] { plot->open(); });
+
+    auto* setUp = column({partBlock(ui, p), gap, addressBlock(ui, p), gap, makeStatusBlock(window, p),
+                          stretch, row({ui(p.cmdMMenu), stretch})});
+    auto* work =
+        column({row(channels), row({ui(p.cmdReadAllWipers[0]), ui(p.cmdReadAllWipers[1]), stretch, picture}),
+                twoByteBlock(ui, p), ui.frame(p.Frq4422, {}, row({stretch})),
+                ui.frame(p.Frq4410Show, {}, row({stretch})), stretch});
+    auto* side = column({makeSupplyBlock(window, p), gap, controlRegisterBlock(ui, p), gap,
+                         shutdownBlock(ui, p), gap, generalRegisterBlock(ui, p), stretch});
+    auto* part = ui(p.lblProduct);
+    auto* content = column({makeBand(window, p, part, {&p.txtDeviceAdr}), row({setUp, gap, separator(Qt::Vertical), gap, work,
+                                                            gap, separator(Qt::Vertical), gap, side})});
+    window.setFirstFocus(nullptr);
+
+    const auto channelInHand = [strips] {
+        for (std::size_t at = 0; at < strips.size(); ++at)
+            if (strips[at]->hasKeyboard())
+                return static_cast<int>(at);
+        return 0;
+    };
+    window.onRead("Read the channel that has the keyboard, else channel 0",
+                  [&p, channelInHand] { (void)p.cmdI2Read[channelInHand()].userClick(); });
+    window.onWrite("Write the channel that has the keyboard, else channel 0",
+                   [&p, channelInHand] { (void)p.CMDxMIT[channelInHand()].userClick(); });
+    window.addKey(QKeySequence(Qt::SHIFT | Qt::Key_F5), "Read all channels",
+                  [&p] { (void)p.cmdReadAllWipers[0].userClick(); });
+    for (int channel = 0; channel < WiperPanel::kChannels; ++channel)
+        window.addKey(QKeySequence(Qt::CTRL | static_cast<Qt::Key>(Qt::Key_1 + channel)),
+                      QString("Go to channel %1").arg(channel),
+                      [strip = strips[static_cast<std::size_t>(channel)]] { strip->focusEntry(); });
+    window.addKey(QKeySequence(Qt::CTRL | Qt::Key_P), "Picture of the volts over the position",
+                  [plot] { plot->open(); });
+    window.setContent(block(content));
+    strips.front()->focusEntry();
+}
+
+} // namespace vrk

@@ -1,0 +1,70 @@
+#include "views/ViewContext.h"
+
+#include "link/modHID.h"
+
+namespace vrk {
+
+namespace {
+
+QString lastResult(const modHID& link) {
+    using Health = modHID::Health;
+    if (link.health() == Health::Silent)
+        return "Last exchange: no reply";
+    if (link.health() == Health::Gone)
+        return "Last exchange: not taken";
+    if (link.i2cStatus == kLinkError)
+        return "Last exchange: the bus did not answer";
+    if (link.i2cStatus == kLinkGood)
+        return "Last exchange: good";
+    return "No transfer yet";
+}
+
+QString farEnd(BoardKind kind, const QString& name) {
+    switch (kind) {
+    case BoardKind::Simulated:
+        return name.isEmpty() ? QString("Simulated board") : "Simulated board with " + name;
+    case BoardKind::Replayed:
+        return "Replay of " + name;
+    case BoardKind::Real:
+        break;
+    }
+    return "Board";
+}
+
+} // namespace
+
+LinkWords linkWords(const modHID& link, BoardKind kind, const QString& boardName) {
+    using Health = modHID::Health;
+    const QString end = farEnd(kind, boardName);
+    LinkWords words;
+    words.last = lastResult(link);
+    switch (link.health()) {
+    case Health::Unknown:
+        words.state = "not opened";
+        words.board =
+            end + (kind == BoardKind::Real ? ": opened with the first selection" : ", not opened yet");
+        words.last.clear();
+        break;
+    case Health::Attached:
+        words.state = kind == BoardKind::Simulated  ? "simulated"
+                      : kind == BoardKind::Replayed ? "replayed"
+                                                    : "attached";
+        words.board =
+            QString("%1 attached, instance %2 of %3").arg(end).arg(link.instance()).arg(link.boardCount());
+        words.colour = Colour::LightGreen;
+        break;
+    case Health::Silent:
+        words.state = "silent";
+        words.board = QString("%1 silent, instance %2").arg(end).arg(link.instance());
+        words.colour = Colour::LightRed;
+        break;
+    case Health::Gone:
+        words.state = "gone";
+        words.board = end + " not attached";
+        words.colour = Colour::LightRed;
+        break;
+    }
+    return words;
+}
+
+} // namespace vrk

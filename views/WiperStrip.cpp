@@ -1,0 +1,118 @@
+#include "views/WiperStrip.h"
+
+#include "panels/WiperPanel.h"
+#include "platform/qt/theme.h"
+#include "views/PanelWindow.h"
+
+#include <QApplication>
+#include <QCheckBox>
+#include <QLabel>
+#include <QListView>
+#include <QPushButton>
+
+namespace vrk {
+
+using namespace qt;
+
+namespace {
+
+constexpr int kListRows = 5;
+
+/// A lamp beside the button that caused the transaction: follows the panel's lamp while this channel is at
+/// work.
+LampWidget* resultLamp(PanelUi& ui, Lamp& panelLamp, const Button& cause, const QString& name) {
+    auto* lamp = new LampWidget;
+    lamp->setObjectName(name);
+    lamp->setToolTip("Result of the last transaction of this channel");
+    lamp->setAccessibleName(lamp->toolTip());
+    ui.keep(panelLamp.observeAssignments([lamp, &panelLamp, &cause] {
+        if (cause.enabled())
+            return; // another channel's transaction
+        lamp->setColour(panelLamp.colour());
+        lamp->blink();
+    }));
+    return lamp;
+}
+
+template <class Widget>
+Widget* withoutMnemonic(Widget* widget) {
+    keepWithoutMnemonic(*widget);
+    return widget;
+}
+
+QPushButton* narrow(QPushButton* button) {
+    keepWithoutMnemonic(*button);
+    button->setSizePolicy(QSizePolicy::MinimumExpanding, QSizePolicy::Fixed);
+    return button;
+}
+
+} // namespace
+
+WiperStrip::WiperStrip(PanelWindow& window, WiperPanel& panel, int channel) {
+    PanelUi& ui = window.ui();
+    const QString number = QString::number(channel);
+
+    auto* title = heading("Channel " + number, 1.1);
+    ui.watch(panel.SSFrame4[channel], [title, number, frame = &panel.SSFrame4[channel]] {
+        title->setEnabled(frame->visible());
+        title->setText(frame->visible() ? "Channel " + number : "Channel " + number + " unused");
+    });
+
+    auto* position = ui.value(panel.lblPotRead[channel], "0000", 3.4);
+    position->setAccessibleName("Position read, channel " + number);
+    auto* hex = ui.value(panel.lblPotReadhex[channel], "000", 1.7);
+    hex->setAccessibleName("Position read, hexadecimal, channel " + number);
+    auto* volts = ui.value(panel.lblWiperVolts[channel], "00.000", 1.7);
+    volts->setAccessibleName("Wiper volts, channel " + number);
+    for (QLabel* value :
+         {static_cast<QLabel*>(position), static_cast<QLabel*>(hex), static_cast<QLabel*>(volts)})
+        value->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+    auto* source = ui(panel.lblChanRcvr[channel]);
+    makeQuiet(*source);
+    auto* readBlock =
+        keepsPlace(ui.frame(panel.SSFrame4[channel], {},
+                            tightColumn({row({quietText("Read"), source, stretch}), right(position),
+                                         right(block(tightRow({hex, quietText("hex")}))),
+                                         right(block(tightRow({volts, quietText("V")}))), gap,
+                                         ui(panel.ProgressBar1[channel])})));
+
+    auto* target = ui(panel.lblChanSend[channel]);
+    makeQuiet(*target);
+    auto* decimal = ui(panel.txtDECDataWrt[channel], 5);
+    entry_ = ui(panel.txtHexDataWrt[channel], 5);
+    decimal->setAccessibleName("Position to write, decimal, channel " + number);
+    entry_->setAccessibleName("Position to write, hexadecimal, channel " + number);
+    auto* list = ui(panel.List1[channel], kListRows, 5);
+    list->setToolTip("Scroll to a position, then click it to write it");
+    list->setAccessibleName("Positions, channel " + number);
+    auto* slider = ui(panel.Slider1[channel]);
+    slider->setAccessibleName("Position, channel " + number);
+    auto* factor = ui(panel.txtFactor[channel], 4);
+    auto* writeBlock = keepsPlace(ui.frame(
+        panel.SSFrame3[channel], {},
+        column(
+            {row({quietText("Set"), target, stretch}), slider,
+             tightRow({withoutMnemonic(caption("Dec", decimal)), decimal, stretch,
+                       withoutMnemonic(caption("Hex", entry_)), entry_}),
+             tightRow({narrow(ui(panel.CMDxMIT[channel])),
+                       resultLamp(ui, panel.Shape1[1], panel.CMDxMIT[channel], "written(" + number + ")")}),
+             tightRow({narrow(ui(panel.cmdI2Read[channel])),
+                       resultLamp(ui, panel.Shape1[2], panel.cmdI2Read[channel], "read(" + number + ")")}),
+             row({withoutMnemonic(ui(panel.ChkAutoRead[channel])), stretch}),
+             narrow(ui(panel.cmdSampleWiper[channel])), list,
+             tightRow({withoutMnemonic(caption("AD factor", factor)), stretch, factor})})));
+
+    setLayout(column({title, readBlock, writeBlock, stretch}));
+    layout()->setContentsMargins(0, 0, 0, 0);
+}
+
+bool WiperStrip::hasKeyboard() const {
+    const QWidget* focus = QApplication::focusWidget();
+    return focus != nullptr && isAncestorOf(focus);
+}
+
+void WiperStrip::focusEntry() {
+    entry_->setFocus(Qt::ShortcutFocusReason);
+}
+
+} // namespace vrk

@@ -1,0 +1,25 @@
+#pragma once
+
+#include <initializer_list>
+
+class QLabel;
+class QWidget;
+
+namespace vrk {
+
+class Control;
+class DevicePanel;
+class PanelWindow;
+
+/// What every device window shows, in the same place.
+
+/// Part, bus and address, both supplies and the link, readable from across the bench.
+/// \param part the panel's own label of the part. \param addressFields what the bus text depends on.
+QWidget* makeBand(PanelWindow& window, DevicePanel& panel, QLabel* part,
+                  std::initializer_list<Control*> addressFields);
+/// Switches, level, measurement and calibration of the supplies.
+QWidget* makeSupplyBlock(PanelWindow& window, DevicePanel& panel);
+/// The six lamps of link and transfers.
+QWidget* makeStatusBlock(PanelWindow& window, DevicePanel& panel);
+
+} // namespace vrk

@@ -45,9 +45,8 @@ void frmMainF340::wireBoard() {
 
 void frmMainF340::Form_Load() {
     uses_.trace.line({"F340 Form Load"});
-    chkRandom.setValue(1); // register parts, the ordinary case, want their register byte
-    link().hidHandles.assign(1, 0);
-    link().hidOverlappedHandles.assign(1, 0);
+    chkRandom.setValue(1);    // register parts, the ordinary case, want their register byte
+    link().closeHIDHandles(); // a discovery may have run before the panel lived
     link().initHIDConnection();
     for (int i = 0; i < kByteBoxes; ++i) {
         lblRegAddr[i].setCaption(byteToHex2(static_cast<std::uint8_t>(i)));
@@ -173,7 +172,8 @@ void frmMainF340::decimalField(TextBox& field, int maximum, bool clipboard) {
     if (clipboard)
         field.onKeyDown([this, &field](int code, int shift) { clipboardKeys(field, code, shift); });
     field.onLostFocus([&field, maximum] {
-        const double value = leadingNumber(field.text());
+        // Read as the services read it: a pasted text that is no number counts as 0.
+        const double value = isNumeric(field.text()) ? leadingNumber(field.text()) : 0;
         if (value > maximum)
             field.setText(decimalText(maximum));
         else if (value < 1)

@@ -21,8 +21,7 @@ void frmMainF340::wireI2c() {
     txtNumToWrite.setText("1");
     txtStartRegRD.setText("00");
     txtStartRegWr.setText("00");
-    for (TextBox* field : {&txtStartRegRD, &txtStartRegWr, &txtRegister})
-        field->setMaxLength(2);
+    txtRegister.setMaxLength(2);
     for (auto& field : TXTI2C)
         field->setText("--");
     chkRandom.setCaption("Random Read/Write");
@@ -191,12 +190,13 @@ void frmMainF340::cmdWriteIndividual_Click(int index) {
     // The button always changes the register: its own value, or the other one if it is there already.
     const auto own = static_cast<std::size_t>(index);
     const bool there = hexToByte(txtReadIndividual.text()) == values.at(own);
-    std::array<std::uint8_t, 1> data = {values.at(there ? 1 - own : own)};
+    const std::array<std::uint8_t, 1> data = {values.at(there ? 1 - own : own)};
     const Registers registers = registersIf(chkRandom.checked(), txtRegister);
     link().writeI2C(address(), data, registers.span(), 0);
-    link().readI2COnce(address(), data, registers.span());
+    std::array<std::uint8_t, 1> back{}; // its own, so that a lost reply does not show what was written
+    link().readI2COnce(address(), back, registers.span());
     txtWriteIndividual[index].setText(byteToHex2(values.at(own)));
-    txtReadIndividual.setText(byteToHex2(data[0]));
+    txtReadIndividual.setText(byteToHex2(back[0]));
 }
 
 void frmMainF340::cmdScanI2Caddress_Click() {

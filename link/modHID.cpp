@@ -89,7 +89,16 @@ void modHID::fillReportBuffer(std::uint8_t value) {
 }
 
 bool modHID::readReport(Milliseconds timeout) {
-    return host_.read(hidOverlappedHandle, reportBuffer, timeout) == hid::ReadResult::Arrived;
+    const hid::ReadResult result = host_.read(hidOverlappedHandle, reportBuffer, timeout);
+    if (result == hid::ReadResult::Failed)
+        setHealth(Health::Gone);
+    return result == hid::ReadResult::Arrived;
+}
+
+void modHID::noteNoReply() {
+    hidLinkCode = 1;
+    if (health_ != Health::Gone) // a board that is gone is no silent one
+        setHealth(Health::Silent);
 }
 
 void modHID::purgeInputReports() {
@@ -106,8 +115,7 @@ bool modHID::writeReport() {
 int modHID::awaitInputReport() {
     Lamp* transfer = activePanel != nullptr ? activePanel->transferLamp() : nullptr;
     if (!readReport(kReplyTimeout)) {
-        hidLinkCode = 1;
-        setHealth(Health::Silent);
+        noteNoReply();
         if (transfer != nullptr)
             transfer->setColour(Colour::LightRed);
         return kLinkReadFailed;
@@ -126,8 +134,7 @@ bool modHID::readReply() {
         setHealth(Health::Attached);
         return true;
     }
-    hidLinkCode = 1;
-    setHealth(Health::Silent);
+    noteNoReply();
     checkStatus(false);
     return false;
 }
@@ -209,11 +216,7 @@ int modHID::writeI2COnce(std::uint8_t address, std::span<const std::uint8_t> dat
     layOutTransfer(reportBuffer, address, data.size(), registers);
     std::copy(data.begin(), data.end(),
               reportBuffer.begin() + report::kI2cPayload + static_cast<std::ptrdiff_t>(registers.size()));
-    if (!writeReport()) {
-        hidLinkCode = kLinkWriteFailed;
-        return kLinkWriteFailed;
-    }
-    return awaitInputReport();
+    return writeReport() ? awaitInputReport() : kLinkWriteFailed;
 }
 
 int modHID::readI2C(std::uint8_t address, std::span<std::uint8_t> data,

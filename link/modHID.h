@@ -60,7 +60,7 @@ class modHID {
     bool BoardConnected = false;
     int msgResult = 0;   ///< of the last link dialog: 1 OK, 2 Cancel, 4 Retry, 6 Yes, 7 No
     int i2cStatus = 0;   ///< of the last reply judged: 8 or 1
-    int hidLinkCode = 0; ///< 0 after a reply, 1 after a time-out, 4 after a failed write of a transfer
+    int hidLinkCode = 0; ///< 0 after a reply, 1 after a time-out, 4 after a failed write of an I2C read
     bool linkOk = false; ///< of the services that show no dialog
     /// Even 8-bit slave address of every transaction.
     std::uint8_t i2cAddress = 0;
@@ -130,7 +130,7 @@ class modHID {
         Unknown,  ///< no discovery yet
         Attached, ///< the last exchange went well
         Silent,   ///< the last reply did not come
-        Gone      ///< no board, or it took no report
+        Gone      ///< no board, or it went away under an exchange
     };
     Health health() const { return health_; }
     /// Boards of the last discovery.
@@ -149,6 +149,7 @@ class modHID {
 
   private:
     bool readReport(Milliseconds timeout);
+    void noteNoReply();
     bool findBoards();
     Choice askRetry(const std::string& text);
     void setHealth(Health health);

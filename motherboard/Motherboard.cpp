@@ -109,7 +109,8 @@ void Motherboard::applyCalibration(ComboBox* list) {
         list->setListIndex(kStartRow);
     }
     console_->lblCal_header.setCaption(file.header);
-    analog_.VrefCal = leadingNumber(file.reference);
+    if (isNumeric(file.reference)) // a file cut short must not set the converter's reference to 0
+        analog_.VrefCal = leadingNumber(file.reference);
     analog_.ADRef = analog_.VrefCal;
     context_.events.letEventsRun();
 }

@@ -94,10 +94,8 @@ void frmMotherboardDAQ2::cmdReadAllAD_Click() {
 }
 
 void frmMotherboardDAQ2::cmdSample_Click() {
-    OnScopeExit atEnd([this] {
-        shpSample.setVisible(false);
+    OnScopeExit afterFault([this] {
         cmdEndSampling.setEnabled(false);
-        cmdSample.setEnabled(true);
         setButtonsEnabled(true);
     });
     cmdDisableButtons_Click();
@@ -112,6 +110,10 @@ void frmMotherboardDAQ2::cmdSample_Click() {
         shpSample.setColour(shpSample.colour() == Colour::Black ? Colour::LightGreen : Colour::Black);
         events().letEventsRun();
     }
+    afterFault.dismiss();
+    cmdEndSampling.setEnabled(false);
+    cmdSample.setEnabled(true);
+    cmdEnableBUttons_Click();
 }
 
 void frmMotherboardDAQ2::cmdEndSampling_Click() {

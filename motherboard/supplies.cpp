@@ -49,6 +49,9 @@ void frmMotherboardDAQ2::selectDac(bool selected) {
 }
 
 void frmMotherboardDAQ2::dacExchange(DacRow row) {
+    const int first = 4 * static_cast<int>(row) + 1; // the first cell of a row is not sent
+    for (int k = 0; k < 3; ++k)
+        (void)hexToByte(txtSPIwr[first + k].text()); // a bad byte must not leave the DAC selected
     OnScopeExit afterFault([this] { setButtonsEnabled(true); });
     cmdDisableButtons_Click();
     selectDac(true);
@@ -59,7 +62,6 @@ void frmMotherboardDAQ2::dacExchange(DacRow row) {
     }
     console().chkSPIread.setValue(1);
     console().txtNumToWrite.setText("3");
-    const int first = 4 * static_cast<int>(row) + 1; // the first cell of a row is not sent
     for (int k = 0; k < 3; ++k) {
         if (row != DacRow::WriteSetup)
             uses_.ports.SPIBuf[k] = hexToByte(txtSPIwr[first + k].text());

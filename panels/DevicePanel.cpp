@@ -213,6 +213,7 @@ void DevicePanel::cmdMMenu_Click() {
     OptVCC_Click(1);
     pump();
     uses_.state.returningToMenu = true;
+    uses_.products.unload();
     uses_.hideSelf();
     uses_.shell.showStartPanel();
     pump();

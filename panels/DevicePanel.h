@@ -24,6 +24,7 @@ class DevicePanel : public Panel, public SupplyPanel {
         SupplyState& supply;
         ShellState& state;
         ShellControl& shell;
+        ProductTable& products;
         std::function<void()> hideSelf;
     };
 

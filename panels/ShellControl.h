@@ -1,5 +1,7 @@
 #pragma once
 
+#include <string>
+
 namespace vrk {
 
 /// What panels ask of the shell above them.
@@ -9,6 +11,21 @@ class ShellControl {
     virtual void showStartPanel() = 0;
     /// Closes the board's handles and ends the program. \throws ProgramEnded
     virtual void endProgram() = 0;
+};
+
+/// The product table as the device panels use it.
+class ProductTable {
+  public:
+    enum class Bus { I2C, SPI };
+    virtual ~ProductTable() = default;
+    /// Shows the table for one bus; an earlier choice is forgotten.
+    virtual void open(Bus bus) = 0;
+    /// The user has returned from it, with or without a choice.
+    virtual bool returned() const = 0;
+    virtual bool selected() const = 0;
+    /// A field of the row chosen, by column.
+    virtual std::string field(int column) const = 0;
+    virtual void unload() = 0;
 };
 
 /// Start values that the start panel sets and device panels look at.

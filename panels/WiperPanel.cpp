@@ -159,7 +159,7 @@ void WiperPanel::OptTaps_Click(int index) {
     const TapChoice& choice = kTapChoices.at(static_cast<std::size_t>(index));
     TapCount = choice.taps;
     const bool before = std::exchange(suppressTouch_, true);
-    const OnScopeExit restore([this, before] { suppressTouch_ = before; });
+    OnScopeExit restore([this, before] { suppressTouch_ = before; });
     for (int channel = 0; channel < kChannels; ++channel) {
         ProgressBar1[channel].setMaximum(TapCount);
         ProgressBar1[channel].setValue(1);
@@ -175,6 +175,8 @@ void WiperPanel::OptTaps_Click(int index) {
         lblPotRead[channel].setCaption(wide ? "----" : "---");
         lblPotReadhex[channel].setCaption(wide ? "---" : "--");
     }
+    suppressTouch_ = before;
+    restore.dismiss();
     pump();
 }
 
@@ -275,9 +277,12 @@ void WiperPanel::List1_Click(int index) {
     if (!sliderDrag_) {
         listDrive_ = true;
         const OnScopeExit driveOver([this] { listDrive_ = false; });
-        const bool before = std::exchange(suppressTouch_, true);
-        const OnScopeExit restore([this, before] { suppressTouch_ = before; });
-        Slider1[index].setValue(List1[index].listIndex() + 1);
+        {
+            // For the move alone: what the user does while events run counts.
+            const bool before = std::exchange(suppressTouch_, true);
+            const OnScopeExit restore([this, before] { suppressTouch_ = before; });
+            Slider1[index].setValue(List1[index].listIndex() + 1);
+        }
         pump();
         pump();
     } else {

@@ -17,7 +17,12 @@ Bench::Bench(const Parts& parts)
                                           shell_, [this](int row) { return panelOfRow(row); },
                                           [this]() -> PanelSlotBase& { return this->frmStartup; }});
                  }),
-      Doco(context_, "Doco", "Trace", [this] { return std::make_shared<class Doco>(context_, trace_); }),
+      Doco(context_, "Doco", "Trace",
+           [this] {
+               if (!tracePanel_)
+                   tracePanel_ = std::make_shared<class Doco>(context_, trace_);
+               return tracePanel_;
+           }),
       frmMainF340(context_, "frmMainF340", "HID Firmware Basic I/O ",
                   [this] {
                       return std::make_shared<class frmMainF340>(
@@ -38,8 +43,16 @@ Bench::Bench(const Parts& parts)
                        return std::make_shared<class frmVRK_User1>(
                            context_, deviceUses([this] { frmVRK_User1.hide(); }));
                    }),
+      ProductExec(context_, "ProductExec", "VRK Product Selection Parameter Table",
+                  [this] {
+                      return std::make_shared<class ProductExec>(context_,
+                                                                 ProductExec::Uses{busMode_, shell_, [this] {
+                                                                                       ProductExec.hide();
+                                                                                       frmVRK_User1.show();
+                                                                                   }});
+                  }),
       motherboard_(context_, link_, analog_, supply_, frmMotherboardDAQ2),
-      panels_{&frmStartup, &frmMotherboardDAQ2, &frmMainF340, &frmVRK_User1, &Doco} {
+      panels_{&frmStartup, &frmMotherboardDAQ2, &frmMainF340, &frmVRK_User1, &ProductExec, &Doco} {
     trace_.setSink([this](std::string_view text) { Doco->rtxt1.append(text); });
     link_.setBoardsListed([this] { frmMainF340->cboEVB_init(); });
     link_.setGiveUp([this] { endProgram(); });
@@ -53,7 +66,7 @@ Bench::~Bench() {
 }
 
 DevicePanel::Uses Bench::deviceUses(std::function<void()> hideSelf) {
-    return {frmMainF340, frmMotherboardDAQ2, motherboard_, link_, analog_, ports_, supply_, shell_,
+    return {frmMainF340, frmMotherboardDAQ2, motherboard_, link_, analog_, ports_, supply_, shell_, *this,
             *this,       std::move(hideSelf)};
 }
 
@@ -86,6 +99,32 @@ void Bench::showStartPanel() {
 void Bench::endProgram() {
     link_.closeHIDHandles();
     context_.events.endProgram();
+}
+
+void Bench::open(Bus bus) {
+    busMode_.I2CBusMode = bus == Bus::I2C;
+    busMode_.SPIBusMode = bus == Bus::SPI;
+    ProductExec->forgetChoice();
+    ProductExec.show();
+}
+
+bool Bench::returned() const {
+    const auto* table = ProductExec.loadedPanel();
+    return table == nullptr || table->ProductReturned;
+}
+
+bool Bench::selected() const {
+    const auto* table = ProductExec.loadedPanel();
+    return table != nullptr && table->ParamSelected;
+}
+
+std::string Bench::field(int column) const {
+    auto* table = ProductExec.loadedPanel();
+    return table == nullptr ? std::string() : table->lblDeviceSel[column].caption();
+}
+
+void Bench::unload() {
+    ProductExec.unload();
 }
 
 } // namespace vrk

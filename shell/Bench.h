@@ -9,17 +9,19 @@
 #include "platform/controls/Panel.h"
 #include "platform/hid/HidHost.h"
 #include "shell/Doco.h"
+#include "shell/ProductExec.h"
 #include "shell/SharedValues.h"
 #include "shell/frmStartup.h"
 
 #include <filesystem>
+#include <memory>
 #include <string>
 #include <vector>
 
 namespace vrk {
 
 /// One bench: every panel, the state they share and the link under them. Two benches may live in one program.
-class Bench final : private ShellControl {
+class Bench final : private ShellControl, private ProductTable {
   public:
     struct Parts {
         EventLoop& events;
@@ -31,7 +33,7 @@ class Bench final : private ShellControl {
     };
 
     explicit Bench(const Parts& parts);
-    ~Bench();
+    ~Bench() override;
 
     PanelContext& context() { return context_; }
     EventLoop& events() { return context_.events; }
@@ -54,6 +56,11 @@ class Bench final : private ShellControl {
   private:
     void showStartPanel() override;
     void endProgram() override;
+    void open(Bus bus) override;
+    bool returned() const override;
+    bool selected() const override;
+    std::string field(int column) const override;
+    void unload() override;
     PanelSlotBase* panelOfRow(int row);
     DevicePanel::Uses deviceUses(std::function<void()> hideSelf);
     void registerSharedValues();
@@ -69,6 +76,8 @@ class Bench final : private ShellControl {
     PortState ports_;
     SupplyState supply_;
     ShellState shell_;
+    BusMode busMode_;
+    std::shared_ptr<class Doco> tracePanel_; ///< made at its first line; closing its window loses no text
 
   public:
     PanelSlot<class frmStartup> frmStartup;
@@ -76,6 +85,7 @@ class Bench final : private ShellControl {
     PanelSlot<class frmMainF340> frmMainF340;
     PanelSlot<class frmMotherboardDAQ2> frmMotherboardDAQ2;
     PanelSlot<class frmVRK_User1> frmVRK_User1;
+    PanelSlot<class ProductExec> ProductExec;
 
   private:
     Motherboard motherboard_;

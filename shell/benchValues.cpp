@@ -112,6 +112,8 @@ void Bench::registerSharedValues() {
     all.add(scalar("returningToMenu", shell_.returningToMenu));
     all.add(scalar("reloadI2CList", shell_.reloadI2CList));
     all.add(scalar("reloadSPIList", shell_.reloadSPIList));
+    all.add(scalar("I2CBusMode", busMode_.I2CBusMode));
+    all.add(scalar("SPIBusMode", busMode_.SPIBusMode));
     registerPanelValues();
 }
 
@@ -141,6 +143,10 @@ void Bench::addPanelValue(const char* name, PanelSlot<P>& slot, Member Owner::*m
 void Bench::registerPanelValues() {
     using I2cPanel = class frmVRK_User1;
     addPanelValue("showConsoles", frmStartup, &frmStartup::showConsoles);
+    using Table = class ProductExec;
+    addPanelValue("ParamSelected", ProductExec, &Table::ParamSelected);
+    addPanelValue("ParamChanged", ProductExec, &Table::ParamChanged);
+    addPanelValue("ProductReturned", ProductExec, &Table::ProductReturned);
     addPanelValue("TapCount", frmVRK_User1, &I2cPanel::TapCount);
     addPanelValue("channelCount", frmVRK_User1, &I2cPanel::channelCount);
     addPanelValue("ChanReg", frmVRK_User1, &I2cPanel::ChanReg);

@@ -13,11 +13,13 @@ frmVRK_User1::frmVRK_User1(PanelContext& context, Uses panelUses)
     : WiperPanel(context, "frmVRK_User1", "VRK I2C Evaluation", std::move(panelUses)) {
     wireSetup();
     wireRegisters();
+    wireFamilies();
     clocks_ = console().observeI2cClocks([this] { mirrorClocks(); });
 }
 
 void frmVRK_User1::wireSetup() {
     mnuDeviceSelect.setCaption("Device Select");
+    mnu_I2cList.setCaption("I2C Parameter File");
     mnu_KV4071.setCaption("KV4071");
     mnu_KV4074.setCaption("KV4074");
     mnuKV4078.setCaption("KV4078");
@@ -36,6 +38,7 @@ void frmVRK_User1::wireSetup() {
                                                             &chkI2CAdr[3], &txtCalcAddr, &cmdCopyAdr})
         control->setContainer(fraADDRSelect);
     hexEntry(txtDeviceAdr, "50");
+    wireClick(mnu_I2cList, &frmVRK_User1::mnu_I2cList_Click);
     wireClick(mnu_KV4071, &frmVRK_User1::mnu_KV4071_Click);
     wireClick(mnu_KV4074, &frmVRK_User1::mnu_KV4074_Click);
     wireClick(mnuKV4078, &frmVRK_User1::mnuKV4078_Click);
@@ -86,8 +89,7 @@ void frmVRK_User1::Form_Load() {
 
 void frmVRK_User1::choosePart(const PartEntry& part) {
     resetI2cOptions();
-    Frq4422.setVisible(false);
-    frq331x.setVisible(false);
+    leaveFamily();
     acrAddressByte_ = static_cast<std::uint8_t>(part.acrByte);
     txtACRAddress.setText(part.acrText);
     deviceAddressByte_ = static_cast<std::uint8_t>(part.address);
@@ -189,7 +191,8 @@ void frmVRK_User1::Wrt_VRK(int reg) {
     class frmMainF340& f340 = console();
     f340.txtNumToWrite.setText(numberToText(size));
     const std::string hex = txtHexDataWrt[reg].text();
-    if (size == 1) {
+    const bool instructionPart = productStarts("Q4410/9");
+    if (size == 1 && !instructionPart) {
         f340.txtStartRegWr.setText(hexText(reg, 2));
         // The console's field takes two digits: a value that needs three must not reach the part cut short.
         f340.txtWriteVal[0].setText(hex.size() > 2 ? byteToHex2(hexToByte(hex)) : hex);
@@ -198,7 +201,7 @@ void frmVRK_User1::Wrt_VRK(int reg) {
         txtWrQ3319[0].setText(hex);
         splitTwoBytes(hex);
     }
-    if (productStarts("Q4410/9")) {
+    if (instructionPart) {
         // This part's data byte is the instruction itself.
         const std::string instruction = hexText(0xA0 + reg, 2);
         f340.txtStartRegWr.setText(instruction);

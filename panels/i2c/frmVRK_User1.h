@@ -16,6 +16,7 @@ class frmVRK_User1 final : public WiperPanel {
 
     // Set-up
     MenuEntry mnuDeviceSelect{*this, "mnuDeviceSelect"};
+    MenuEntry mnu_I2cList{*this, "mnu_I2cList"};
     MenuEntry mnu_KV4071{*this, "mnu_KV4071"};
     MenuEntry mnu_KV4074{*this, "mnu_KV4074"};
     MenuEntry mnuKV4078{*this, "mnuKV4078"};
@@ -30,6 +31,8 @@ class frmVRK_User1 final : public WiperPanel {
     ComboBox cboDataSize{*this, "cboDataSize"};
     ComboBox cboI2CClock{*this, "cboI2CClock"};
 
+    /// Selection from the product table; stands until the user has returned from it.
+    void mnu_I2cList_Click();
     void mnu_KV4071_Click();
     void mnu_KV4074_Click();
     void mnuKV4078_Click();
@@ -75,6 +78,35 @@ class frmVRK_User1 final : public WiperPanel {
     ControlArray<TextBox> txtWrQ3319{*this, "txtWrQ3319", 0, 4};
     ControlArray<Label> lblRdq331x{*this, "lblRdq331x", 0, 4};
 
+    // Parts with a ten-bit wiper and four data registers
+    ControlArray<Button> CMDq331X_Read{*this, "CMDq331X_Read", 0, 4};
+    ControlArray<Button> CMDq331X_Write{*this, "CMDq331X_Write", 0, 4};
+    ControlArray<Button> cmdQ331xDatatoWiper{*this, "cmdQ331xDatatoWiper", 0, 3};
+    ControlArray<Button> cmdQ331xWipertoData{*this, "cmdQ331xWipertoData", 0, 3};
+
+    void CMDq331X_Read_Click(int index);
+    void CMDq331X_Write_Click(int index);
+    void cmdQ331xDatatoWiper_Click(int index);
+    void cmdQ331xWipertoData_Click(int index);
+
+    // Parts with four banks of data registers and direct pins
+    /// DS0, DS1, SCL, CS, U/D: P0.6, P0.7, P1.0, P1.1, P1.2
+    ControlArray<CheckBox> Chq4422{*this, "Chq4422", 0, 4};
+    ControlArray<OptionButton> opt4422{*this, "opt4422", 0, 4};
+    ControlArray<Button> cmdUp{*this, "cmdUp", 0, 2};
+    Button cmdRdAllq44{*this, "cmdRdAllq44"};
+    Button cmdSampleq44{*this, "cmdSampleq44"};
+    CheckBox ChkAutoSample{*this, "ChkAutoSample"};
+    Button cdmAuto_Init{*this, "cdmAuto_Init"};
+    Label lblBank{*this, "lblBank"};
+
+    void Chq4422_Click(int index);
+    void opt4422_Click(int index);
+    void cmdUp_Click(int index);
+    void cmdRdAllq44_Click();
+    void cmdSampleq44_Click();
+    void cdmAuto_Init_Click();
+
     void Wrt_VRK(int reg) override;
     void Read_VRK(int reg) override;
 
@@ -102,6 +134,14 @@ class frmVRK_User1 final : public WiperPanel {
 
     void wireSetup();
     void wireRegisters();
+    void wireFamilies();
+    void leaveFamily();
+    void takeTableRow();
+    void applyFamily();
+    void beforeRead(int index) override;
+    void labelBank();
+    void transferInstruction(const char* instruction);
+    void setDirectPin(int index, int value);
     void choosePart(const PartEntry& part);
     void resetI2cOptions() { I2COptionValues = {3, 1, -1, 0}; }
     void setAddressBytes() override;
@@ -121,6 +161,8 @@ class frmVRK_User1 final : public WiperPanel {
     std::uint8_t deviceAddressByte_ = 0x50;
     std::string lastAddressText_ = "50";
     OptionGroup optionGroup_;
+    OptionGroup bankGroup_;
+    bool familyOptions_ = false; ///< a family has changed captions and bus options
     Subscription clocks_;
 };
 

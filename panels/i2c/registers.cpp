@@ -25,20 +25,11 @@ void frmVRK_User1::wireRegisters() {
     cmdWriteGP.setCaption("Write");
     FrmShutdown.setCaption("Shutdown");
     frmRegisterWrite.setCaption("General Purpose Register");
-    Frq4410Show.setVisible(false);
-    frq331x.setCaption("Q3318/9 Table 3 Instruction Set");
     Shape2[0].setCaption("ACR write");
     Shape2[1].setCaption("ACR read");
     Shape2[2].setCaption("Register write");
     Shape2[3].setCaption("Register read");
     cmdReadAllWipers.setCaptions({"Read All", "Set Write = Read"});
-    for (int index = 0; index < txtWrQ3319.count(); ++index) {
-        txtWrQ3319[index].setText("000");
-        txtWrQ3319[index].onKeyPress(hexKeyFilter);
-        txtWrQ3319[index].setContainer(frq331x);
-        lblRdq331x[index].setCaption("000");
-        lblRdq331x[index].setContainer(frq331x);
-    }
     for (Control* control :
          std::initializer_list<Control*>{&txtACRAddress, &txtACR[0], &txtACR[1], &Option1[0], &Option1[1],
                                          &Shape2[0], &Shape2[1], &Label2})
@@ -51,6 +42,7 @@ void frmVRK_User1::wireRegisters() {
         control->setContainer(frmRegisterWrite);
 
     hexEntry(txtACR[0], "00", [this] { ACRImage = hexToInt(txtACR[0].text()); });
+    txtACR[1].onKeyPress(hexKeyFilter); // its "--" is no entry, and stays when the field is left
     for (TextBox* box : {&txtACRAddress, &txtGPAddress}) {
         hexEntry(*box, "00");
         box->onLostFocus([box] {
@@ -139,6 +131,8 @@ void frmVRK_User1::cmdACRWrite_Click() {
     const Colour colour = link().i2cStatus == kLinkGood ? Colour::LightGreen : Colour::LightRed;
     Shape2[0].setColour(colour);
     Shape1[1].setColour(colour);
+    if (productStarts("Q4422"))
+        labelBank();
     busy.release();
     pump();
 }

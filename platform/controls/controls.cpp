@@ -43,6 +43,11 @@ OptionButton::~OptionButton() {
         std::erase(group_->buttons_, this);
 }
 
+OptionGroup::~OptionGroup() {
+    for (OptionButton* button : buttons_)
+        button->group_ = nullptr;
+}
+
 void OptionButton::join(OptionGroup& group) {
     group_ = &group;
     group.buttons_.push_back(this);
@@ -463,14 +468,18 @@ void Timer::setRunning(bool running) {
 }
 
 void Timer::arm() {
-    if (interval_.count() <= 0 || pending_ != 0)
+    if (interval_.count() <= 0 || pending_ != 0 || firing_)
         return;
     pending_ = panel().events().postAfter(interval_, [this] {
         pending_ = 0;
+        firing_ = true;
         // Armed again behind the handler, on every way out: a handler that lets events run is not entered
         // twice.
         const OnScopeExit again([this, alive = std::weak_ptr(alive_)] {
-            if (!alive.expired() && running_)
+            if (alive.expired())
+                return;
+            firing_ = false;
+            if (running_)
                 arm();
         });
         raise(timer_);

@@ -55,6 +55,7 @@ class OptionButton final : public Control {
     void join(OptionGroup& group);
 
   private:
+    friend class OptionGroup;
     bool selected_ = false;
     OptionGroup* group_ = nullptr;
     std::function<void()> click_;
@@ -65,6 +66,8 @@ class OptionGroup {
     OptionGroup() = default;
     OptionGroup(const OptionGroup&) = delete;
     OptionGroup& operator=(const OptionGroup&) = delete;
+    /// A panel may declare its groups behind their buttons.
+    ~OptionGroup();
     const std::vector<OptionButton*>& buttons() const { return buttons_; }
 
   private:
@@ -401,6 +404,7 @@ class Timer final : public Control {
 
     Milliseconds interval_{0};
     bool running_ = false;
+    bool firing_ = false; ///< the handler is on the stack
     EventLoop::EventId pending_ = 0;
     std::function<void()> timer_;
     std::shared_ptr<char> alive_ = std::make_shared<char>();

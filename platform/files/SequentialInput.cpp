@@ -2,8 +2,13 @@
 
 namespace vrk {
 
+namespace {
+bool isBlank(char c) {
+    return c == ' ' || c == '\t';
+}
+} // namespace
+
 std::optional<std::string> SequentialInput::next() {
-    const auto isBlank = [](char c) { return c == ' ' || c == '\t'; };
     while (at_ < text_.size() && isBlank(text_[at_]))
         ++at_;
     if (at_ >= text_.size())
@@ -31,13 +36,27 @@ std::optional<std::string> SequentialInput::next() {
             plain.pop_back();
         field = plain;
     }
-    if (at_ < text_.size()) {
-        const bool carriageReturn = text_[at_] == '\r';
-        ++at_;
-        if (carriageReturn && at_ < text_.size() && text_[at_] == '\n')
-            ++at_;
-    }
+    if (at_ < text_.size() && !takeLineEnd())
+        ++at_; // the comma
     return field;
+}
+
+bool SequentialInput::takeLineEnd() {
+    if (at_ >= text_.size() || (text_[at_] != '\r' && text_[at_] != '\n'))
+        return false;
+    const bool carriageReturn = text_[at_] == '\r';
+    ++at_;
+    if (carriageReturn && at_ < text_.size() && text_[at_] == '\n')
+        ++at_;
+    return true;
+}
+
+void SequentialInput::skipLineEnd() {
+    const std::size_t before = at_;
+    while (at_ < text_.size() && isBlank(text_[at_]))
+        ++at_;
+    if (!takeLineEnd())
+        at_ = before;
 }
 
 } // namespace vrk

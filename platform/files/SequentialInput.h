@@ -16,7 +16,13 @@ class SequentialInput {
     /// The next field; nothing behind the last one.
     std::optional<std::string> next();
 
+    /// Passes a line end with nothing but blanks before it: the tail of a line whose last field ended in a
+    /// comma.
+    void skipLineEnd();
+
   private:
+    bool takeLineEnd();
+
     std::string_view text_;
     std::size_t at_ = 0;
 };

@@ -51,6 +51,20 @@ void EventLoop::letEventsRun() {
         throw ProgramEnded{};
 }
 
+void EventLoop::waitForEvents() {
+    letEventsRun();
+    const auto wait = untilNextDue();
+    if (wait && wait->count() == 0)
+        return;
+    if (hostWait_) {
+        hostWait_(wait);
+    } else {
+        constexpr Milliseconds kIdleStep{4};
+        clock_.sleep(wait.value_or(kIdleStep));
+    }
+    letEventsRun();
+}
+
 void EventLoop::runDue() noexcept {
     runQueue();
 }

@@ -54,6 +54,10 @@ class EventLoop {
     /// action on the stack unwinds.
     void letEventsRun();
 
+    /// letEventsRun(), then waits until the next event may be there: for an action that stands until the user
+    /// does something. \throws ProgramEnded
+    void waitForEvents();
+
     /// Delivers what is due now; for the host's loop, outside any action.
     void runDue() noexcept;
 
@@ -79,6 +83,9 @@ class EventLoop {
 
     /// Called by letEventsRun(): processes the host's own pending events, without waiting.
     void setHostPump(std::function<void()> pump) { hostPump_ = std::move(pump); }
+    /// Called by waitForEvents() with the time until the next queued event, if one waits: blocks until then
+    /// or until the host has events of its own. Without it the clock sleeps.
+    void setHostWait(std::function<void(std::optional<Milliseconds>)> wait) { hostWait_ = std::move(wait); }
     /// Called when the next due time may have come closer, so that the host can arm its timer.
     void setQueueChanged(std::function<void()> notify) { queueChanged_ = std::move(notify); }
 
@@ -87,7 +94,11 @@ class EventLoop {
     class Hold {
       public:
         explicit Hold(EventLoop& loop) : loop_(loop) { ++loop_.holds_; }
-        ~Hold() { --loop_.holds_; }
+        ~Hold() {
+            // What was held back has no due time to come: the host must look at the queue again.
+            if (--loop_.holds_ == 0 && loop_.queueChanged_)
+                loop_.queueChanged_();
+        }
         Hold(const Hold&) = delete;
         Hold& operator=(const Hold&) = delete;
 
@@ -111,6 +122,7 @@ class EventLoop {
     std::function<void(const std::string&)> onFault_;
     std::function<void()> onEnd_;
     std::function<void()> hostPump_;
+    std::function<void(std::optional<Milliseconds>)> hostWait_;
     std::function<void()> queueChanged_;
 };
 

@@ -5,12 +5,11 @@
 #include <algorithm>
 #include <array>
 #include <cctype>
+#include <charconv>
 #include <cmath>
 #include <cstdio>
 #include <limits>
-#include <locale>
 #include <optional>
-#include <sstream>
 
 namespace vrk {
 
@@ -58,11 +57,20 @@ std::size_t numberLength(std::string_view text) {
     return at;
 }
 
+/// \param text a number by numberLength()
 double parseNumber(std::string_view text) {
-    std::istringstream in{std::string(text)};
-    in.imbue(std::locale::classic());
+    if (text.front() == '+')
+        text.remove_prefix(1);
     double value = 0;
-    in >> value;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+    if (error == std::errc::result_out_of_range) {
+        // Too small is 0; too large is told by whoever needs a range.
+        const bool small =
+            text.find("e-") != std::string_view::npos || text.find("E-") != std::string_view::npos;
+        value = small ? 0.0 : std::numeric_limits<double>::infinity();
+        if (!small && text.front() == '-')
+            value = -value;
+    }
     return value;
 }
 
@@ -155,9 +163,11 @@ int toInt16(long long value) {
 }
 
 std::string doubleText(double value) {
+    constexpr int kDigits15 = 15;
     std::array<char, 40> text{};
-    std::snprintf(text.data(), text.size(), "%.15g", value);
-    return text.data();
+    const auto [end, error] =
+        std::to_chars(text.data(), text.data() + text.size(), value, std::chars_format::general, kDigits15);
+    return {text.data(), end};
 }
 
 double throughText(double value) {

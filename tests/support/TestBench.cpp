@@ -56,8 +56,9 @@ void TestBench::type(TextBox& box, const std::string& text) {
 std::vector<std::string> TestBench::boxes() {
     std::vector<std::string> texts;
     for (const auto& shown : dialogs.takeShown())
-        texts.push_back((shown.kind == ScriptedDialogs::Shown::Kind::Message ? shown.box.text : shown.file.title) +
-                        " [" + shown.answer + "]");
+        texts.push_back(
+            (shown.kind == ScriptedDialogs::Shown::Kind::Message ? shown.box.text : shown.file.title) + " [" +
+            shown.answer + "]");
     return texts;
 }
 

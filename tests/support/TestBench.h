@@ -28,8 +28,8 @@ class TemporaryFolder {
     std::filesystem::path path_;
 };
 
-/// A whole bench on a simulated board, with a clock that jumps and boxes that are answered from a queue. A box that
-/// the test did not take with boxes() fails it, so that no fault passes unseen.
+/// A whole bench on a simulated board, with a clock that jumps and boxes that are answered from a queue. A
+/// box that the test did not take with boxes() fails it, so that no fault passes unseen.
 class TestBench : public ::testing::Test {
   protected:
     TestBench();
@@ -63,10 +63,12 @@ class TestBench : public ::testing::Test {
     /// Types and lets every key be handled.
     void type(TextBox& box, const std::string& text);
     void pump() { events.runDue(); }
-    void answer(Choice choice, std::function<void()> before = {}) { dialogs.answer({choice, std::move(before)}); }
+    void answer(Choice choice, std::function<void()> before = {}) {
+        dialogs.answer({choice, std::move(before)});
+    }
     /// Texts of the boxes since the last call, each with the answer it got: "VCC is not turned on. [OK]".
     std::vector<std::string> boxes();
-    void fault(sim::FaultKind kind, int times = 1, std::optional<int> command = std::nullopt, int value = 0);
+    void fault(sim::FaultKind kind, int times = 1, std::optional<int> command = std::nullopt, int value = 1);
 
     /// Reports that went out since the last call, as the hexadecimal of their first `bytes` bytes.
     std::vector<std::string> sent(int bytes = 8);

@@ -1,0 +1,70 @@
+#pragma once
+
+#include "panels/ShellControl.h"
+#include "platform/controls/Panel.h"
+
+#include <functional>
+#include <string>
+
+namespace vrk {
+
+/// For which bus the product table and the scripts work: exactly one is true while they do.
+struct BusMode {
+    bool I2CBusMode = true;
+    bool SPIBusMode = false;
+};
+
+/// The product table: the user chooses a part from a comma-separated file instead of setting address, taps
+/// and channels by hand. The row chosen lands in labels that the device panel reads.
+class ProductExec final : public Panel {
+  public:
+    static constexpr int kMostRows = 50;
+    static constexpr int kFields = 18;
+
+    struct Uses {
+        const BusMode& mode;
+        ShellState& state;
+        std::function<void()> showDevicePanel;
+    };
+
+    ProductExec(PanelContext& context, Uses uses);
+
+    void Form_Load() override;
+    void Form_Activate() override;
+    void Form_QueryUnload() override;
+
+    Frame Frame1{*this, "Frame1"};
+    Grid tGrid{*this, "tGrid"};
+    ControlArray<Label> lblField{*this, "lblField", 0, kFields - 1};
+    ControlArray<Label> lblDeviceSel{*this, "lblDeviceSel", 0, kFields - 1};
+    Button cmdLoadParam{*this, "cmdLoadParam"};
+    Button cmdSaveParam{*this, "cmdSaveParam"};
+    Button cmdReturn{*this, "cmdReturn"};
+    Timer Timer1{*this, "Timer1"};
+
+    bool ParamSelected = false; ///< a row has been chosen
+    bool ParamChanged = false;
+    bool ProductReturned = false; ///< the user has left the table
+
+    void cmdLoadParam_Click();
+    void cmdSaveParam_Click();
+    void cmdReturn_Click();
+    void tGrid_Click();
+    /// Replaces the table by the file's. \throws Fault if the file cannot be read; the table then stays.
+    void ReadParameters(const std::string& path);
+    /// \throws Fault if the file cannot be written; an old file then stays.
+    void WriteParameters(const std::string& path);
+    /// Back to no row chosen, as when the table opens.
+    void forgetChoice();
+
+  private:
+    int columns() const { return uses_.mode.SPIBusMode ? 19 : 15; }
+    /// The last column that a choice uses.
+    int lastColumn() const { return uses_.mode.SPIBusMode ? 17 : 13; }
+    std::string defaultName() const { return uses_.mode.SPIBusMode ? "*SPI* .csv" : "*I2C* .csv"; }
+
+    Uses uses_;
+    bool displayed_ = false;
+};
+
+} // namespace vrk

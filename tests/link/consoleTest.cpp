@@ -1,0 +1,80 @@
+#include "tests/support/TestBench.h"
+
+namespace vrk {
+namespace {
+
+using report::Command;
+using ::testing::ElementsAre;
+
+class ConsoleTest : public TestBench {};
+
+TEST_F(ConsoleTest, LedBitsGoIntoTheBoxesAsTheyCome) {
+    loadConsoles();
+    bus.reply(1, {1, 0, 3});
+    console().getLEDstate();
+    EXPECT_EQ(console().chkLED[0].value(), 1);
+    EXPECT_EQ(console().chkLED[1].value(), 2);
+    EXPECT_THAT(sent(Command::Led, 4), ElementsAre("01 01 01 00"));
+    console().chkLED[0].userClick(); // any value but 0 counts as lit
+    EXPECT_THAT(sent(Command::Led, 4), ElementsAre("01 01 00 02"));
+}
+
+TEST_F(ConsoleTest, FirmwareVersionText) {
+    loadConsoles();
+    console().cmdFirmwareVersion.userClick();
+    EXPECT_EQ(console().lblFirmwareVersion.caption(), "Firmware Version 1.2 - 2008/June/12");
+    bus.reply(0, {1, 0, 10, 0, 0x07, 0xE9, 13, 1});
+    console().cmdFirmwareVersion.userClick();
+    EXPECT_EQ(console().txtFirmwareVersion.text(), "Firmware Version 10.0 - 2025//1");
+}
+
+TEST_F(ConsoleTest, EntryRules) {
+    loadConsoles();
+    struct Row {
+        TextBox& field;
+        const char* typed;
+        const char* text;
+        const char* left;
+    };
+    frmMainF340& c = console();
+    for (const Row& row :
+         {Row{c.txtRegister, "g7f", "7F", "7F"}, Row{c.txtWriteIndividual[1], "abc", "AB", "AB"},
+          Row{c.txtWriteVal[63], "-0x5", "05", "05"}, Row{c.txtSFRAddress, "e1", "E1", "E1"},
+          Row{c.txtPBuf[25], "z9", "9", "9"}, Row{c.txtNumToRead, "4a0", "40", "32"},
+          Row{c.txtNumToRead, "32", "32", "32"}, Row{c.txtNumToWrite, "0", "0", "1"},
+          Row{c.txtNumToWrite, "-7", "7", "7"}, Row{c.txtADCLoopCount, "256", "256", "255"},
+          Row{c.txtADCLoopCount, "0", "0", "1"}, Row{c.txtADCLoopCount, "255", "255", "255"}}) {
+        SCOPED_TRACE(row.field.path() + " " + row.typed);
+        type(row.field, row.typed);
+        EXPECT_EQ(row.field.text(), row.text);
+        row.field.userLeave();
+        EXPECT_EQ(row.field.text(), row.left);
+    }
+    c.txtNumToWrite.userEdit("", 0); // emptied
+    c.txtNumToWrite.userLeave();
+    EXPECT_EQ(c.txtNumToWrite.text(), "1");
+}
+
+TEST_F(ConsoleTest, ClipboardKeysPassTheFilter) {
+    loadConsoles();
+    constexpr int kCtrl = 2;
+    TextBox& field = console().txtWriteVal[3];
+    type(field, "A5");
+    field.userKey('A', kCtrl);
+    EXPECT_EQ(field.selectedText(), "A5");
+    field.userSelect(1, 1);
+    field.userKey('C', kCtrl);
+    EXPECT_EQ(clipboard.text(), "5");
+    clipboard.setText("zq");
+    field.userKey('V', kCtrl);
+    EXPECT_EQ(field.text(), "zq");
+    clipboard.setText("forty");
+    console().txtNumToRead.userKey('V', kCtrl);
+    console().txtNumToRead.userLeave();
+    EXPECT_EQ(console().txtNumToRead.text(), "1");
+    console().txtSFRAddress.userKey('V', kCtrl); // not a field with clipboard keys
+    EXPECT_EQ(console().txtSFRAddress.text(), "F5");
+}
+
+} // namespace
+} // namespace vrk

@@ -1,0 +1,155 @@
+#include "tests/motherboard/MotherboardBench.h"
+
+namespace vrk {
+namespace {
+
+using report::Command;
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+class SuppliesTest : public MotherboardBench {
+  protected:
+    std::string code(int row) { return std::get<std::string>(value("VCCHex").get(row)); }
+};
+
+TEST_F(SuppliesTest, FourFramesOfTheSupplyDac) {
+    loadConsoles();
+    frmMotherboardDAQ2& b = board();
+    struct Row {
+        Button& button;
+        const char* frame;
+        bool keeps; ///< bytes go into SPIBuf
+    };
+    for (const Row& row : {Row{b.cmdSPIWrite, "50 C2 C0", false}, Row{b.cmdSPIWrite2, "50 C0 77", true},
+                           Row{b.cmdSPRRdReg, "50 B2 C0", true}, Row{b.cmdSPIReadData, "50 B0 00", true}}) {
+        SCOPED_TRACE(row.button.name());
+        for (int k = 0; k < 3; ++k)
+            assign("SPIBuf", k, 0xEE);
+        row.button.userClick();
+        EXPECT_THAT(sent(10), ElementsAre("01 12 00 A0 00 00 00 00 00 00", "01 12 01 A0 00 00 00 00 00 00",
+                                          std::string("01 09 00 01 00 00 03 ") + row.frame,
+                                          "01 12 00 A0 10 00 00 00 00 00", "01 12 01 A0 00 00 00 00 00 00"));
+        EXPECT_EQ(byteOf("SPIBuf", 0), row.keeps ? 0x50 : 0xEE);
+        EXPECT_EQ(unlocked(), 13);
+    }
+    EXPECT_EQ(bus.state().code, 0x77);
+    EXPECT_EQ(b.txtSPIRd[2].text(), "77"); // the code read back
+    // The field of each row that is not sent.
+    b.txtSPIwr[4].setText("FF");
+    b.cmdSPIWrite2.userClick();
+    EXPECT_THAT(sent(Command::SpiTransfer, 10), ElementsAre("01 09 00 01 00 00 03 50 C0 77"));
+    // A byte that is none: nothing is transferred, the buttons come back.
+    b.txtSPIwr[7].setText("100");
+    EXPECT_EQ(b.cmdSPIWrite2.userClick().fault, "Overflow");
+    EXPECT_THAT(boxes(), ElementsAre("Overflow [OK]"));
+    EXPECT_THAT(sent(Command::SpiTransfer), IsEmpty());
+    EXPECT_EQ(unlocked(), 13);
+}
+
+TEST_F(SuppliesTest, TrackSwitchesBothWithOneWrite) {
+    loadConsoles();
+    board().OptVCC[0].userClick();
+    EXPECT_EQ(sent(5).size(), 6U);
+    EXPECT_EQ(image(), "02 08 70 05 08 F8");
+    EXPECT_GT(bus.state().vcc, 2.0);
+    EXPECT_LT(bus.state().vminus, -2.0);
+    EXPECT_EQ(board().ShpVCCon.colour(), Colour::LightRed);
+    EXPECT_EQ(board().ShpVCCMinusOn.colour(), Colour::LightRed);
+    EXPECT_TRUE(board().OptVCCMinus[0].value());
+    EXPECT_TRUE(board().OptVCCMinus[1].userClick().refused());
+    act([this] { board().OptVCCMinus_Click(1); });
+    EXPECT_THAT(sent(), IsEmpty());
+    board().OptVCC[1].userClick();
+    EXPECT_EQ(sent(5).at(2), "01 12 00 A0 10");
+    EXPECT_EQ(bus.state().vcc, 0);
+    EXPECT_EQ(board().ShpVCCMinusOn.colour(), Colour::Black);
+}
+
+TEST_F(SuppliesTest, WithoutTrackSwitchingVccOffLeavesItsBitInTheImage) {
+    loadConsoles();
+    board().ChkTrack.userClick();
+    EXPECT_FALSE(std::get<bool>(value("TrackOn").get(kNoIndex)));
+    board().OptVCC[0].userClick();
+    EXPECT_EQ(image(), "02 08 30 05 08 F8");
+    sent();
+    board().OptVCC[1].userClick();
+    EXPECT_EQ(sent(5).at(2), "01 12 00 A0 30");
+    EXPECT_EQ(console().chkGPvalueP2[5].value(), 0);
+    EXPECT_EQ(board().chkPData[21].value(), 1);
+    EXPECT_EQ(board().ShpVCCon.colour(), Colour::Black);
+    EXPECT_GT(bus.state().vcc, 2.0);
+
+    board().OptVCCMinus[0].userClick();
+    EXPECT_EQ(sent(5).at(2), "01 12 00 A0 70");
+    board().OptVCCMinus[1].userClick();
+    EXPECT_EQ(sent(5).at(2), "01 12 00 A0 30");
+    EXPECT_EQ(bus.state().vminus, 0);
+}
+
+TEST_F(SuppliesTest, MinusOnRunsItsNeighboursClick) {
+    loadConsoles();
+    board().ChkTrack.userClick();
+    board().chkPData[21].setValue(1);
+    board().chkPData[22].setValue(1);
+    assign("PBuf", 2, 0); // behind the boxes' back: only a click brings a bit back
+    board().OptVCCMinus[0].userClick();
+    EXPECT_EQ(byteOf("PBuf", 2), 0x20);
+}
+
+TEST_F(SuppliesTest, EachRowOfTheVoltsListSetsVcc) {
+    openI2c();
+    EXPECT_EQ(board().lblCal_header.caption(), "Defaults");
+    EXPECT_EQ(i2c().CboVCC.text(), "5.0");
+    const std::array<std::pair<const char*, int>, 10> rows = {{{"2.7", 0x2C},
+                                                               {"3.0", 0x35},
+                                                               {"3.3", 0x3E},
+                                                               {"3.5", 0x44},
+                                                               {"4.0", 0x54},
+                                                               {"4.5", 0x63},
+                                                               {"5.0", 0x72},
+                                                               {"Min", 0x00},
+                                                               {"Mid", 0x3F},
+                                                               {"Max", 0x7F}}};
+    ASSERT_EQ(i2c().CboVCC.rowCount(), 10);
+    constexpr double kStep = 2 * 3.3 / 1023; // of the halved input
+    for (int row = 0; row < 10; ++row) {
+        const auto& [text, hex] = rows.at(static_cast<std::size_t>(row));
+        SCOPED_TRACE(text);
+        i2c().CboVCC.userSelect(row);
+        EXPECT_EQ(i2c().CboVCC.text(), text);
+        i2c().cmdUpdateVCC.userClick();
+        EXPECT_EQ(bus.state().code, hex);
+        EXPECT_NEAR(leadingNumber(i2c().lblVCCVolts.caption()), bus.state().vcc, kStep);
+        if (row < 7) {
+            EXPECT_NEAR(leadingNumber(i2c().lblVCCVolts.caption()), leadingNumber(text), 0.06);
+        }
+        board().cmdSampleVCC.userClick();
+        EXPECT_EQ(board().lblVCCVoltsRDBK.caption(), i2c().lblVCCVolts.caption());
+    }
+    sent();
+    i2c().CboVCC.setListIndex(-1); // reached by typing in the list
+    EXPECT_EQ(i2c().cmdUpdateVCC.userClick().fault, "Subscript out of range");
+    EXPECT_THAT(boxes(), ElementsAre("Subscript out of range [OK]"));
+    EXPECT_THAT(sent(), IsEmpty());
+    EXPECT_TRUE(i2c().cmdUpdateVCC.enabled());
+}
+
+TEST_F(SuppliesTest, CalibrationFileTakesThePlaceOfTheBuiltInCodes) {
+    folder.write("VRK_Cal_Data.txt",
+                 "VRK VCC Calibration 6/12/2008 3:40:21 PM\r\nVREF , 3.25\r\n"
+                 "2.7,2D,1.3486,2.6972\r\n3.0,36,1.5,3.0\r\n 3.3 , 3F ,1.6,3.3\r\n"
+                 "3.5,45,1.7,3.5\r\n4.0,55,2.0,4.0\r\n4.5,64,2.2,4.5\r\n5.1,75,2.5,5.1\r\nEND\r\n");
+    openI2c();
+    EXPECT_EQ(board().lblCal_header.caption(), "VRK VCC Calibration 6/12/2008 3:40:21 PM");
+    EXPECT_EQ(number("ADRef"), 3.25);
+    EXPECT_EQ(i2c().CboVCC.rowCount(), 10);
+    EXPECT_EQ(i2c().CboVCC.text(), "5.1");
+    EXPECT_EQ(i2c().CboVCC.row(2).text + code(2) + i2c().CboVCC.row(8).text + code(8), "3.33FMid3F");
+    i2c().CboVCC.userSelect(0);
+    i2c().cmdUpdateVCC.userClick();
+    EXPECT_EQ(bus.state().code, 0x2D);
+    EXPECT_EQ(i2c().lblSPICode.caption(), "2D");
+}
+
+} // namespace
+} // namespace vrk

@@ -1,0 +1,158 @@
+#include "tests/panels/I2cPanelTest.h"
+
+namespace vrk {
+namespace {
+
+using report::Command;
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+class SupplyBlockTest : public I2cPanelTest {
+  protected:
+    /// Values that went to P2's latch, where bit 5 switches VCC and bit 6 V-.
+    std::vector<std::string> portTwo() {
+        std::vector<std::string> values;
+        for (const std::string& report : sent(Command::SfrAccess, 5))
+            if (report.substr(0, 11) == "01 12 00 A0")
+                values.push_back(report.substr(12));
+        return values;
+    }
+    /// Frames that went to the supply DAC.
+    std::vector<std::string> frames() {
+        std::vector<std::string> all;
+        for (const std::string& report : sent(Command::SpiTransfer, 10))
+            all.push_back(report.substr(18));
+        return all;
+    }
+};
+
+TEST_F(SupplyBlockTest, TrackedSuppliesComeUpOffAndSwitchInOneWrite) {
+    openI2c(false);
+    EXPECT_EQ(bus.state().vcc, 0);
+    EXPECT_EQ(bus.state().vminus, 0);
+    EXPECT_EQ(bus.state().code, 0x5F);
+    EXPECT_TRUE(i2c().OptVM[0].userClick().refused()); // V- follows VCC
+    i2c().OptVCC[0].userClick();
+    // The switch, the shutdown pin's write of all ports, then the DAC's chip select low and high.
+    EXPECT_THAT(portTwo(), ElementsAre("70", "70", "60", "70"));
+    EXPECT_EQ(bus.state().code, 0x72);
+    EXPECT_GT(bus.state().vcc, 4.5);
+    EXPECT_LT(bus.state().vminus, -4.5);
+    EXPECT_NEAR(leadingNumber(i2c().lblVCCVolts.caption()), bus.state().vcc, kStep);
+    EXPECT_EQ(i2c().ShpVCCon.colour(), Colour::LightRed);
+    EXPECT_EQ(i2c().ShVM.colour(), Colour::LightRed);
+    EXPECT_TRUE(i2c().OptVM[0].value());
+    EXPECT_TRUE(i2c().OptVM[1].userClick().refused());
+    i2c().OptVCC[1].userClick();
+    EXPECT_EQ(bus.state().vcc, 0);
+    EXPECT_EQ(bus.state().vminus, 0);
+    EXPECT_EQ(i2c().ShpVCCon.colour(), Colour::Black);
+    EXPECT_EQ(i2c().ShVM.colour(), Colour::Black);
+    EXPECT_EQ(i2c().lblVCCVolts.caption(), "0.000");
+}
+
+TEST_F(SupplyBlockTest, WithoutTrackingTheSuppliesAreSeparate) {
+    openI2c(false);
+    i2c().ChkTrack.userClick();
+    EXPECT_EQ(board().ChkTrack.value(), 0);
+    i2c().OptVM[0].userClick();
+    EXPECT_LT(bus.state().vminus, -1);
+    EXPECT_EQ(bus.state().vcc, 0);
+    EXPECT_EQ(i2c().ShVM.colour(), Colour::LightRed);
+    i2c().OptVCC[0].userClick();
+    EXPECT_GT(bus.state().vcc, 4.5);
+    i2c().OptVM[1].userClick();
+    EXPECT_EQ(bus.state().vminus, 0);
+    EXPECT_GT(bus.state().vcc, 4.5);
+    // The pins' image keeps VCC's bit, so both writes of all ports still send it; the console's mirror, which
+    // the chip select goes out with, does not.
+    sent();
+    i2c().OptVCC[1].userClick();
+    EXPECT_THAT(portTwo(), ElementsAre("30", "30", "00", "10"));
+    EXPECT_EQ(i2c().ShpVCCon.colour(), Colour::Black);
+    EXPECT_EQ(bus.state().vcc, 0);
+    i2c().OptVCC[0].userClick();
+    // Tracking again takes V- along with VCC as it stands.
+    i2c().ChkTrack.userClick();
+    EXPECT_EQ(board().ChkTrack.value(), 1);
+    EXPECT_TRUE(i2c().OptVM[0].value());
+    i2c().OptVCC[1].userClick();
+    EXPECT_EQ(bus.state().vcc, 0);
+}
+
+TEST_F(SupplyBlockTest, PanelComingToTheFrontWithVccOffSetsTheSuppliesUpAgain) {
+    openI2c();
+    i2c().CboVCC.userSelect(2);
+    bench.frmMainF340.show();
+    wire.clear();
+    bench.frmVRK_User1.userActivate();
+    EXPECT_THAT(sent(), IsEmpty()); // VCC on: left alone
+    EXPECT_EQ(i2c().CboVCC.listIndex(), 2);
+    i2c().OptVCC[1].userClick();
+    bench.frmMainF340.show();
+    wire.clear();
+    bench.frmVRK_User1.userActivate();
+    EXPECT_EQ(link().activePanel, &i2c());
+    EXPECT_THAT(frames(), ElementsAre("03 50 C0 3E", "03 50 C0 5F", "03 50 C2 C0"));
+    EXPECT_EQ(i2c().CboVCC.listIndex(), 6);
+}
+
+TEST_F(SupplyBlockTest, EachRowOfTheVoltsListSendsItsCodeAndMeasures) {
+    openI2c();
+    const std::pair<const char*, const char*> rows[] = {
+        {"2.7", "2C"}, {"3.0", "35"}, {"3.3", "3E"}, {"3.5", "44"}, {"4.0", "54"},
+        {"4.5", "63"}, {"5.0", "72"}, {"Min", "00"}, {"Mid", "3F"}, {"Max", "7F"}};
+    ASSERT_EQ(i2c().CboVCC.rowCount(), 10);
+    for (int row = 0; row < 10; ++row) {
+        SCOPED_TRACE(rows[row].first);
+        EXPECT_EQ(i2c().CboVCC.row(row).text, rows[row].first);
+        i2c().CboVCC.userSelect(row);
+        EXPECT_FALSE(i2c().txtUserVCC.visible());
+        i2c().cmdUpdateVCC.userClick();
+        EXPECT_THAT(frames(), ElementsAre(std::string("03 50 C0 ") + rows[row].second));
+        EXPECT_EQ(i2c().lblSPICode.caption(), rows[row].second);
+        EXPECT_EQ(i2c().txtUserVCC.text(), rows[row].second);
+        EXPECT_NEAR(leadingNumber(i2c().lblVCCVolts.caption()), bus.state().vcc, kStep);
+        if (const double volts = leadingNumber(rows[row].first); volts > 0) {
+            EXPECT_NEAR(bus.state().vcc, volts, 0.1);
+        }
+    }
+}
+
+TEST_F(SupplyBlockTest, ListWithNoRowSelectedIsAFaultAndTheButtonComesBack) {
+    openI2c();
+    i2c().CboVCC.userSelect(-1);
+    EXPECT_EQ(i2c().cmdUpdateVCC.userClick().kind, Outcome::Kind::Faulted);
+    EXPECT_THAT(boxes(), ElementsAre("Subscript out of range [OK]"));
+    EXPECT_TRUE(i2c().cmdUpdateVCC.enabled());
+    EXPECT_THAT(frames(), IsEmpty());
+}
+
+TEST_F(SupplyBlockTest, OffsetAndGainCorrectTheReading) {
+    openI2c();
+    bus.input(0x0A, std::nullopt, 512); // VIN4: 512 * 3.3 / 1023 = 1.6516 V
+    struct Case {
+        const char* offset;
+        const char* gain;
+        const char* volts;
+        double shared;
+    };
+    for (const auto& [offset, gain, volts, shared] : {Case{"0.00", "2.0", "3.303", 1.6516},
+                                                      {"0.1", "3", "5.255", 1.7516},
+                                                      {"-2", "2.0", "-0.697", -0.3484}}) {
+        i2c().txtADOffset.setText(offset);
+        i2c().txtADGain.setText(gain);
+        i2c().cmdReadVCC.userClick();
+        EXPECT_EQ(i2c().lblVCCVolts.caption(), volts);
+        EXPECT_NEAR(std::get<double>(bench.sharedValues().find("ADVolts")->get(0)), shared, 1e-4);
+        EXPECT_THAT(frames(), IsEmpty()); // sampling sends no code
+    }
+    for (const auto& [box, text] : {std::pair{&i2c().txtADOffset, "0.00"}, {&i2c().txtADGain, "2.00"}}) {
+        type(*box, "x1");
+        box->userLeave();
+        EXPECT_EQ(box->text(), text); // no number: back to the default
+    }
+}
+
+} // namespace
+} // namespace vrk

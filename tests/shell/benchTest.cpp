@@ -1,0 +1,63 @@
+#include "tests/support/TestBench.h"
+
+namespace vrk {
+namespace {
+
+using report::Command;
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+/// A bench of its own, for a test with two.
+class SecondBench : public TestBench {
+  public:
+    using TestBench::bench;
+    using TestBench::board;
+    using TestBench::bus;
+    using TestBench::i2c;
+    using TestBench::link;
+    using TestBench::openI2c;
+    using TestBench::sent;
+    using TestBench::wire;
+
+  private:
+    void TestBody() override {}
+};
+
+class BenchTest : public TestBench {
+  protected:
+    const SharedValues::Value& value(const std::string& name) { return *bench.sharedValues().find(name); }
+};
+
+TEST_F(BenchTest, TwoBenchesInOneProgramShareNothing) {
+    SecondBench other;
+    openI2c();
+    other.openI2c(false);
+    wire.clear();
+    type(i2c().txtHexDataWrt[0], "2A");
+    bench.Doco->ChkTrace[2].userClick();
+    i2c().ChkTrack.userClick();
+    EXPECT_THAT(other.wire, IsEmpty());
+    other.i2c().CMDxMIT[0].setEnabled(true);
+    other.board().OptVCC[0].setValue(true);
+    other.i2c().CMDxMIT[0].userClick(); // commits no entry of its neighbour's
+    EXPECT_EQ(other.sent(Command::I2cTransfer).size(), 1U);
+    EXPECT_EQ(i2c().txtHexDataWrt[0].text(), "2A");
+    i2c().CMDxMIT[0].userClick();
+    EXPECT_EQ(bus.state().part->wipers.at(0), 0x2A);
+    EXPECT_EQ(other.bus.state().part->wipers.at(0), 0);
+    EXPECT_EQ(other.bench.Doco->ChkTrace[2].value(), 0);
+    EXPECT_EQ(other.bench.Doco->rtxt1.text(), "");
+    EXPECT_TRUE(std::get<bool>(other.bench.sharedValues().find("TrackOn")->get(0)));
+    EXPECT_FALSE(std::get<bool>(value("TrackOn").get(0)));
+}
+
+TEST_F(BenchTest, BadTextForTheReportBufferChangesNothing) {
+    value("reportBuffer").set(0, std::string("01FF"));
+    EXPECT_EQ(std::get<std::string>(value("reportBuffer").get(0)).substr(0, 6), "01FF00");
+    for (const auto& bad : {std::string("0"), std::string("0G"), std::string(130, '0')})
+        EXPECT_THROW(value("reportBuffer").set(0, bad), Fault) << bad;
+    EXPECT_EQ(link().reportBuffer[1], 0xFF);
+}
+
+} // namespace
+} // namespace vrk

@@ -92,7 +92,8 @@ LinkDiagnosis diagnoseLink(std::uint16_t vendor, std::uint16_t product, const fs
         if (systemPathIs(fs::weakly_canonical(device / "device", error).string(), vendor, product))
             diagnosis.devices.push_back(accessOf((root / "dev" / device.filename()).string()));
 
-    for (const char* folder : {"etc/udev/rules.d", "usr/lib/udev/rules.d", "lib/udev/rules.d"})
+    for (const char* folder : {"etc/udev/rules.d", "run/udev/rules.d", "usr/local/lib/udev/rules.d",
+                               "usr/lib/udev/rules.d", "lib/udev/rules.d"})
         diagnosis.ruleInstalled = diagnosis.ruleInstalled || fs::exists(root / folder / kRule, error);
     return diagnosis;
 }

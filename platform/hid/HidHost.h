@@ -53,7 +53,7 @@ class HidHost {
     /// Closes a handle; kNoHandle and dead handles are let pass.
     virtual void close(Handle handle) noexcept = 0;
 
-    /// The last failure in words a user understands; empty if there was none.
+    /// The last failure in words a user understands; empty if a device has been opened or written to since.
     virtual std::string lastError() const { return {}; }
 };
 

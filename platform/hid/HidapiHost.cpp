@@ -49,6 +49,7 @@ HidapiHost::~HidapiHost() = default;
 std::vector<DeviceInfo> HidapiHost::list() {
     std::vector<DeviceInfo> devices;
     listed_.clear();
+    refusals_.clear();
     const std::unique_ptr<hid_device_info, decltype(&hid_free_enumeration)> all(hid_enumerate(0, 0),
                                                                                 &hid_free_enumeration);
     for (const hid_device_info* info = all.get(); info; info = info->next) {
@@ -60,6 +61,15 @@ std::vector<DeviceInfo> HidapiHost::list() {
 }
 
 Handle HidapiHost::open(const std::string& path) {
+    const Handle handle = tryOpen(path);
+    if (handle != kNoHandle)
+        lastError_.clear();
+    else
+        refusals_.insert(lastError_);
+    return handle;
+}
+
+Handle HidapiHost::tryOpen(const std::string& path) {
     if (!listed_.contains(path))
         list();
     // The library reads freed memory when it opens a node that is no HID device.
@@ -89,11 +99,15 @@ Handle HidapiHost::open(const std::string& path) {
 
 HidapiHost::Open* HidapiHost::find(Handle handle) {
     const auto found = open_.find(handle);
-    if (found == open_.end()) {
+    if (found != open_.end())
+        return &found->second;
+    // Who works on with a device that could not be opened wants to know why that was.
+    lastError_.clear();
+    for (const std::string& refusal : refusals_)
+        lastError_ += (lastError_.empty() ? "" : "; ") + refusal;
+    if (handle != kNoHandle || lastError_.empty())
         lastError_ = "The device is not open";
-        return nullptr;
-    }
-    return &found->second;
+    return nullptr;
 }
 
 void HidapiHost::failed(const std::string& what, const Open& open) {
@@ -112,8 +126,11 @@ bool HidapiHost::write(Handle handle, const Report& report) {
         errno = 0;
         written = hid_write(open->device.get(), report.data(), report.size());
     } while (written < 0 && interrupted(open->device.get(), errno));
-    if (written == kReportSize)
+    if (written == kReportSize) {
+        // A reply that does not come is no failure of this one's: an old one must not pass for its cause.
+        lastError_.clear();
         return true;
+    }
     if (written < 0)
         failed("write to", *open);
     else

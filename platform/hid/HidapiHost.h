@@ -35,6 +35,7 @@ class HidapiHost final : public HidHost {
         std::string path;
     };
 
+    Handle tryOpen(const std::string& path);
     Open* find(Handle handle);
     void failed(const std::string& what, const Open& open);
 
@@ -42,6 +43,7 @@ class HidapiHost final : public HidHost {
     std::set<std::string> listed_;
     Handle lastHandle_ = 0; ///< numbers are not used again, so that a dead handle stays dead
     std::string lastError_;
+    std::set<std::string> refusals_; ///< why devices of the last list could not be opened
 };
 
 } // namespace vrk::hid

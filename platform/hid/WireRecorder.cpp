@@ -12,6 +12,8 @@ void WireRecorder::meet(const std::string& path) {
 std::vector<DeviceInfo> WireRecorder::list() {
     auto devices = host_.list();
     foreign_.clear();
+    // A board's number is its place in the list, as an instance's is; a path may be new after each plug.
+    numbers_.clear();
     for (const DeviceInfo& device : devices) {
         if (device.vendor == vendor_ && device.product == product_)
             meet(device.path);

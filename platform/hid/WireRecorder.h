@@ -16,7 +16,7 @@ struct WireEvent {
 
     Milliseconds at{0}; ///< on the recorder's clock: when the write or the read came back
     Direction direction = Direction::Out;
-    int board = 0;         ///< from 0, in the order in which the boards were first seen
+    int board = 0;         ///< from 0: the board's place in the last list before it was opened
     std::string boardPath; ///< as the host lists it
     Report report{};
     bool failed = false; ///< the board did not take the report

@@ -1,6 +1,7 @@
 #include "platform/hid/DeviceAccess.h"
 
 #include <gmock/gmock.h>
+#include <unistd.h>
 
 #include <fstream>
 
@@ -13,7 +14,9 @@ using testing::HasSubstr;
 /// A small file system as the kernel shows a computer with one board and a mouse.
 class Computer : public testing::Test {
   protected:
-    Computer() : root_(testing::TempDir() + "vrk-computer") { fs::remove_all(root_); }
+    Computer() : root_(testing::TempDir() + "vrk-computer-" + std::to_string(getpid())) {
+        fs::remove_all(root_);
+    }
     ~Computer() override { fs::remove_all(root_); }
 
     void put(const std::string& path, const std::string& text = "") {
@@ -54,8 +57,11 @@ TEST_F(Computer, IsReadFromThePlugUp) {
     EXPECT_TRUE(look().good());
     EXPECT_TRUE(linkAdvice(look()).empty());
     EXPECT_FALSE(look().ruleInstalled);
-    put("etc/udev/rules.d/70-vrkbench.rules");
-    EXPECT_TRUE(look().ruleInstalled);
+    for (const char* folder : {"etc/udev/rules.d/", "usr/local/lib/udev/rules.d/"}) {
+        put(folder + std::string("70-vrkbench.rules"));
+        EXPECT_TRUE(look().ruleInstalled) << folder;
+        fs::remove(root_ / folder / "70-vrkbench.rules");
+    }
     fs::remove(root_ / "dev/hidraw1");
     EXPECT_THAT(linkAdvice(look()).at(0), HasSubstr("no such node"));
 }

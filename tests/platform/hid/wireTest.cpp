@@ -6,6 +6,7 @@
 
 #include <gmock/gmock.h>
 #include <sys/resource.h>
+#include <unistd.h>
 
 #include <csignal>
 
@@ -22,9 +23,7 @@ constexpr std::uint16_t kProduct = 0x2034;
 /// A recorder over a host with a foreign device between two boards.
 class Wire : public testing::Test {
   protected:
-    Wire()
-        : path_(testing::TempDir() + "wire-" +
-                testing::UnitTest::GetInstance()->current_test_info()->name()) {
+    Wire() : path_(testing::TempDir() + "vrk-wire-" + std::to_string(getpid())) {
         host_.devices = {{kVendor, kProduct, "a"}, {1, 2, "mouse"}, {kVendor, kProduct, "b"}};
         host_.onCall = [this] { clock_.sleep(2ms); };
         host_.onTimeout = [this](Milliseconds timeout) { clock_.sleep(timeout - 2ms); };

@@ -92,6 +92,7 @@ struct RpcServer::Batch {
 /// A text on its way into a box.
 struct RpcServer::Typing {
     Path path;
+    std::size_t keysLeft = 0;
     std::optional<Json> failed{}; ///< what became of the first key that did not pass
 };
 
@@ -108,9 +109,19 @@ void RpcServer::notify(const char* method, const Json& params) const {
 }
 
 void RpcServer::handle(const std::string& line) {
-    const Json message = Json::parse(line, nullptr, false);
-    if (message.is_discarded()) {
-        send(answerWith(nullptr, failure(RpcCode::ParseError, "the line is no JSON")));
+    // Copies and texts of a value go as deep as the value does: the stack must bear it.
+    constexpr int kDeepest = 64;
+    bool tooDeep = false;
+    const Json message = Json::parse(
+        line,
+        [&tooDeep](int depth, Json::parse_event_t, Json&) {
+            tooDeep = tooDeep || depth > kDeepest;
+            return !tooDeep;
+        },
+        false);
+    if (tooDeep || message.is_discarded()) {
+        const char* why = tooDeep ? "the line is nested too deep" : "the line is no JSON";
+        send(answerWith(nullptr, failure(RpcCode::ParseError, why)));
     } else if (message.is_array() && !message.empty()) {
         auto batch = std::make_shared<Batch>();
         batch->messages.assign(message.begin(), message.end());
@@ -238,17 +249,21 @@ void RpcServer::type(const Json& params, const Answer& answer) {
     TextBox& box = asTextBox(methods_.usedControl(typing->path), "type");
     requireDone(box.userType({}), &box);
     const Ticket ticket = keep(answer);
-    const auto post = [&](std::function<void()> act) {
-        bench_.events.post([alive = std::weak_ptr(alive_), act = std::move(act)] {
-            if (!alive.expired())
-                act();
-        });
-    };
-    for (const char c : text)
-        post([this, typing, key = c == '\n' ? kEnterKey : static_cast<unsigned char>(c)] {
+    if (text.empty())
+        give(ticket, success(nullptr));
+    typing->keysLeft = text.size();
+    for (const char c : text) {
+        const int key = c == '\n' ? kEnterKey : static_cast<unsigned char>(c);
+        bench_.events.post([this, alive = std::weak_ptr(alive_), typing, ticket, key] {
+            if (alive.expired())
+                return;
             typeKey(*typing, key);
+            // A key may start an action that lets the keys behind it in: the last to return is the last
+            // handled.
+            if (--typing->keysLeft == 0)
+                give(ticket, typing->failed.value_or(success(nullptr)));
         });
-    post([this, typing, ticket] { give(ticket, typing->failed.value_or(success(nullptr))); });
+    }
 }
 
 void RpcServer::typeKey(Typing& typing, int key) {

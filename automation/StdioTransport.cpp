@@ -1,5 +1,6 @@
 #include "automation/StdioTransport.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <poll.h>
@@ -106,10 +107,12 @@ StdioTransport::StdioTransport(const BenchTarget& bench, int input, int output)
       reader_(input),
       server_(bench, [this](const std::string& line) { write(line); }) {
     events_.setHostPump([this] { pumpInsideAction(); });
+    events_.setHostWait([this](std::optional<Milliseconds> untilNext) { waitInsideAction(untilNext); });
 }
 
 StdioTransport::~StdioTransport() {
     events_.setHostPump({});
+    events_.setHostWait({});
 }
 
 void StdioTransport::write(const std::string& line) {
@@ -144,6 +147,16 @@ void StdioTransport::pumpInsideAction() {
         aloneSince_ = now;
     if (stopping() || (aloneSince_ && now - *aloneSince_ > kAloneLimit))
         events_.endProgram();
+}
+
+void StdioTransport::waitInsideAction(std::optional<Milliseconds> untilNext) {
+    if (reader_.finished()) {
+        // Nobody asks any more: time passes until pumpInsideAction() ends the action.
+        constexpr Milliseconds kStep{100};
+        events_.clock().sleep(std::min(untilNext.value_or(kStep), kStep));
+        return;
+    }
+    reader_.wait(virtualTime_ ? std::nullopt : untilNext);
 }
 
 void StdioTransport::run() {

@@ -62,6 +62,8 @@ class StdioTransport {
     void write(const std::string& line);
     void serveQueued();
     void pumpInsideAction();
+    /// An action stands until the user does something.
+    void waitInsideAction(std::optional<Milliseconds> untilNext);
     bool stopping() const { return stop_.load() || clientGone_; }
 
     EventLoop& events_;

@@ -35,6 +35,8 @@ Interrupt::~Interrupt() {
     handlerOfOwner = nullptr;
 }
 
-bool Interrupt::requested() const { return raised != 0; }
+bool Interrupt::requested() const {
+    return raised != 0;
+}
 
 } // namespace vrk

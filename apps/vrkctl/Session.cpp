@@ -16,19 +16,21 @@ namespace {
 WallTime parseStartTime(const std::string& text) {
     WallTime time{};
     int used = 0;
-    const int fields = std::sscanf(text.c_str(), "%4d-%2d-%2d %2d:%2d:%2d%n", &time.year, &time.month, &time.day,
-                                   &time.hour, &time.minute, &time.second, &used);
+    const int fields = std::sscanf(text.c_str(), "%4d-%2d-%2d %2d:%2d:%2d%n", &time.year, &time.month,
+                                   &time.day, &time.hour, &time.minute, &time.second, &used);
     const std::chrono::year_month_day day{std::chrono::year(time.year),
                                           std::chrono::month(static_cast<unsigned>(time.month)),
                                           std::chrono::day(static_cast<unsigned>(time.day))};
     const bool timeFits = time.hour >= 0 && time.hour < 24 && time.minute >= 0 && time.minute < 60 &&
                           time.second >= 0 && time.second < 60;
     if (fields != 6 || used != static_cast<int>(text.size()) || !day.ok() || !timeFits)
-        throw CommandError(ExitCode::Usage, "--start-time: '" + text + "' is no time like 2020-01-01 12:00:00");
+        throw CommandError(ExitCode::Usage,
+                           "--start-time: '" + text + "' is no time like 2020-01-01 12:00:00");
     return time;
 }
 
-/// Where the calibration file lives: beside the program, or with the user's data where that cannot be written.
+/// Where the calibration file lives: beside the program, or with the user's data where that cannot be
+/// written.
 fs::path programFolder(const Options& options) {
     if (!options.folder.empty()) {
         if (!fs::is_directory(options.folder))
@@ -41,8 +43,9 @@ fs::path programFolder(const Options& options) {
         return beside;
     const char* data = std::getenv("XDG_DATA_HOME");
     const char* home = std::getenv("HOME");
-    const fs::path base = data != nullptr && *data != '\0' ? fs::path(data)
-                                                            : fs::path(home != nullptr ? home : ".") / ".local/share";
+    const fs::path base = data != nullptr && *data != '\0'
+                              ? fs::path(data)
+                              : fs::path(home != nullptr ? home : ".") / ".local/share";
     fs::create_directories(base / "vrkbench", error);
     return base / "vrkbench";
 }
@@ -53,14 +56,16 @@ std::unique_ptr<Clock> Session::makeClock(const Options& options, DefaultTime ti
     if (options.virtualTime && options.realTime)
         throw CommandError(ExitCode::Usage, "--virtual-time and --real-time exclude each other");
     if (options.virtualTime && !canBeVirtual)
-        throw CommandError(ExitCode::Usage, "--virtual-time needs --simulate or --replay: a real board takes real time");
+        throw CommandError(ExitCode::Usage,
+                           "--virtual-time needs --simulate or --replay: a real board takes real time");
     const bool isVirtual =
         options.virtualTime || (time == DefaultTime::VirtualIfPossible && canBeVirtual && !options.realTime);
     if (!options.startTime.empty() && !isVirtual)
         throw CommandError(ExitCode::Usage, "--start-time needs --virtual-time");
     if (!isVirtual)
         return std::make_unique<RealClock>();
-    return std::make_unique<VirtualClock>(options.startTime.empty() ? WallTime{} : parseStartTime(options.startTime));
+    return std::make_unique<VirtualClock>(options.startTime.empty() ? WallTime{}
+                                                                    : parseStartTime(options.startTime));
 }
 
 std::unique_ptr<hid::HidHost> Session::makeHost(const Options& options) {
@@ -85,8 +90,11 @@ std::unique_ptr<hid::HidHost> Session::makeHost(const Options& options) {
 }
 
 Session::Session(const Options& options, Dialogs& dialogs, DefaultTime time)
-    : clock_(makeClock(options, time)), virtualClock_(dynamic_cast<VirtualClock*>(clock_.get())), events_(*clock_),
-      host_(makeHost(options)), recorder_(*host_, *clock_, report::kVendorId, report::kProductId) {
+    : clock_(makeClock(options, time)),
+      virtualClock_(dynamic_cast<VirtualClock*>(clock_.get())),
+      events_(*clock_),
+      host_(makeHost(options)),
+      recorder_(*host_, *clock_, report::kVendorId, report::kProductId) {
     if (!options.wireLog.empty())
         wireLog_.emplace(recorder_, *clock_, options.wireLog, [](const std::string& why) { tell(why); });
     bench_ = std::make_unique<Bench>(Bench::Parts{.events = events_,
@@ -97,16 +105,19 @@ Session::Session(const Options& options, Dialogs& dialogs, DefaultTime time)
                                                   .workingFolder = fs::current_path()});
 }
 
-std::vector<hid::DeviceInfo> Session::boards() { return boardsOf(*host_); }
+std::vector<hid::DeviceInfo> Session::boards() {
+    return boardsOf(*host_);
+}
 
 void Session::requireBoard(int number) {
     const int count = static_cast<int>(boards().size());
     if (count == 0)
-        throw CommandError(ExitCode::NoBoard, "no evaluation board is plugged in; \"vrkctl doctor\" looks for the "
-                                              "cause, and --simulate works without a board");
+        throw CommandError(ExitCode::NoBoard,
+                           "no evaluation board is plugged in; \"vrkctl doctor\" looks for the "
+                           "cause, and --simulate works without a board");
     if (number >= count)
-        throw CommandError(ExitCode::Usage, "--board: there is no board " + std::to_string(number) + "; the last is " +
-                                                std::to_string(count - 1));
+        throw CommandError(ExitCode::Usage, "--board: there is no board " + std::to_string(number) +
+                                                "; the last is " + std::to_string(count - 1));
 }
 
 void Session::runEvents() {

@@ -7,7 +7,9 @@
 
 namespace vrk {
 
-void tell(const std::string& text) { std::fprintf(stderr, "vrkctl: %s\n", text.c_str()); }
+void tell(const std::string& text) {
+    std::fprintf(stderr, "vrkctl: %s\n", text.c_str());
+}
 
 bool colouredOutput() {
     const char* noColour = std::getenv("NO_COLOR");
@@ -17,7 +19,9 @@ bool colouredOutput() {
 ProgressBarLine::ProgressBarLine(std::string what, int steps)
     : what_(std::move(what)), steps_(std::max(1, steps)), shown_(isatty(STDERR_FILENO) != 0) {}
 
-ProgressBarLine::~ProgressBarLine() { clear(); }
+ProgressBarLine::~ProgressBarLine() {
+    clear();
+}
 
 void ProgressBarLine::done(int steps) {
     constexpr std::chrono::milliseconds kInterval{50};

@@ -7,8 +7,9 @@
 
 namespace vrk {
 
-/// Nobody sits before the panel: boxes are answered at once and their texts kept for the terminal. A lost link is
-/// given up, which ends the program; a part that does not answer returns to the panel, which tells of it.
+/// Nobody sits before the panel: boxes are answered at once and their texts kept for the terminal. A lost
+/// link is given up, which ends the program; a part that does not answer returns to the panel, which tells of
+/// it.
 class TerminalDialogs final : public Dialogs {
   public:
     Choice show(const MessageBox& box) override;
@@ -16,12 +17,9 @@ class TerminalDialogs final : public Dialogs {
 
     /// Texts of the plain messages since the last call, each once.
     std::vector<std::string> takeMessages();
-    /// Text of the link dialog that was given up; empty if none was.
-    const std::string& lostLink() const { return lostLink_; }
 
   private:
     std::vector<std::string> messages_;
-    std::string lostLink_;
 };
 
 } // namespace vrk

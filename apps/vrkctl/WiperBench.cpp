@@ -11,8 +11,8 @@
 namespace vrk {
 
 namespace {
-constexpr int kI2cRow = 2;         ///< of the start panel
-constexpr int kConsolesRow = 1;    ///< loads the consoles and stays
+constexpr int kI2cRow = 2;      ///< of the start panel
+constexpr int kConsolesRow = 1; ///< loads the consoles and stays
 constexpr int kVccOn = 0, kVccOff = 1;
 
 struct PartFacts {
@@ -27,11 +27,14 @@ constexpr std::array kManualTaps = {16, 32, 64, 100, 128, 256};
 constexpr int kManualChannels = 4;
 
 const PartFacts* factsOf(const std::string& part) {
-    const auto found = std::find_if(kParts.begin(), kParts.end(), [&](const auto& facts) { return part == facts.name; });
+    const auto found =
+        std::find_if(kParts.begin(), kParts.end(), [&](const auto& facts) { return part == facts.name; });
     return found == kParts.end() ? nullptr : &*found;
 }
 
-CommandError usage(const std::string& text) { return {ExitCode::Usage, text}; }
+CommandError usage(const std::string& text) {
+    return {ExitCode::Usage, text};
+}
 
 /// The part that the options name, by itself or through the simulated socket.
 std::string partOf(const Options& options, const WiperOptions& wiper) {
@@ -70,7 +73,8 @@ void checkAddress(const std::string& text) {
         return;
     int value = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value, 16);
-    if (error != std::errc() || end != text.data() + text.size() || value < 2 || value > 0xFE || value % 2 != 0)
+    if (error != std::errc() || end != text.data() + text.size() || value < 2 || value > 0xFE ||
+        value % 2 != 0)
         throw usage("--address: '" + text + "' is no even hexadecimal address from 02 to FE");
 }
 
@@ -80,7 +84,9 @@ nlohmann::ordered_json json(const std::optional<Position>& position) {
     return {{"value", position->value}, {"hex", position->hex}};
 }
 
-Position position(int value) { return {value, hexText(value, 2)}; }
+Position position(int value) {
+    return {value, hexText(value, 2)};
+}
 } // namespace
 
 nlohmann::ordered_json WiperResult::json() const {
@@ -105,7 +111,10 @@ int parsePosition(const std::string& text) {
 }
 
 WiperBench::WiperBench(const Options& options, const WiperOptions& wiper)
-    : options_(options), wiper_(wiper), part_(partOf(options, wiper)), taps_(tapsOf(part_, wiper)),
+    : options_(options),
+      wiper_(wiper),
+      part_(partOf(options, wiper)),
+      taps_(tapsOf(part_, wiper)),
       session_(options, dialogs_, DefaultTime::VirtualIfPossible) {
     checkChannel(part_, wiper_.channel);
     checkAddress(wiper_.address);
@@ -132,12 +141,10 @@ void WiperBench::requirePosition(int position, const std::string& what) const {
 void WiperBench::done(const Outcome& outcome, const std::string& what) {
     session_.runEvents();
     if (session_.events().ended()) {
-        std::string why = dialogs_.lostLink();
-        std::replace(why.begin(), why.end(), '\n', ' ');
-        std::erase(why, '\r');
-        const std::string system = session_.wire().lastError();
-        throw CommandError(ExitCode::LinkLost, "the link to the board is lost while " + what + ". " + why +
-                                                   (system.empty() ? "" : " (" + system + ")"));
+        requireReplayed();
+        const std::string why = session_.wire().lastError();
+        throw CommandError(ExitCode::LinkLost, "the link to the board was lost while " + what + ": " +
+                                                   (why.empty() ? "the board sent no reply" : why));
     }
     if (outcome.refused())
         throw CommandError(ExitCode::CheckFailed, "the panel refused " + what);
@@ -160,8 +167,8 @@ void WiperBench::open() {
 }
 
 void WiperBench::chooseInstance() {
-    // The consoles come up on the first board. The motherboard console is closed, so that it loads again, and puts
-    // pins and supplies right, on the board that is meant.
+    // The consoles come up on the first board. The motherboard console is closed, so that it loads again, and
+    // puts pins and supplies right, on the board that is meant.
     Bench& bench = session_.bench();
     done(bench.frmStartup->cboVRKSelect.userSelect(kConsolesRow), "looking for the boards");
     done(bench.frmMainF340->cboEVBinstance.userSelect(options_.board), "choosing the board");
@@ -224,8 +231,9 @@ void WiperBench::explain(const WiperResult& result) {
              (wiper_.vcc ? " does not answer" : " does not answer without VCC") + " (bus status " +
              std::to_string(result.status) + ")");
     else if (!result.good())
-        tell("channel " + std::to_string(result.channel) + ": wrote " + std::to_string(result.written->value) +
-             " but read " + std::to_string(result.read->value) + " back");
+        tell("channel " + std::to_string(result.channel) + ": wrote " +
+             std::to_string(result.written->value) + " but read " + std::to_string(result.read->value) +
+             " back");
 }
 
 void WiperBench::requireReplayed() const {

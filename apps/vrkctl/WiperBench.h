@@ -22,17 +22,17 @@ struct Position {
 struct WiperResult {
     int channel = 0;
     std::optional<Position> written{};
-    std::optional<Position> read{};  ///< nothing: the part did not answer
-    std::optional<double> volts{};   ///< at the wiper
-    int status = 0;                  ///< of the bus: 8 good, 1 no acknowledge
+    std::optional<Position> read{}; ///< nothing: the part did not answer
+    std::optional<double> volts{};  ///< at the wiper
+    int status = 0;                 ///< of the bus: 8 good, 1 no acknowledge
 
     /// The part answered, and where something was written the same came back.
     bool good() const { return read && (!written || written->value == read->value); }
     nlohmann::ordered_json json() const;
 };
 
-/// The start panel and the I2C panel, worked by the gestures of a user. VCC goes off when it ends, unless told
-/// otherwise.
+/// The start panel and the I2C panel, worked by the gestures of a user. VCC goes off when it ends, unless
+/// told otherwise.
 class WiperBench {
   public:
     /// Checks the options and sends nothing. \throws CommandError

@@ -33,8 +33,10 @@ ExitCode listBoards(const Options& options) {
             console.cmdFirmwareVersion_Click();
             firmware = version(console.lblFirmwareVersion.caption());
         });
-        if (!outcome.done())
-            firmware = "does not answer" + (outcome.fault.empty() ? "" : ": " + outcome.fault);
+        if (!outcome.done()) {
+            const std::string why = session.wire().lastError();
+            firmware = "unknown, the board does not answer" + (why.empty() ? "" : ": " + why);
+        }
         list.push_back({{"board", number}, {"path", boards[number].path}, {"firmware", firmware}});
         if (!options.json)
             std::printf("%zu  %s  firmware %s\n", number, boards[number].path.c_str(), firmware.c_str());

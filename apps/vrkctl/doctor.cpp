@@ -9,7 +9,9 @@
 namespace vrk {
 
 namespace {
-const char* yesNo(bool value) { return value ? "yes" : "no"; }
+const char* yesNo(bool value) {
+    return value ? "yes" : "no";
+}
 
 const char* accessText(const hid::DeviceAccess& device) {
     if (!device.exists)
@@ -40,12 +42,9 @@ void printJson(const hid::LinkDiagnosis& found, const std::vector<std::string>& 
                            {"exists", device.exists},
                            {"readable", device.readable},
                            {"writable", device.writable}});
-    const nlohmann::ordered_json all = {{"onUsb", found.onUsb},
-                                        {"hidraw", found.hidSystem},
-                                        {"ruleInstalled", found.ruleInstalled},
-                                        {"devices", devices},
-                                        {"good", found.good()},
-                                        {"advice", advice}};
+    const nlohmann::ordered_json all = {
+        {"onUsb", found.onUsb}, {"hidraw", found.hidSystem}, {"ruleInstalled", found.ruleInstalled},
+        {"devices", devices},   {"good", found.good()},      {"advice", advice}};
     std::printf("%s\n", all.dump(2).c_str());
 }
 } // namespace

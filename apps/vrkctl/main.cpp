@@ -22,12 +22,16 @@ void addCommonOptions(CLI::App& app, Options& options) {
         ->check(CLI::Range(0, 3))
         ->type_name("N");
     app.add_flag("--json", options.json, "Data as JSON");
-    app.add_option("--wire-log", options.wireLog, "Record every report, with time and direction")->type_name("FILE");
-    app.add_option("--replay", options.replay, "Play a recorded wire log back instead of a board")->type_name("FILE");
+    app.add_option("--wire-log", options.wireLog, "Record every report, with time and direction")
+        ->type_name("FILE");
+    app.add_option("--replay", options.replay, "Play a recorded wire log back instead of a board")
+        ->type_name("FILE");
     app.add_option("--folder", options.folder, "Folder of the calibration file")->type_name("DIR");
-    app.add_flag("--virtual-time", options.virtualTime, "Waits cost nothing; simulated boards and replays only");
+    app.add_flag("--virtual-time", options.virtualTime,
+                 "Waits cost nothing; simulated boards and replays only");
     app.add_flag("--real-time", options.realTime, "Waits take their time, on a simulated board too");
-    app.add_option("--start-time", options.startTime, "Virtual time at the start")->type_name("\"Y-M-D h:m:s\"");
+    app.add_option("--start-time", options.startTime, "Virtual time at the start")
+        ->type_name("\"Y-M-D h:m:s\"");
 }
 
 void addWiperOptions(CLI::App& command, WiperOptions& wiper) {
@@ -35,9 +39,10 @@ void addWiperOptions(CLI::App& command, WiperOptions& wiper) {
     command.add_option("--part", wiper.part, "Part, as in the panel's device menu; else manual set-up");
     command.add_option("--address", wiper.address, "Bus address, hexadecimal, 8-bit form");
     command.add_option("--taps", wiper.taps, "Taps: 16, 32, 64, 100, 128 or 256");
-    command.add_option_function<std::string>(
-               "--vcc", [&wiper](const std::string& state) { wiper.vcc = state == "on"; },
-               "off leaves the part without VCC")
+    command
+        .add_option_function<std::string>(
+            "--vcc", [&wiper](const std::string& state) { wiper.vcc = state == "on"; },
+            "off leaves the part without VCC")
         ->check(CLI::IsMember({"on", "off"}));
 }
 
@@ -51,7 +56,8 @@ int run(int argc, char** argv) {
     Options options;
     addCommonOptions(app, options);
     std::function<ExitCode()> command;
-    const auto add = [&command](CLI::App& parent, const char* name, const char* text, std::function<ExitCode()> run) {
+    const auto add = [&command](CLI::App& parent, const char* name, const char* text,
+                                std::function<ExitCode()> run) {
         CLI::App* added = parent.add_subcommand(name, text);
         added->footer("\"vrkctl --help\" tells the options that every command takes.");
         added->final_callback([&command, run = std::move(run)] { command = run; });
@@ -59,19 +65,19 @@ int run(int argc, char** argv) {
     };
 
     add(app, "boards", "List the evaluation boards", [&] { return listBoards(options); });
-    add(app, "doctor", "Say what keeps a board from working, and how to mend it", [&] { return doctor(options); });
+    add(app, "doctor", "Say what keeps a board from working, and how to mend it",
+        [&] { return doctor(options); });
     add(app, "rpc", "Serve the bench by JSON-RPC 2.0 on stdin and stdout", [&] { return serveRpc(options); });
 
     CLI::App* wiper = app.add_subcommand("wiper", "Write, read and measure wipers of I2C parts");
     wiper->require_subcommand(1);
     WiperOptions reading;
-    addWiperOptions(*add(*wiper, "read", "Read a wiper and its volts", [&] { return readWiper(options, reading); }),
-                    reading);
+    addWiperOptions(
+        *add(*wiper, "read", "Read a wiper and its volts", [&] { return readWiper(options, reading); }),
+        reading);
     WriteOptions writing;
-    CLI::App* write =
-        add(*wiper, "write", "Write a wiper, read it back and measure it; VCC stays on", [&] {
-            return writeWiper(options, writing);
-        });
+    CLI::App* write = add(*wiper, "write", "Write a wiper, read it back and measure it; VCC stays on",
+                          [&] { return writeWiper(options, writing); });
     addWiperOptions(*write, writing);
     write->add_option("VALUE", writing.value, "Position, decimal or 0x...")->required();
     SweepOptions sweeping;
@@ -87,6 +93,8 @@ int run(int argc, char** argv) {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
         const bool asked = error.get_exit_code() == static_cast<int>(CLI::ExitCodes::Success);
+        if (const auto unknown = app.remaining(true); !asked && !unknown.empty())
+            tell("unknown: " + unknown.front());
         app.exit(error);
         return static_cast<int>(asked ? ExitCode::Done : ExitCode::Usage);
     }

@@ -32,6 +32,8 @@ ExitCode serveRpc(const Options& given) {
     Session session(options, dialogs, DefaultTime::Real);
     Bench& bench = session.bench();
     std::signal(SIGPIPE, SIG_IGN);
+    // Before the first request is looked at: the start panel's load lets events run.
+    bench.start();
     StdioTransport transport({.events = session.events(),
                               .dialogs = dialogs,
                               .clipboard = session.clipboard(),
@@ -48,7 +50,6 @@ ExitCode serveRpc(const Options& given) {
          (options.simulate.empty() ? std::string(options.replay.empty() ? "the board" : "a recording")
                                    : "a simulated board with " + options.simulate) +
          (session.virtualClock() != nullptr ? " in virtual time" : "") + "; one JSON-RPC message a line");
-    bench.start();
     transport.run();
     return interrupt.requested() ? ExitCode::Interrupted : ExitCode::Done;
 }

@@ -7,7 +7,9 @@
 namespace vrk {
 
 namespace {
-std::string shown(const Position& position) { return std::to_string(position.value) + " (" + position.hex + ")"; }
+std::string shown(const Position& position) {
+    return std::to_string(position.value) + " (" + position.hex + ")";
+}
 
 void print(const Options& options, const WiperResult& result) {
     if (options.json) {
@@ -16,9 +18,8 @@ void print(const Options& options, const WiperResult& result) {
     }
     std::printf("channel %d", result.channel);
     if (result.written)
-        std::printf("  written %s", shown(*result.written).c_str());
-    if (result.read)
-        std::printf("  read %s", shown(*result.read).c_str());
+        std::printf("  %s %s", result.read ? "written" : "sent", shown(*result.written).c_str());
+    std::printf("  %s", result.read ? ("read " + shown(*result.read)).c_str() : "no answer");
     if (result.volts)
         std::printf("  %.3f V", *result.volts);
     std::printf("  bus status %d\n", result.status);

@@ -31,8 +31,8 @@ class SweepOutput {
         if (result.volts)
             std::snprintf(volts, sizeof volts, "%.3f", *result.volts);
         if (csv_) {
-            std::printf("%d,%s,%s,%s,%s,%d\n", written.value, written.hex.c_str(), read.c_str(), readHex.c_str(),
-                        volts, result.status);
+            std::printf("%d,%s,%s,%s,%s,%d\n", written.value, written.hex.c_str(), read.c_str(),
+                        readHex.c_str(), volts, result.status);
         } else {
             const bool red = !result.good() && colouredOutput();
             std::printf("%s%8d  %3s  %5s  %3s  %7s  %6d%s\n", red ? "\033[31m" : "", written.value,
@@ -45,14 +45,13 @@ class SweepOutput {
     void end(WiperBench& bench, int channel, int bad, bool whole) const {
         if (!json_)
             return;
-        const nlohmann::ordered_json all = {
-            {"part", bench.partName().empty() ? "manual" : bench.partName()},
-            {"address", bench.address()},
-            {"taps", bench.taps()},
-            {"channel", channel},
-            {"complete", whole},
-            {"bad", bad},
-            {"points", points_}};
+        const nlohmann::ordered_json all = {{"part", bench.partName().empty() ? "manual" : bench.partName()},
+                                            {"address", bench.address()},
+                                            {"taps", bench.taps()},
+                                            {"channel", channel},
+                                            {"complete", whole},
+                                            {"bad", bad},
+                                            {"points", points_}};
         std::printf("%s\n", all.dump().c_str());
     }
 
@@ -67,7 +66,8 @@ std::vector<int> positionsOf(const SweepOptions& sweep, const WiperBench& bench)
     bench.requirePosition(sweep.from, "--from");
     bench.requirePosition(last, "--to");
     if (sweep.step < 1)
-        throw CommandError(ExitCode::Usage, "--step: it is at least 1; a sweep downwards has --from above --to");
+        throw CommandError(ExitCode::Usage,
+                           "--step: it is at least 1; a sweep downwards has --from above --to");
     std::vector<int> positions;
     const int step = sweep.from <= last ? sweep.step : -sweep.step;
     for (int position = sweep.from; step > 0 ? position <= last : position >= last; position += step)

@@ -21,8 +21,10 @@ class ProbePanel final : public Panel {
         cmdDisabled.setEnabled(false);
         txtHex.setMaxLength(4);
         txtHex.onKeyPress([this](int key) {
-            if (key == kEnterKey)
+            if (key == kEnterKey) {
+                events().letEventsRun();
                 ++entered;
+            }
             return hexKeyFilter(key);
         });
         cboRate.setRows({{"100", 240}, {"400", 60}});

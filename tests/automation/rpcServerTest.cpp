@@ -39,6 +39,13 @@ TEST(RpcErrors, brokenMessages) {
     }
 }
 
+TEST(RpcErrors, aLineNestedTooDeepIsRefusedNotACrash) {
+    RpcBench bench;
+    constexpr std::size_t kLevels = 200'000;
+    bench.server.handle(std::string(kLevels, '[') + std::string(kLevels, ']'));
+    EXPECT_EQ(bench.next()["error"]["code"], kParseError);
+}
+
 TEST(RpcErrors, sayWhatWasWrong) {
     RpcBench bench;
     bench.frmProbe.load();
@@ -307,8 +314,10 @@ TEST(RpcEnd, everythingButDialogsTellsOfTheEnd) {
 
 TEST(RpcBatch, runsOneBehindTheOtherAndAnswersTogether) {
     RpcBench bench;
+    int enteredWhenClicked = 0;
+    bench.frmProbe->chkBox.onClick([&] { enteredWhenClicked = bench.frmProbe->entered; });
     bench.server.handle(R"([
-        {"id":1,"method":"type","params":{"path":"frmProbe.txtHex","text":"3F"}},
+        {"id":1,"method":"type","params":{"path":"frmProbe.txtHex","text":"3F\n"}},
         {"method":"click","params":{"path":"frmProbe.chkBox"}},
         {"id":2,"method":"get","params":{"path":"frmProbe.txtHex"}}, 5])");
     EXPECT_TRUE(bench.sent.empty());
@@ -316,6 +325,7 @@ TEST(RpcBatch, runsOneBehindTheOtherAndAnswersTogether) {
     const Json answers = bench.next();
     ASSERT_EQ(answers.size(), 3u) << answers;
     EXPECT_EQ(answers[1]["result"]["text"], "3F");
+    EXPECT_EQ(enteredWhenClicked, 1) << "the action of Enter lets events run, and is over all the same";
     EXPECT_EQ(answers[2]["error"]["code"], kInvalidRequest);
     EXPECT_TRUE(bench.frmProbe->chkBox.checked());
 

@@ -13,6 +13,8 @@
 #include <QPushButton>
 #include <QRadioButton>
 
+#include <array>
+
 namespace vrk {
 
 using namespace qt;
@@ -54,14 +56,17 @@ QWidget* addressBlock(PanelUi& ui, frmVRK_User1& p) {
 
 QWidget* controlRegisterBlock(PanelUi& ui, frmVRK_User1& p) {
     auto* address = ui(p.txtACRAddress, 3);
+    address->setAccessibleName("Control register's address");
     auto* addressCaption = ui(p.Label2);
     addressCaption->setBuddy(address);
     makeQuiet(*addressCaption);
+    auto* toWrite = ui(p.txtACR[0], 3);
+    auto* asRead = ui(p.txtACR[1], 3);
     return ui.frame(p.SSFrame2, "Control register",
                     grid({{addressCaption, address, quietText("hex")},
-                          {"To write", ui(p.txtACR[0], 3), quietText("hex"), ui(p.cmdACRWrite),
+                          {caption("To write", toWrite), toWrite, quietText("hex"), ui(p.cmdACRWrite),
                            ui(p.Shape2[0], "ACR write"), stretch},
-                          {"As read", ui(p.txtACR[1], 3), quietText("hex"), ui(p.cmdACRRead),
+                          {caption("As read", asRead), asRead, quietText("hex"), ui(p.cmdACRRead),
                            ui(p.Shape2[1], "ACR read")},
                           {"Wiper to", wide(row({ui(p.Option1[0]), ui(p.Option1[1]), stretch}), 5)}}));
 }
@@ -84,21 +89,49 @@ QWidget* generalRegisterBlock(PanelUi& ui, frmVRK_User1& p) {
                            ui(p.Shape2[3], "Register read")}}));
 }
 
-QWidget* twoByteBlock(PanelUi& ui, frmVRK_User1& p) {
+/// Ten-bit wiper and four data registers: one line a register.
+QWidget* tenBitBlock(PanelUi& ui, frmVRK_User1& p) {
     static constexpr std::array<const char*, 5> kNames = {"Wiper", "Data 0", "Data 1", "Data 2", "Data 3"};
-    std::vector<std::vector<Item>> rows;
+    std::vector<std::vector<Item>> rows{{{}, "To write", {}, "As read", {}, "Transfer"}};
     for (int index = 0; index < p.txtWrQ3319.count(); ++index) {
         auto* value = ui(p.txtWrQ3319[index], 4);
-        rows.push_back({caption(kNames.at(static_cast<std::size_t>(index)), value), value,
-                        ui.value(p.lblRdq331x[index], "000"), stretch});
+        const QString name = kNames.at(static_cast<std::size_t>(index));
+        std::vector<Item> line{caption(name, value), value, ui(p.CMDq331X_Write[index], "Write " + name),
+                               ui.value(p.lblRdq331x[index], "000"),
+                               ui(p.CMDq331X_Read[index], "Read " + name)};
+        if (index > 0) {
+            line.emplace_back(ui(p.cmdQ331xDatatoWiper[index - 1]));
+            line.emplace_back(ui(p.cmdQ331xWipertoData[index - 1]));
+        }
+        line.emplace_back(stretch);
+        rows.push_back(line);
     }
     return ui.frame(p.frq331x, {}, grid(rows));
+}
+
+/// Four banks of data registers, and the part's pins moved by hand.
+QWidget* bankBlock(PanelUi& ui, frmVRK_User1& p) {
+    std::vector<Item> pins{"Pins"};
+    for (auto& pin : p.Chq4422)
+        pins.emplace_back(ui(*pin));
+    pins.emplace_back(stretch);
+    std::vector<Item> banks{"Bank"};
+    for (auto& bank : p.opt4422)
+        banks.emplace_back(ui(*bank));
+    banks.emplace_back(gap);
+    banks.emplace_back(ui.value(p.lblBank, "XXXX"));
+    banks.emplace_back(stretch);
+    return ui.frame(
+        p.Frq4422, "Banks and pins",
+        column({row(banks), row(pins),
+                row({ui(p.cmdUp[0]), ui(p.cmdUp[1]), ui(p.cmdUp[2]), gap, ui(p.cmdRdAllq44),
+                     ui(p.cmdSampleq44), ui(p.ChkAutoSample), gap, ui(p.cdmAuto_Init), stretch})}));
 }
 
 void addPartMenu(PanelWindow& window, frmVRK_User1& p) {
     QMenu* menu = window.addPanelMenu("Device Select");
     PanelUi& ui = window.ui();
-    for (MenuEntry* entry : {&p.mnu_KV4071, &p.mnu_KV4074, &p.mnuKV4078, &p.mnuKV6021}) {
+    for (MenuEntry* entry : {&p.mnu_I2cList, &p.mnu_KV4071, &p.mnu_KV4074, &p.mnuKV4078, &p.mnuKV6021}) {
         QAction* action = ui(*entry);
         action->setParent(menu);
         menu->addAction(action);
@@ -121,6 +154,10 @@ void makeI2cPanelView(PanelWindow& window, frmVRK_User1& p) {
             channels.emplace_back(separator(Qt::Vertical));
         channels.emplace_back(strips.back());
     }
+    // As wide as one in use, so that the others stay where they are when channels come and go.
+    const int width = strips.front()->sizeHint().width();
+    for (WiperStrip* strip : strips)
+        strip->setMinimumWidth(width);
     auto* picture = new QPushButton("Volts over Position…");
     picture->setObjectName("voltsOverPosition");
     auto* plot = new WiperPlotWindow(window, p);
@@ -130,15 +167,13 @@ void makeI2cPanelView(PanelWindow& window, frmVRK_User1& p) {
                           stretch, row({ui(p.cmdMMenu), stretch})});
     auto* work =
         column({row(channels), row({ui(p.cmdReadAllWipers[0]), ui(p.cmdReadAllWipers[1]), stretch, picture}),
-                twoByteBlock(ui, p), ui.frame(p.Frq4422, {}, row({stretch})),
-                ui.frame(p.Frq4410Show, {}, row({stretch})), stretch});
+                tenBitBlock(ui, p), bankBlock(ui, p), ui.frame(p.Frq4410Show, {}, row({stretch})), stretch});
     auto* side = column({makeSupplyBlock(window, p), gap, controlRegisterBlock(ui, p), gap,
                          shutdownBlock(ui, p), gap, generalRegisterBlock(ui, p), stretch});
     auto* part = ui(p.lblProduct);
-    auto* content = column({makeBand(window, p, part, {&p.txtDeviceAdr}), row({setUp, gap, separator(Qt::Vertical), gap, work,
-                                                            gap, separator(Qt::Vertical), gap, side})});
-    window.setFirstFocus(nullptr);
-
+    auto* content = column(
+        {makeBand(window, p, part, {&p.txtDeviceAdr}),
+         row({setUp, gap, separator(Qt::Vertical), gap, work, gap, separator(Qt::Vertical), gap, side})});
     const auto channelInHand = [strips] {
         for (std::size_t at = 0; at < strips.size(); ++at)
             if (strips[at]->hasKeyboard())

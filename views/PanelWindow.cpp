@@ -52,21 +52,27 @@ PanelWindow::PanelWindow(const ViewContext& context, PanelSlotBase& slot, Panel&
 }
 
 void PanelWindow::setContent(QWidget* content) {
+    content_ = content;
     auto* area = new QScrollArea;
     area->setFrameShape(QFrame::NoFrame);
     area->setWidgetResizable(true);
     content->layout()->setContentsMargins(2 * qt::kUnit, 2 * qt::kUnit, 2 * qt::kUnit, 2 * qt::kUnit);
     area->setWidget(content);
     setCentralWidget(area);
+    ui_.placed();
     qt::assignMnemonics(*content, kMenuLetters);
 
-    // As large as the content wants and the screen allows.
-    ensurePolished();
     const QSize room = QGuiApplication::primaryScreen()->availableSize() * 0.95;
-    const QSize wanted =
-        content->sizeHint() + QSize(0, menuBar()->sizeHint().height() + statusBar()->sizeHint().height());
+    const QSize wanted = wantedSize();
     const int bar = area->verticalScrollBar()->sizeHint().width();
     resize(wanted.boundedTo(room) + QSize(wanted.height() > room.height() ? bar : 0, 0));
+}
+
+QSize PanelWindow::wantedSize() const {
+    ensurePolished();
+    if (content_ == nullptr)
+        return sizeHint();
+    return content_->sizeHint() + QSize(0, menuBar()->sizeHint().height() + statusBar()->sizeHint().height());
 }
 
 QMenu* PanelWindow::addPanelMenu(const QString& title) {
@@ -77,6 +83,9 @@ QMenu* PanelWindow::addPanelMenu(const QString& title) {
 
 void PanelWindow::addKey(const QKeySequence& key, const QString& what, std::function<void()> action) {
     auto* shortcut = new QShortcut(key, this);
+    // Some keyboards tell "?" with Shift and some without.
+    if (key == QKeySequence(Qt::Key_Question))
+        shortcut->setKeys({key, QKeySequence(Qt::SHIFT | Qt::Key_Question)});
     QObject::connect(shortcut, &QShortcut::activated, this, [this, act = std::move(action)] {
         if (!released_)
             qt::QtHost::guarded(act);
@@ -136,11 +145,13 @@ void PanelWindow::release() {
 }
 
 void PanelWindow::showStatus() {
-    const LinkWords words = linkWords(context_.bench.link(), context_.boardKind, context_.boardName);
+    const LinkWords words = linkWords(context_);
     if (linkLamp_->colour() != words.colour)
         linkLamp_->setColour(words.colour);
     boardText_->setText(words.board);
     lastText_->setText(words.last);
+    if (linkShown_)
+        linkShown_(words);
 }
 
 void PanelWindow::closeEvent(QCloseEvent* event) {
@@ -152,8 +163,16 @@ void PanelWindow::closeEvent(QCloseEvent* event) {
 
 void PanelWindow::changeEvent(QEvent* event) {
     QMainWindow::changeEvent(event);
-    if (event->type() == QEvent::ActivationChange && isActiveWindow() && !released_)
-        (void)slot_.userActivate();
+    if (event->type() != QEvent::ActivationChange || !isActiveWindow() || released_)
+        return;
+    // Where several windows are shown in a row each is active for a moment; only the one that stays counts.
+    QMetaObject::invokeMethod(
+        this,
+        [this] {
+            if (isActiveWindow() && !released_)
+                (void)slot_.userActivate();
+        },
+        Qt::QueuedConnection);
 }
 
 void PanelWindow::showEvent(QShowEvent* event) {

@@ -27,6 +27,8 @@ class PanelWindow final : public QMainWindow {
 
     /// Shows the view's content. Called once, last.
     void setContent(QWidget* content);
+    /// The size at which nothing of the content is out of sight.
+    QSize wantedSize() const;
     /// A menu of the panel's own, before the others.
     QMenu* addPanelMenu(const QString& title);
     /// Gets the keyboard when the window is first shown.
@@ -37,6 +39,8 @@ class PanelWindow final : public QMainWindow {
     void onWrite(const QString& what, std::function<void()> action);
     void onAbort(const QString& what, std::function<void()> action);
     void addKey(const QKeySequence& key, const QString& what, std::function<void()> action);
+    /// Shows the link a second time, beside the status line; called whenever that is brought up to date.
+    void onLinkShown(std::function<void(const LinkWords&)> show) { linkShown_ = std::move(show); }
     /// Heading of this panel's page in the manual.
     void setHelpPage(const QString& heading) { helpPage_ = heading; }
     const QString& helpPage() const { return helpPage_; }
@@ -60,6 +64,7 @@ class PanelWindow final : public QMainWindow {
     ViewContext context_;
     PanelSlotBase& slot_;
     qt::PanelUi ui_;
+    QWidget* content_ = nullptr;
     QWidget* firstFocus_ = nullptr;
     QString helpPage_;
     KeyList keyList_;
@@ -68,6 +73,7 @@ class PanelWindow final : public QMainWindow {
     qt::LampWidget* linkLamp_ = nullptr;
     QLabel* boardText_ = nullptr;
     QLabel* lastText_ = nullptr;
+    std::function<void(const LinkWords&)> linkShown_;
     QTimer statusTimer_;
 };
 

@@ -27,13 +27,16 @@ void drawBox(QPainter& painter, const QRectF& box, const QPalette& palette, cons
     QFont bold = plain;
     bold.setBold(true);
     painter.setFont(bold);
-    painter.drawText(box.adjusted(0, -metrics.height() / 2, 0, -metrics.height() / 2), Qt::AlignCenter, title);
+    painter.drawText(box.adjusted(0, -metrics.height() / 2, 0, -metrics.height() / 2), Qt::AlignCenter,
+                     title);
     painter.setFont(plain);
     painter.setPen(palette.color(QPalette::PlaceholderText));
-    painter.drawText(box.adjusted(0, metrics.height() * 0.6, 0, metrics.height() * 0.6), Qt::AlignCenter, detail);
+    painter.drawText(box.adjusted(0, metrics.height() * 0.6, 0, metrics.height() * 0.6), Qt::AlignCenter,
+                     detail);
 }
 
-void drawWire(QPainter& painter, const QPointF& from, const QPointF& to, const QPalette& palette, const QString& text) {
+void drawWire(QPainter& painter, const QPointF& from, const QPointF& to, const QPalette& palette,
+              const QString& text) {
     painter.setPen(QPen(palette.color(QPalette::Highlight), 2.5));
     painter.drawLine(from, to);
     const QFontMetricsF metrics(painter.font());
@@ -44,16 +47,18 @@ void drawWire(QPainter& painter, const QPointF& from, const QPointF& to, const Q
 
 /// Computer, motherboard, part: what hangs on what.
 void drawBench(QPainter& painter, const QRectF& area, const QPalette& palette) {
-    const double width = area.width() * 0.26;
+    const double width = area.width() * 0.25;
     const double gapWidth = (area.width() - 3 * width) / 2;
     const double height = std::min(area.height() * 0.42, width * 0.8);
     const double top = area.top() + area.height() * 0.12;
-    const auto box = [&](int index) { return QRectF(area.left() + index * (width + gapWidth), top, width, height); };
+    const auto box = [&](int index) {
+        return QRectF(area.left() + index * (width + gapWidth), top, width, height);
+    };
     const double middle = top + height / 2;
     drawWire(painter, {box(0).right(), middle}, {box(1).left(), middle}, palette, "USB");
     drawWire(painter, {box(1).right(), middle}, {box(2).left(), middle}, palette, "I2C · SPI");
     drawBox(painter, box(0), palette, "Computer", "this program");
-    drawBox(painter, box(1), palette, "Motherboard", "supplies, VIN0–VIN3");
+    drawBox(painter, box(1), palette, "Motherboard", "supplies, volts");
     drawBox(painter, box(2), palette, "Daughter board", "the part");
     // The wiper comes back to the analog inputs.
     const QFontMetricsF metrics(painter.font());
@@ -64,8 +69,9 @@ void drawBench(QPainter& painter, const QRectF& area, const QPalette& palette) {
     painter.setBrush(Qt::NoBrush);
     painter.drawPolyline(back);
     painter.setPen(palette.color(QPalette::WindowText));
-    painter.drawText(QRectF(box(1).center().x(), below + 2, box(2).center().x() - box(1).center().x(), metrics.height()),
-                     Qt::AlignCenter, "wiper volts");
+    painter.drawText(
+        QRectF(box(1).center().x(), below + 2, box(2).center().x() - box(1).center().x(), metrics.height()),
+        Qt::AlignCenter, "wiper volts");
 }
 
 /// A potentiometer as a circuit diagram shows it.
@@ -87,8 +93,8 @@ void drawPotentiometer(QPainter& painter, const QRectF& area, const QPalette& pa
 QListView* deviceList(PanelUi& ui, frmStartup& p) {
     QListView* list = ui.openList(p.cboVRKSelect);
     list->setAccessibleName("Device");
-    list->setFont(textFont(1.2));
-    list->setSpacing(2);
+    list->setFont(textFont(1.25));
+    list->setSpacing(4);
     list->setItemAlignment(Qt::AlignLeft);
     const auto hideEmpty = [list] {
         for (int row = 0; row < list->model()->rowCount(); ++row) {
@@ -99,7 +105,7 @@ QListView* deviceList(PanelUi& ui, frmStartup& p) {
     QObject::connect(list->model(), &QAbstractItemModel::modelReset, list, hideEmpty);
     hideEmpty();
     const QFontMetrics metrics(list->font());
-    list->setMinimumSize(metrics.averageCharWidth() * 34, (metrics.lineSpacing() + 6) * 8);
+    list->setMinimumSize(metrics.averageCharWidth() * 34, (metrics.lineSpacing() + 9) * 7);
     return list;
 }
 
@@ -116,10 +122,12 @@ void makeStartupView(PanelWindow& window, frmStartup& p) {
     const QFontMetrics metrics = window.fontMetrics();
     auto* instruction = ui(p.Label1);
     instruction->setFont(textFont(1.35, true));
-    auto* picture = ui(p.Picture1, QSize(metrics.averageCharWidth() * 72, metrics.lineSpacing() * 13), drawBench);
+    auto* picture =
+        ui(p.Picture1, QSize(metrics.averageCharWidth() * 84, metrics.lineSpacing() * 13), drawBench);
     picture->setAccessibleName("How the hardware is connected");
     picture->setFocusPolicy(Qt::TabFocus);
-    auto* symbol = ui(p.Picture2, QSize(metrics.averageCharWidth() * 10, metrics.lineSpacing() * 4), drawPotentiometer);
+    auto* symbol =
+        ui(p.Picture2, QSize(metrics.averageCharWidth() * 10, metrics.lineSpacing() * 4), drawPotentiometer);
     symbol->setAccessibleName("Potentiometer");
     symbol->setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
 
@@ -133,13 +141,15 @@ void makeStartupView(PanelWindow& window, frmStartup& p) {
         row({ui(p.cmdShow4410), ui(p.Command1), ui(p.Command2), ui(p.cmdShowBlock), stretch}),
     }));
     others->hide();
+    others->setProperty("folded", true);
     auto* more = new QCheckBox("Further controls");
     QObject::connect(more, &QCheckBox::toggled, others, &QWidget::setVisible);
 
     window.setContent(block(column({
         row({symbol, instruction, stretch}),
         row({column({picture, stretch}), gap,
-             column({list, row({lamp, quietText("Choose with a click, or with the arrow keys and Enter"), stretch})})}),
+             column({list, row({lamp, quietText("Choose with a click, or with the arrow keys and Enter"),
+                                stretch})})}),
         row({ui(p.ChkTrace), ui(p.chkTRDetail), gap, ui(p.Command3), stretch, more}),
         others,
         stretch,

@@ -62,8 +62,9 @@ void makeTraceView(PanelWindow& window, Doco& p) {
     path->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
     path->setAccessibleName("File");
 
-    auto* options = group("Levels", column({ui(p.ChkTrace[2]), ui(p.chkTRDetail), ui(p.ChkBasIO), ui(p.ChkVerbose),
-                                            ui(p.ChkTrace[1]), ui(p.ChkTrace[0]), gap, ui(p.cndTclear), stretch}));
+    auto* options =
+        group("Levels", column({ui(p.ChkTrace[2]), ui(p.chkTRDetail), ui(p.ChkBasIO), ui(p.ChkVerbose),
+                                ui(p.ChkTrace[1]), ui(p.ChkTrace[0]), gap, ui(p.cndTclear), stretch}));
     auto* content = column({
         row({log, gap, options}),
         findBar(window, *log),

@@ -1,6 +1,7 @@
 #include "views/ViewContext.h"
 
 #include "link/modHID.h"
+#include "shell/Bench.h"
 
 namespace vrk {
 
@@ -49,8 +50,9 @@ LinkWords linkWords(const modHID& link, BoardKind kind, const QString& boardName
         words.state = kind == BoardKind::Simulated  ? "simulated"
                       : kind == BoardKind::Replayed ? "replayed"
                                                     : "attached";
-        words.board =
-            QString("%1 attached, instance %2 of %3").arg(end).arg(link.instance()).arg(link.boardCount());
+        words.board = QString("%1 attached, instance %2").arg(end).arg(link.instance());
+        if (link.boardCount() > 1)
+            words.board += QString(" of %1 boards").arg(link.boardCount());
         words.colour = Colour::LightGreen;
         break;
     case Health::Silent:
@@ -63,6 +65,23 @@ LinkWords linkWords(const modHID& link, BoardKind kind, const QString& boardName
         words.board = end + " not attached";
         words.colour = Colour::LightRed;
         break;
+    }
+    return words;
+}
+
+LinkWords linkWords(const ViewContext& context) {
+    using Health = modHID::Health;
+    const modHID& link = context.bench.link();
+    LinkWords words = linkWords(link, context.boardKind, context.boardName);
+    if (context.boardKind != BoardKind::Real || context.plugged == nullptr || !context.plugged->has_value())
+        return words;
+    const bool present = **context.plugged > 0;
+    if (!present && link.health() != Health::Unknown) {
+        words.state = "gone";
+        words.board = "Board unplugged";
+        words.colour = Colour::LightRed;
+    } else if (present && link.health() == Health::Gone) {
+        words.board = "Board plugged in: choose Reconnect in the Board menu";
     }
     return words;
 }

@@ -4,6 +4,9 @@
 
 #include <QString>
 
+#include <memory>
+#include <optional>
+
 namespace vrk {
 
 class Bench;
@@ -17,6 +20,8 @@ struct ViewContext {
     Bench& bench;
     BoardKind boardKind = BoardKind::Real;
     QString boardName; ///< the simulated part or the replayed file; empty for a real board
+    /// Boards that the system says are plugged in; empty where it says nothing.
+    std::shared_ptr<const std::optional<int>> plugged{};
 };
 
 /// The link in words for a band and a status line.
@@ -27,5 +32,7 @@ struct LinkWords {
     Colour colour = Colour::Black;
 };
 LinkWords linkWords(const modHID& link, BoardKind kind, const QString& boardName);
+/// The same, and what the system says of plugs: the link itself notices at its next exchange only.
+LinkWords linkWords(const ViewContext& context);
 
 } // namespace vrk

@@ -15,6 +15,8 @@ void fill(PanelWindow& window, Panel& panel) {
         makeStartupView(window, *startup);
     else if (auto* trace = dynamic_cast<Doco*>(&panel))
         makeTraceView(window, *trace);
+    else if (auto* products = dynamic_cast<ProductExec*>(&panel))
+        makeProductView(window, *products);
     else if (auto* i2c = dynamic_cast<frmVRK_User1*>(&panel))
         makeI2cPanelView(window, *i2c);
     else if (auto* console = dynamic_cast<frmMainF340*>(&panel))
@@ -67,7 +69,8 @@ void WindowManager::hear(PanelSlotBase& slot, SlotEvent event) {
         make(slot).show();
         break;
     case SlotEvent::Activated:
-        if (auto* shown = window(slot.name())) {
+        // Asking again for what the user has just done would start two windows on a game of catch.
+        if (auto* shown = window(slot.name()); shown != nullptr && !shown->isActiveWindow()) {
             shown->raise();
             shown->activateWindow();
         }

@@ -37,8 +37,8 @@ void drawMark(QPainter& painter, int channel, const QPointF& at, double size) {
         painter.drawRect(QRectF(at.x() - size, at.y() - size, 2 * size, 2 * size));
         break;
     case 2:
-        painter.drawPolygon(QPolygonF({at + QPointF(0, -size * 1.3), at + QPointF(size * 1.2, size),
-                                       at + QPointF(-size * 1.2, size)}));
+        painter.drawPolygon(QPolygonF(
+            {at + QPointF(0, -size * 1.3), at + QPointF(size * 1.2, size), at + QPointF(-size * 1.2, size)}));
         break;
     default:
         painter.drawPolygon(QPolygonF({at + QPointF(0, -size * 1.3), at + QPointF(size * 1.3, 0),
@@ -109,7 +109,8 @@ void WiperPlot::paintEvent(QPaintEvent*) {
     const QRectF area = QRectF(rect()).adjusted(metrics.horizontalAdvance("00.0 V") + 2 * kUnit,
                                                 metrics.height() * 2, -3.0 * kUnit, -metrics.height() * 3.0);
     const auto place = [&](double position, double volts) {
-        return QPointF(area.left() + area.width() * position / maximum_, area.bottom() - area.height() * volts / high);
+        return QPointF(area.left() + area.width() * position / maximum_,
+                       area.bottom() - area.height() * volts / high);
     };
 
     const QColor ink = palette().color(QPalette::Text);
@@ -121,8 +122,9 @@ void WiperPlot::paintEvent(QPaintEvent*) {
         painter.setPen(faint);
         painter.drawLine(place(0, volts), place(maximum_, volts));
         painter.setPen(quiet);
-        painter.drawText(QRectF(0, place(0, volts).y() - metrics.height() / 2.0, area.left() - kUnit, metrics.height()),
-                         Qt::AlignRight | Qt::AlignVCenter, QString::number(volts, 'f', voltStep < 0.5 ? 2 : 1));
+        painter.drawText(
+            QRectF(0, place(0, volts).y() - metrics.height() / 2.0, area.left() - kUnit, metrics.height()),
+            Qt::AlignRight | Qt::AlignVCenter, QString::number(volts, 'f', voltStep < 0.5 ? 2 : 1));
     }
     for (int eighth = 0; eighth <= 8; ++eighth) {
         const double position = maximum_ * eighth / 8.0;
@@ -133,9 +135,11 @@ void WiperPlot::paintEvent(QPaintEvent*) {
         painter.drawText(QRectF(x - 40, area.bottom() + kUnit / 2.0, 80, metrics.height()), Qt::AlignCenter,
                          QString::number(std::lround(position)));
     }
-    painter.drawText(QRectF(area.left(), area.bottom() + metrics.height() * 1.5, area.width(), metrics.height()),
-                     Qt::AlignCenter, "Position");
-    painter.drawText(QRectF(kUnit, kUnit / 2.0, area.width(), metrics.height()), Qt::AlignLeft, "Wiper volts, V");
+    painter.drawText(
+        QRectF(area.left(), area.bottom() + metrics.height() * 1.5, area.width(), metrics.height()),
+        Qt::AlignCenter, "Position");
+    painter.drawText(QRectF(kUnit, kUnit / 2.0, area.width(), metrics.height()), Qt::AlignLeft,
+                     "Wiper volts, V");
 
     double legend = area.right();
     for (int channel = kChannels - 1; channel >= 0; --channel) {
@@ -185,7 +189,8 @@ WiperPlotWindow::WiperPlotWindow(PanelWindow& owner, WiperPanel& panel)
     }));
     // Another part or another number of taps: what was read no longer belongs together.
     owner.ui().watch(panel.lblProduct, [this] { plot_->clear(); });
-    owner.ui().watch(panel.Slider1[0], [this, slider = &panel.Slider1[0]] { plot_->setPositions(slider->maximum()); });
+    owner.ui().watch(panel.Slider1[0],
+                     [this, slider = &panel.Slider1[0]] { plot_->setPositions(slider->maximum()); });
 }
 
 void WiperPlotWindow::open() {
@@ -194,7 +199,9 @@ void WiperPlotWindow::open() {
     activateWindow();
 }
 
-void WiperPlotWindow::copy() const { QApplication::clipboard()->setPixmap(plot_->grab()); }
+void WiperPlotWindow::copy() const {
+    QApplication::clipboard()->setPixmap(plot_->grab());
+}
 
 bool WiperPlotWindow::save(const QString& path) const {
     QSaveFile file(path);

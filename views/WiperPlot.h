@@ -48,7 +48,8 @@ class WiperPlotWindow final : public QMainWindow {
     WiperPlotWindow(PanelWindow& owner, WiperPanel& panel);
     WiperPlot& plot() const { return *plot_; }
     void open();
-    /// As a picture (.png) or as numbers (.csv), by the name's ending. \return false if the file could not be written.
+    /// As a picture (.png) or as numbers (.csv), by the name's ending. \return false if the file could not be
+    /// written.
     bool save(const QString& path) const;
 
   private:

@@ -67,14 +67,15 @@ WiperStrip::WiperStrip(PanelWindow& window, WiperPanel& panel, int channel) {
     for (QLabel* value :
          {static_cast<QLabel*>(position), static_cast<QLabel*>(hex), static_cast<QLabel*>(volts)})
         value->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+    auto* bar = ui(panel.ProgressBar1[channel]);
+    bar->setAccessibleName("Position read as a bar, channel " + number);
     auto* source = ui(panel.lblChanRcvr[channel]);
     makeQuiet(*source);
     auto* readBlock =
         keepsPlace(ui.frame(panel.SSFrame4[channel], {},
-                            tightColumn({row({quietText("Read"), source, stretch}), right(position),
+                            tightColumn({row({quietText("Read from"), source, stretch}), right(position),
                                          right(block(tightRow({hex, quietText("hex")}))),
-                                         right(block(tightRow({volts, quietText("V")}))), gap,
-                                         ui(panel.ProgressBar1[channel])})));
+                                         right(block(tightRow({volts, quietText("V")}))), gap, bar})));
 
     auto* target = ui(panel.lblChanSend[channel]);
     makeQuiet(*target);
@@ -91,7 +92,7 @@ WiperStrip::WiperStrip(PanelWindow& window, WiperPanel& panel, int channel) {
     auto* writeBlock = keepsPlace(ui.frame(
         panel.SSFrame3[channel], {},
         column(
-            {row({quietText("Set"), target, stretch}), slider,
+            {row({quietText("Write to"), target, stretch}), slider,
              tightRow({withoutMnemonic(caption("Dec", decimal)), decimal, stretch,
                        withoutMnemonic(caption("Hex", entry_)), entry_}),
              tightRow({narrow(ui(panel.CMDxMIT[channel])),

@@ -2,7 +2,6 @@
 
 #include "panels/DevicePanel.h"
 #include "platform/qt/theme.h"
-#include "shell/Bench.h"
 #include "views/PanelWindow.h"
 
 #include <QCheckBox>
@@ -65,21 +64,18 @@ QWidget* makeBand(PanelWindow& window, DevicePanel& panel, QLabel* part,
     auto* linkLamp = new LampWidget;
     auto* linkText = steadyLabel("not opened", 1.2);
     linkText->setObjectName("band.link");
-    const ViewContext context = window.context();
-    const auto showLink = [linkLamp, linkText, context] {
-        const LinkWords words = linkWords(context.bench.link(), context.boardKind, context.boardName);
-        linkLamp->setColour(words.colour);
+    window.onLinkShown([linkLamp, linkText](const LinkWords& words) {
+        if (linkLamp->colour() != words.colour)
+            linkLamp->setColour(words.colour);
         linkText->setText(words.state);
-    };
-    showLink();
-    ui.keep(panel.link().observe(showLink));
+    });
 
     auto* band = new QFrame;
     band->setObjectName("band");
     band->setAutoFillBackground(true);
     band->setBackgroundRole(QPalette::AlternateBase);
-    auto* content = row({part, gap, bus, stretch, supplyWords(ui, "VCC", panel.ShpVCCon, volts), gap,
-                         gap, supplyWords(ui, "V−", panel.ShVM, nullptr), gap, gap,
+    auto* content = row({part, gap, bus, stretch, supplyWords(ui, "VCC", panel.ShpVCCon, volts), gap, gap,
+                         supplyWords(ui, "V−", panel.ShVM, nullptr), gap, gap,
                          tightRow({quietText("Link"), linkLamp, linkText})});
     content->setContentsMargins(kUnit, kUnit, kUnit, kUnit);
     band->setLayout(content);

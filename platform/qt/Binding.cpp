@@ -57,9 +57,31 @@ void Binding::changed(Aspect aspect) {
     if (aspect == Aspect::Enabled)
         showEnabled(control_->responsive());
     else if (aspect == Aspect::Visible)
-        showVisible(control_->reachable());
+        showVisible(shownByItself());
     else
         showAspect(aspect);
+}
+
+void Binding::placed() {
+    changed(Aspect::Visible);
+}
+
+bool Binding::shownByItself() const {
+    if (!control_->visible())
+        return false;
+    // A group's widget hides what stands in it, and keeps its place only if what stands in it does not hide
+    // as well.
+    for (const Frame* frame = control_->container(); frame != nullptr; frame = frame->container()) {
+        if (frame->visible())
+            continue;
+        const QString name = QString::fromStdString(frame->path());
+        const QObject* around = target_.parent();
+        while (around != nullptr && around->objectName() != name)
+            around = around->parent();
+        if (around == nullptr)
+            return false;
+    }
+    return true;
 }
 
 void Binding::release() {
@@ -126,6 +148,8 @@ void WidgetBinding::showVisible(bool visible) {
 }
 
 bool WidgetBinding::eventFilter(QObject* watched, QEvent* event) {
+    if (event->type() == QEvent::FocusOut && lag_.isActive() && !wanted_)
+        lag_.start(kCalmMs); // nothing keeps its looks any more
     if (control() != nullptr && (event->type() == QEvent::FocusIn || event->type() == QEvent::FocusOut)) {
         const auto* focus = static_cast<QFocusEvent*>(event);
         if (!isPassingFocusChange(focus->reason())) {

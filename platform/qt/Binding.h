@@ -30,6 +30,8 @@ class Binding : public QObject {
     QObject& target() const { return target_; }
     /// The control is going: the widget stays as it is and does nothing any more.
     void release();
+    /// The widget has been put into its window.
+    void placed();
 
   protected:
     /// Shows every aspect for the first time; the last thing that a binding's constructor does.
@@ -44,6 +46,7 @@ class Binding : public QObject {
 
   private:
     void changed(Aspect aspect);
+    bool shownByItself() const;
 
     Control* control_;
     QObject& target_;

@@ -60,12 +60,15 @@ QListView* PanelUi::operator()(ListBox& control, int rows, int characters) {
     list->setFixedHeight(metrics.lineSpacing() * rows + 2 * list->frameWidth() + 2);
     list->setMinimumWidth(metrics.horizontalAdvance('0') * (characters + 2) + 2 * list->frameWidth() +
                           list->verticalScrollBar()->sizeHint().width());
+    list->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
     list->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     list->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOn);
     return tie(control, list);
 }
 
-QListView* PanelUi::openList(ComboBox& control) { return tie(control, new QListView); }
+QListView* PanelUi::openList(ComboBox& control) {
+    return tie(control, new QListView);
+}
 
 ThumbSlider* PanelUi::operator()(Slider& control) {
     return tie(control, new ThumbSlider(Qt::Horizontal));
@@ -143,6 +146,11 @@ Binding* PanelUi::find(const Control& control) const {
     const auto found = std::find_if(bindings_.begin(), bindings_.end(),
                                     [&](const Binding* binding) { return binding->control() == &control; });
     return found == bindings_.end() ? nullptr : *found;
+}
+
+void PanelUi::placed() {
+    for (Binding* binding : bindings_)
+        binding->placed();
 }
 
 void PanelUi::release() {

@@ -66,6 +66,8 @@ class PanelUi {
     /// nullptr if the view does not show the control.
     Binding* find(const Control& control) const;
 
+    /// Every widget stands in its window now.
+    void placed();
     /// The panel is going: every widget stays as it is and does nothing any more.
     void release();
 

@@ -22,6 +22,7 @@ QtHost::QtHost(EventLoop& events) : events_(events) {
     connect(&due_, &QTimer::timeout, this, [this] { runDue(); });
     events_.setQueueChanged([this] { arm(); });
     events_.setHostPump([] { QCoreApplication::processEvents(); });
+    events_.setHostWait([this](std::optional<Milliseconds> wait) { waitForHost(wait); });
     // A nested loop of Qt's own may swallow a quit that was asked for once, so the flag is looked at before
     // every sleep.
     if (auto* dispatcher = QAbstractEventDispatcher::instance())
@@ -35,6 +36,7 @@ QtHost::QtHost(EventLoop& events) : events_(events) {
 QtHost::~QtHost() {
     events_.setQueueChanged({});
     events_.setHostPump({});
+    events_.setHostWait({});
 }
 
 int QtHost::run() {
@@ -52,6 +54,14 @@ void QtHost::arm() {
     const auto longest = Milliseconds{std::numeric_limits<int>::max()};
     const int milliseconds = static_cast<int>(std::min(*wait, longest).count());
     due_.start(events_.held() ? std::max(milliseconds, kHeldRetryMs) : milliseconds);
+}
+
+void QtHost::waitForHost(std::optional<Milliseconds> wait) {
+    // A timer of its own: the due timer does not fire again while its own slot is on the stack.
+    QTimer wake;
+    if (wait)
+        wake.start(std::max(1, static_cast<int>(std::min(*wait, Milliseconds{1000}).count())));
+    QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
 }
 
 void QtHost::runDue() {

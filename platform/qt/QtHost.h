@@ -6,6 +6,7 @@
 #include <QTimer>
 
 #include <functional>
+#include <optional>
 
 namespace vrk::qt {
 
@@ -35,6 +36,7 @@ class QtHost final : public QObject {
   private:
     void arm();
     void runDue();
+    void waitForHost(std::optional<Milliseconds> wait);
 
     EventLoop& events_;
     QTimer due_;

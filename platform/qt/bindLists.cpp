@@ -94,7 +94,8 @@ class RowsModel final : public QAbstractListModel {
             return {};
         if (role == Qt::DisplayRole)
             return rowText(*control_, index.row());
-        if (role == Qt::TextAlignmentRole)
+        // Numbers stand in the middle of their narrow list, words at the left.
+        if (role == Qt::TextAlignmentRole && control_->kind() == Control::Kind::ListBox)
             return static_cast<int>(Qt::AlignCenter);
         return {};
     }
@@ -119,17 +120,17 @@ class ListBinding final : public TypedBinding<Rows, QListView> {
     using Base::view;
 
   public:
-    ListBinding(Rows& model, QListView& view)
-        : Base(model, view),
-          rows_(new RowsModel(model, &view)),
-          rebuild_(this, [this] { showRows(); }) {
-        view.setModel(rows_);
-        view.setUniformItemSizes(true);
-        view.setEditTriggers(QAbstractItemView::NoEditTriggers);
-        view.setSelectionMode(QAbstractItemView::SingleSelection);
-        QObject::connect(&view, &QListView::clicked, this, [this](const QModelIndex& index) { pick(index.row()); });
+    ListBinding(Rows& control, QListView& list)
+        : Base(control, list), rows_(new RowsModel(control, &list)), rebuild_(this, [this] { showRows(); }) {
+        list.setModel(rows_);
+        list.setUniformItemSizes(true);
+        list.setEditTriggers(QAbstractItemView::NoEditTriggers);
+        list.setSelectionMode(QAbstractItemView::SingleSelection);
+        QObject::connect(&list, &QListView::clicked, this,
+                         [this](const QModelIndex& index) { pick(index.row()); });
         // Only what the user does to the bar; a row that the program brings into sight moves it too.
-        QObject::connect(view.verticalScrollBar(), &QScrollBar::actionTriggered, this, [this] { scrolled(); });
+        QObject::connect(list.verticalScrollBar(), &QScrollBar::actionTriggered, this,
+                         [this] { scrolled(); });
         this->start();
         rebuild_.flush();
     }
@@ -283,10 +284,13 @@ class GridBinding final : public TypedBinding<Grid, QTableView> {
     void showCells() {
         if (model() == nullptr)
             return;
-        if (std::exchange(sized_, true))
+        if (std::exchange(sized_, true)) {
             cells_->cellsChanged();
-        else
-            cells_->rebuild();
+            return;
+        }
+        cells_->rebuild();
+        if (model()->row() > 0) // a new table forgets its mark
+            view().selectRow(model()->row() - 1);
     }
 
     CellsModel* cells_;
@@ -317,8 +321,11 @@ class LogBinding final : public TypedBinding<TextLog, LogView> {
 Binding* bind(ComboBox& control, ComboWidget& widget) {
     return new ComboBinding(control, widget);
 }
+Binding* bind(ComboBox& control, QListView& widget) {
+    return new ListBinding<ComboBox>(control, widget);
+}
 Binding* bind(ListBox& control, QListView& widget) {
-    return new ListBinding(control, widget);
+    return new ListBinding<ListBox>(control, widget);
 }
 Binding* bind(Grid& control, QTableView& widget) {
     return new GridBinding(control, widget);

@@ -103,7 +103,7 @@ class LabelBinding final : public TypedBinding<Label, QLabel> {
   protected:
     void showAspect(Aspect aspect) override {
         if (aspect == Aspect::Caption)
-            view().setText(captionText(*model()).trimmed());
+            view().setText(withMnemonic(captionText(*model()).trimmed(), view()));
         else
             TypedBinding::showAspect(aspect); // its text is its name to a screen reader already
     }

@@ -2,15 +2,18 @@
 
 #include <QApplication>
 #include <QFontDatabase>
+#include <QPainter>
 #include <QProxyStyle>
 #include <QStyleFactory>
+#include <QStyleOption>
 #include <QWidget>
 
 namespace vrk::qt {
 
 namespace {
 
-/// Fusion, but a click in a slider's groove brings the thumb there instead of paging towards it.
+/// Fusion, with two differences: a click in a slider's groove brings the thumb there instead of paging
+/// towards it, and boxes are drawn from palette roles, since Fusion's own outlines vanish on dark windows.
 class BenchStyle final : public QProxyStyle {
   public:
     BenchStyle() : QProxyStyle(QStyleFactory::create("Fusion")) {}
@@ -19,6 +22,60 @@ class BenchStyle final : public QProxyStyle {
         if (hint == SH_Slider_AbsoluteSetButtons)
             return Qt::LeftButton;
         return QProxyStyle::styleHint(hint, option, widget, data);
+    }
+    void drawPrimitive(PrimitiveElement element, const QStyleOption* option, QPainter* painter,
+                       const QWidget* widget) const override {
+        if (element == PE_IndicatorCheckBox)
+            drawBox(*option, *painter);
+        else if (element == PE_IndicatorRadioButton)
+            drawRound(*option, *painter);
+        else
+            QProxyStyle::drawPrimitive(element, option, painter, widget);
+    }
+
+  private:
+    static void prepare(const QStyleOption& option, QPainter& painter, bool filled) {
+        const bool enabled = option.state.testFlag(State_Enabled);
+        const QPalette& palette = option.palette;
+        const QColor fill = palette.color(filled ? QPalette::Highlight : QPalette::Base);
+        const QColor edge = filled    ? fill
+                            : enabled ? palette.color(QPalette::PlaceholderText)
+                                      : palette.color(QPalette::Mid);
+        painter.setRenderHint(QPainter::Antialiasing);
+        painter.setPen(QPen(edge, 1.2));
+        painter.setBrush(fill);
+    }
+    static void drawBox(const QStyleOption& option, QPainter& painter) {
+        const bool on = option.state.testFlag(State_On);
+        painter.save();
+        prepare(option, painter, on);
+        const QRectF box = QRectF(option.rect).adjusted(1.0, 1.0, -1.0, -1.0);
+        painter.drawRoundedRect(box, 2.5, 2.5);
+        if (on) {
+            QPen pen(option.palette.color(QPalette::HighlightedText), box.width() / 7);
+            pen.setCapStyle(Qt::RoundCap);
+            pen.setJoinStyle(Qt::RoundJoin);
+            painter.setPen(pen);
+            painter.setBrush(Qt::NoBrush);
+            const QPolygonF tick{box.topLeft() + QPointF(0.22 * box.width(), 0.54 * box.height()),
+                                 box.topLeft() + QPointF(0.43 * box.width(), 0.74 * box.height()),
+                                 box.topLeft() + QPointF(0.79 * box.width(), 0.28 * box.height())};
+            painter.drawPolyline(tick);
+        }
+        painter.restore();
+    }
+    static void drawRound(const QStyleOption& option, QPainter& painter) {
+        const bool on = option.state.testFlag(State_On);
+        painter.save();
+        prepare(option, painter, on);
+        const QRectF box = QRectF(option.rect).adjusted(1.0, 1.0, -1.0, -1.0);
+        painter.drawEllipse(box);
+        if (on) {
+            painter.setPen(Qt::NoPen);
+            painter.setBrush(option.palette.color(QPalette::HighlightedText));
+            painter.drawEllipse(box.center(), box.width() * 0.19, box.width() * 0.19);
+        }
+        painter.restore();
     }
 };
 

@@ -1,0 +1,43 @@
+#pragma once
+
+#include "platform/hid/WireRecorder.h"
+#include "platform/qt/QtDialogs.h"
+#include "platform/qt/QtHost.h"
+#include "shell/Bench.h"
+#include "sim/SimulatedBus.h"
+#include "views/PanelWindow.h"
+#include "views/WindowManager.h"
+
+#include <QApplication>
+#include <QWidget>
+
+#include <filesystem>
+
+namespace vrk {
+
+/// A bench with windows on a simulated board. Its clock jumps, so that no wait takes real time.
+struct WindowBench {
+    explicit WindowBench(const std::filesystem::path& folder, const char* part = "KV4074")
+        : bench({.events = events,
+                 .dialogs = dialogs,
+                 .clipboard = clipboard,
+                 .host = recorder,
+                 .programFolder = folder,
+                 .workingFolder = folder}),
+          windows({bench, BoardKind::Simulated, part, nullptr}) {
+        bus.socket(part);
+        (void)bench.start();
+    }
+
+    VirtualClock clock;
+    EventLoop events{clock};
+    qt::QtHost host{events};
+    qt::QtDialogs dialogs{events};
+    qt::QtClipboard clipboard;
+    sim::SimulatedBus bus{clock};
+    hid::WireRecorder recorder{bus, clock, report::kVendorId, report::kProductId};
+    Bench bench;
+    WindowManager windows;
+};
+
+} // namespace vrk

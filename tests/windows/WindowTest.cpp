@@ -1,0 +1,153 @@
+#include "tests/windows/WindowTest.h"
+
+#include "platform/qt/theme.h"
+
+#include <QAbstractButton>
+#include <QCheckBox>
+#include <QFileDialog>
+#include <QListView>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QRadioButton>
+
+#include <cstdlib>
+
+namespace vrk {
+
+BoxWatcher::BoxWatcher() {
+    connect(&timer_, &QTimer::timeout, this, [this] { look(); });
+    timer_.start(5);
+}
+
+void BoxWatcher::expect(const std::string& text, const std::string& button, std::function<void()> before) {
+    expected_.push_back({text, button, std::move(before), false});
+}
+
+void BoxWatcher::expectFile(const std::string& path) {
+    expected_.push_back({path, {}, {}, true});
+}
+
+void BoxWatcher::look() {
+    auto* dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
+    if (dialog == nullptr || !dialog->isVisible() || dialog == answered_)
+        return;
+    answered_ = dialog;
+    connect(dialog, &QObject::destroyed, this, [this] { answered_ = nullptr; });
+    if (qobject_cast<QFileDialog*>(dialog) != nullptr)
+        answerFile(*dialog);
+    else
+        answer(*dialog);
+}
+
+void BoxWatcher::answer(QDialog& dialog) {
+    auto* box = qobject_cast<QMessageBox*>(&dialog);
+    const std::string text = box != nullptr ? box->text().toStdString() : dialog.windowTitle().toStdString();
+    if (box == nullptr || expected_.empty() || expected_.front().file) {
+        if (!all_)
+            ADD_FAILURE() << "a box that the test did not expect: " << text;
+        // Cancel in a link dialog would end the program.
+        auto* retry = dialog.findChild<QPushButton*>("Retry");
+        if (all_ && retry != nullptr)
+            retry->click();
+        else
+            dialog.reject();
+        return;
+    }
+    const Expected expected = expected_.front();
+    expected_.pop_front();
+    EXPECT_NE(text.find(expected.text), std::string::npos) << text;
+    if (expected.before)
+        expected.before();
+    if (auto* button = box->findChild<QPushButton*>(QString::fromStdString(expected.button))) {
+        QTest::mouseClick(button, Qt::LeftButton);
+    } else {
+        ADD_FAILURE() << "no button " << expected.button << " in: " << text;
+        dialog.reject();
+    }
+}
+
+void BoxWatcher::answerFile(QDialog& dialog) {
+    if (expected_.empty() || !expected_.front().file) {
+        if (!all_)
+            ADD_FAILURE() << "a file dialog that the test did not expect: "
+                          << dialog.windowTitle().toStdString();
+        dialog.reject();
+        return;
+    }
+    auto& files = static_cast<QFileDialog&>(dialog);
+    auto* name = files.findChild<QLineEdit*>("fileNameEdit");
+    name->setText(QString::fromStdString(expected_.front().text));
+    expected_.pop_front();
+    QTest::keyClick(name, Qt::Key_Return);
+}
+
+void BoxWatcher::verify() {
+    for (const Expected& missing : expected_)
+        ADD_FAILURE() << "a box that did not come: " << missing.text;
+}
+
+void WindowTest::TearDown() {
+    boxes.verify();
+}
+
+PanelWindow& WindowTest::window(const char* panel) {
+    PanelWindow* found = w.windows.window(panel);
+    if (found == nullptr)
+        throw std::runtime_error(std::string("no window of ") + panel);
+    return *found;
+}
+
+QWidget& WindowTest::widget(const char* panel, const std::string& path) {
+    auto* found = window(panel).findChild<QWidget*>(QString::fromStdString(path));
+    if (found == nullptr)
+        throw std::runtime_error("no widget " + path);
+    return *found;
+}
+
+void clickOn(QWidget& widget) {
+    const bool indicator =
+        dynamic_cast<QCheckBox*>(&widget) != nullptr || dynamic_cast<QRadioButton*>(&widget) != nullptr;
+    const QPoint middle = widget.rect().center();
+    QTest::mouseClick(&widget, Qt::LeftButton, {}, indicator ? QPoint(8, middle.y()) : middle);
+}
+
+void WindowTest::click(const char* panel, const std::string& path) {
+    clickOn(widget(panel, path));
+}
+
+void WindowTest::bringToFront(const char* panel) {
+    window(panel).activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&window(panel)));
+    QTest::qWait(1); // the panel hears of it
+}
+
+void WindowTest::openI2c(bool vccOn) {
+    bringToFront("frmStartup");
+    auto& list = widget<QListView>("frmStartup", "cboVRKSelect");
+    QTest::mouseClick(list.viewport(), Qt::LeftButton, {},
+                      list.visualRect(list.model()->index(frmStartup::kI2C, 0)).center());
+    ASSERT_TRUE(window("frmVRK_User1").isVisible());
+    ASSERT_FALSE(window("frmStartup").isVisible());
+    if (vccOn)
+        click("frmVRK_User1", "OptVCC(0)");
+}
+
+void WindowTest::enter(const char* panel, const std::string& path, const char* text) {
+    QWidget& box = widget(panel, path);
+    QTest::mouseClick(&box, Qt::LeftButton);
+    QTest::keyClick(&box, Qt::Key_A, Qt::ControlModifier);
+    QTest::keyClicks(&box, text);
+    QTest::keyClick(&box, Qt::Key_Return);
+}
+
+} // namespace vrk
+
+int main(int argc, char** argv) {
+    setenv("QT_QPA_PLATFORM", "offscreen", 0);
+    QApplication application(argc, argv);
+    QApplication::setApplicationDisplayName("VRK Bench");
+    QApplication::setQuitOnLastWindowClosed(false);
+    vrk::qt::applyTheme(application, vrk::qt::Shade::Light);
+    ::testing::InitGoogleTest(&argc, argv);
+    return RUN_ALL_TESTS();
+}

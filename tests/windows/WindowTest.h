@@ -1,0 +1,76 @@
+#pragma once
+
+#include "tests/support/TestBench.h"
+#include "tests/windows/WindowBench.h"
+
+#include <QTest>
+#include <QTimer>
+
+#include <deque>
+#include <functional>
+#include <gtest/gtest.h>
+#include <string>
+
+class QDialog;
+
+namespace vrk {
+
+/// Answers message boxes and file dialogs with the mouse. A box that nobody expected fails the test and gets
+/// the answer that changes least; one that was expected and did not come fails it too.
+class BoxWatcher : public QObject {
+  public:
+    BoxWatcher();
+    /// \param button its name, "Retry". \param before runs while the box stands.
+    void expect(const std::string& text, const std::string& button, std::function<void()> before = {});
+    void expectFile(const std::string& path);
+    /// Any box is all right, for tests that touch everything.
+    void allowAll() { all_ = true; }
+    void verify();
+
+  private:
+    struct Expected {
+        std::string text;
+        std::string button;
+        std::function<void()> before;
+        bool file = false;
+    };
+    void look();
+    void answer(QDialog& box);
+    void answerFile(QDialog& dialog);
+
+    std::deque<Expected> expected_;
+    QDialog* answered_ = nullptr;
+    bool all_ = false;
+    QTimer timer_;
+};
+
+/// A bench with windows, worked with mouse and keys alone.
+class WindowTest : public ::testing::Test {
+  protected:
+    explicit WindowTest(const char* part = "KV4071") : w(folder.path(), part) {}
+    void TearDown() override;
+
+    TemporaryFolder folder;
+    BoxWatcher boxes;
+    WindowBench w;
+    Bench& bench = w.bench;
+
+    PanelWindow& window(const char* panel);
+    /// The widget of a control by its path. Fails the test if there is none.
+    QWidget& widget(const char* panel, const std::string& path);
+    template <class W>
+    W& widget(const char* panel, const std::string& path) {
+        return dynamic_cast<W&>(widget(panel, path));
+    }
+    void click(const char* panel, const std::string& path);
+    void bringToFront(const char* panel);
+    void openI2c(bool vccOn = true);
+    /// Replaces the text of a box and commits it, key by key.
+    void enter(const char* panel, const std::string& path, const char* text);
+    static void settle() { QTest::qWait(260); } ///< longer than the lag of the enabled states
+};
+
+/// Clicks where the indicator of a box or the middle of a button is.
+void clickOn(QWidget& widget);
+
+} // namespace vrk

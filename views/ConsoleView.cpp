@@ -1,0 +1,223 @@
+#include "link/frmMainF340.h"
+#include "platform/qt/theme.h"
+#include "shell/Bench.h"
+#include "views/ConsolePages.h"
+#include "views/PanelWindow.h"
+#include "views/consoleWords.h"
+#include "views/panelViews.h"
+
+#include <QCheckBox>
+#include <QFontMetrics>
+#include <QLabel>
+#include <QListView>
+#include <QMenu>
+#include <QPainter>
+#include <QPushButton>
+#include <QStackedWidget>
+#include <QStyledItemDelegate>
+
+namespace vrk {
+
+using namespace qt;
+
+namespace {
+
+/// Tabs, in the order of the panel's page list.
+enum Page : int { kBoard, kI2c, kSpi, kGpio, kSfr, kAdc, kPages };
+
+/// Draws the rows of a list as tabs: the one in front underlined.
+class TabDelegate final : public QStyledItemDelegate {
+  public:
+    using QStyledItemDelegate::QStyledItemDelegate;
+
+    QSize sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const override {
+        const QFontMetrics metrics(textFont(1.0, true));
+        return {metrics.horizontalAdvance(index.data().toString()) + 4 * kUnit,
+                option.fontMetrics.height() + 2 * kUnit};
+    }
+
+    void paint(QPainter* painter, const QStyleOptionViewItem& option,
+               const QModelIndex& index) const override {
+        const bool front = (option.state & QStyle::State_Selected) != 0;
+        const bool hovered = (option.state & QStyle::State_MouseOver) != 0;
+        painter->save();
+        painter->setFont(textFont(1.0, front));
+        painter->setPen(
+            option.palette.color(front || hovered ? QPalette::WindowText : QPalette::PlaceholderText));
+        painter->drawText(option.rect, Qt::AlignCenter, index.data().toString());
+        constexpr int kThick = 3;
+        const QRect line(option.rect.left(), option.rect.bottom() - kThick + 1, option.rect.width(), kThick);
+        if (front)
+            painter->fillRect(line, option.palette.color(QPalette::Active, QPalette::Highlight));
+        if (front && (option.state & QStyle::State_HasFocus) != 0) {
+            painter->setPen(option.palette.color(QPalette::Active, QPalette::Highlight));
+            painter->drawRect(option.rect.adjusted(0, 0, -1, -kThick));
+        }
+        painter->restore();
+    }
+};
+
+/// The page list as tabs. Its arrow keys change the page at once.
+QListView* tabStrip(PanelUi& ui, ComboBox& pages) {
+    QListView* strip = ui.openList(pages);
+    strip->setItemDelegate(new TabDelegate(strip));
+    strip->setFlow(QListView::LeftToRight);
+    strip->setFrameShape(QFrame::NoFrame);
+    strip->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    strip->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    strip->setUniformItemSizes(false);
+    strip->setMouseTracking(true);
+    strip->viewport()->setAutoFillBackground(false);
+    strip->setFixedHeight(strip->fontMetrics().height() + 2 * kUnit);
+    int width = 0;
+    for (int at = 0; at < strip->model()->rowCount(); ++at)
+        width += strip->sizeHintForIndex(strip->model()->index(at, 0)).width();
+    strip->setFixedWidth(width);
+    QObject::connect(strip->selectionModel(), &QItemSelectionModel::currentChanged, strip,
+                     [strip, tied = ui.find(pages)](const QModelIndex& index) {
+                         auto* list = static_cast<ComboBox*>(tied->control());
+                         if (list == nullptr || !index.isValid() || index.row() == list->listIndex())
+                             return;
+                         (void)list->userSelect(index.row());
+                         if (tied->control() != nullptr && index.row() != list->listIndex())
+                             strip->setCurrentIndex(strip->model()->index(list->listIndex(), 0));
+                     });
+    return strip;
+}
+
+/// The byte table belongs to two pages: it stands still under both of them.
+QWidget* busPages(PanelWindow& window, frmMainF340& p) {
+    auto* upper = new QStackedWidget;
+    upper->addWidget(makeI2cPage(window, p));
+    upper->addWidget(makeSpiPage(window, p));
+    for (const int page : {0, 1})
+        upper->widget(page)->raise(); // the stack has turned their order round
+    upper->setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Maximum);
+    window.ui().watch(p.SSTab1,
+                      [upper, &p] { upper->setCurrentIndex(p.SSTab1.listIndex() == kSpi ? 1 : 0); });
+    return block(column({upper, gap, separator(Qt::Horizontal), gap, makeByteTable(window, p), stretch}));
+}
+
+void addKeys(PanelWindow& window, frmMainF340& p) {
+    PanelUi& ui = window.ui();
+    window.onRead("Read: the page in front decides what", [&ui, &p] {
+        switch (p.SSTab1.listIndex()) {
+        case kBoard:
+            return press(ui, p.cmdFirmwareVersion);
+        case kI2c:
+            return press(ui, p.cmdRead);
+        case kGpio:
+            return press(ui, p.cmdSampleGP);
+        case kSfr:
+            return press(ui, p.cmdReadSKF);
+        case kAdc:
+            return press(ui, p.cmdADCRDData);
+        default:
+            break;
+        }
+    });
+    window.onWrite("Write: the page in front decides what", [&ui, &p] {
+        switch (p.SSTab1.listIndex()) {
+        case kI2c:
+            return press(ui, p.cmdWrite);
+        case kSpi:
+            return press(ui, p.cmdSPIWrite);
+        case kGpio:
+            return press(ui, p.cmdWriteReadAll);
+        case kSfr:
+            return press(ui, p.cmdSetSFR);
+        case kAdc:
+            return press(ui, p.cmdMuxWrite);
+        default:
+            break;
+        }
+    });
+    window.onAbort("Stop the address scan", [&ui, &p] { press(ui, p.cmdStopScan); });
+    for (int page = 0; page < kPages; ++page)
+        window.addKey(QKeySequence(Qt::CTRL | static_cast<Qt::Key>(Qt::Key_1 + page)),
+                      "Page " + QString::fromStdString(p.SSTab1.row(page).text),
+                      [&p, page] { (void)p.SSTab1.userSelect(page); });
+}
+
+} // namespace
+
+QWidget* makeBoardPage(PanelWindow& window, frmMainF340& p) {
+    PanelUi& ui = window.ui();
+    auto* instance = ui(p.cboEVBinstance, 4);
+    auto* lamp = new LampWidget;
+    auto* words = heading({}, 1.2);
+    words->setObjectName("board.link");
+    const ViewContext context = window.context();
+    const auto showLink = [lamp, words, context] {
+        const LinkWords link = linkWords(context.bench.link(), context.boardKind, context.boardName);
+        lamp->setColour(link.colour);
+        words->setText(link.board);
+    };
+    showLink();
+    ui.keep(p.link().observe(showLink));
+    ui.watch(p.cboEVBinstance, showLink);
+
+    auto* firmware = readBack(ui, p.txtFirmwareVersion, 36, "Firmware version");
+    auto* firmwareWords = ui(p.lblFirmwareVersion);
+    makeQuiet(*firmwareWords);
+    return block(column({
+        group("Connection",
+              column({row({lamp, words, stretch}), row({captionOf(p.cboEVBinstance, instance), instance, gap,
+                                                        ui(p.cmdReconnect), stretch})})),
+        gap,
+        group("LEDs", row({ui(p.chkLED[0]), ui(p.chkLED[1]), stretch})),
+        gap,
+        group("Firmware", column({row({ui(p.cmdFirmwareVersion), firmware, stretch}), firmwareWords})),
+        gap,
+        group("Windows",
+              row({ui(p.cmdHoswMother), ui(p.cmdQuit), quietText("Quit ends the program"), stretch})),
+        stretch,
+    }));
+}
+
+void makeConsoleView(PanelWindow& window, frmMainF340& p) {
+    PanelUi& ui = window.ui();
+    window.setHelpPage("Controller console");
+    QMenu* menu = window.addPanelMenu("&File");
+    QAction* leave = ui(p.mnuExit);
+    leave->setParent(menu);
+    menu->addAction(leave);
+
+    auto* strip = tabStrip(ui, p.SSTab1);
+    auto* stack = new QStackedWidget;
+    QWidget* board = withLetters(makeBoardPage(window, p));
+    QWidget* buses = withLetters(busPages(window, p));
+    QWidget* gpio = withLetters(makeGpioPage(window, p));
+    QWidget* sfr = withLetters(makeSfrPage(window, p));
+    QWidget* adc = withLetters(makeAdcPage(window, p));
+    for (QWidget* page : {board, buses, gpio, sfr, adc})
+        stack->addWidget(page);
+    const auto showPage = [stack, &p, board, buses, gpio, sfr, adc] {
+        switch (p.SSTab1.listIndex()) {
+        case kBoard:
+            return stack->setCurrentWidget(board);
+        case kI2c:
+        case kSpi:
+            return stack->setCurrentWidget(buses);
+        case kGpio:
+            return stack->setCurrentWidget(gpio);
+        case kSfr:
+            return stack->setCurrentWidget(sfr);
+        case kAdc:
+            return stack->setCurrentWidget(adc);
+        default:
+            break;
+        }
+    };
+    ui.watch(p.SSTab1, showPage);
+    addKeys(window, p);
+
+    auto* content = column({strip, separator(Qt::Horizontal), gap, stack});
+    content->setSpacing(0);
+    content->setStretch(3, 1);
+    window.setContent(block(content));
+    if (auto* address = ui.find(p.txtI2Caddress))
+        window.setFirstFocus(qobject_cast<QWidget*>(&address->target()));
+}
+
+} // namespace vrk

@@ -17,6 +17,8 @@ import subprocess
 import sys
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
+# The compiler's precompiled headers are of no use to clang.
+PRECOMPILED = re.compile(r'-Winvalid-pch -include \S+cmake_pch\.hxx ')
 INCLUDE = re.compile(r'^\s*#\s*include\s+"([^"]+)"', re.MULTILINE)
 
 
@@ -44,11 +46,15 @@ def main():
     version = subprocess.run(["clang-tidy", "--version"], capture_output=True, text=True, check=True).stdout
     checks = version + (ROOT / ".clang-tidy").read_text(encoding="utf-8")
     known, due = {}, []
-    for entry in json.loads((build / "compile_commands.json").read_text(encoding="utf-8")):
+    entries = json.loads((build / "compile_commands.json").read_text(encoding="utf-8"))
+    for entry in entries:
+        entry["command"] = PRECOMPILED.sub("", entry.get("command", ""))
+    (stamps / "compile_commands.json").write_text(json.dumps(entries), encoding="utf-8")
+    for entry in entries:
         source = pathlib.Path(entry["directory"], entry["file"]).resolve()
         if not source.is_relative_to(ROOT) or source.is_relative_to(build.resolve()):
             continue  # generated
-        command = entry.get("command", "")
+        command = entry["command"]
         key = hashlib.sha256((checks + command + project_includes(source, known)).encode()).hexdigest()
         stamp = stamps / hashlib.sha256(str(source.relative_to(ROOT)).encode()).hexdigest()
         if not stamp.is_file() or stamp.read_text(encoding="utf-8") != key:
@@ -57,7 +63,7 @@ def main():
     def check(item):
         source, stamp, key = item
         run = subprocess.run(
-            ["clang-tidy", "--quiet", "-p", str(build), "--extra-arg=-Wno-unknown-warning-option", str(source)],
+            ["clang-tidy", "--quiet", "-p", str(stamps), "--extra-arg=-Wno-unknown-warning-option", str(source)],
             capture_output=True, text=True, check=False)
         if run.returncode == 0:
             stamp.write_text(key, encoding="utf-8")

@@ -1,0 +1,43 @@
+#pragma once
+
+#include "platform/hid/WireRecorder.h"
+#include "shell/Bench.h"
+#include "sim/SimulatedBus.h"
+
+#include <ctime>
+#include <filesystem>
+
+namespace vrk {
+
+/// A whole bench on a simulated board that answers without delay, on a clock that jumps through every wait:
+/// what is left is the program's own work.
+struct BenchRig {
+    VirtualClock clock;
+    EventLoop events{clock};
+    ScriptedDialogs dialogs;
+    MemoryClipboard clipboard;
+    sim::SimulatedBus bus{clock, {.zeroLatency = true}};
+    hid::WireRecorder recorder{bus, clock, report::kVendorId, report::kProductId};
+    Bench bench;
+
+    /// \param recorded every report passes the recorder, whose cost does not belong in a measurement.
+    explicit BenchRig(bool recorded = false)
+        : bench({events, dialogs, clipboard, recorded ? static_cast<hid::HidHost&>(recorder) : bus,
+                 std::filesystem::temp_directory_path(), std::filesystem::temp_directory_path()}) {}
+
+    /// Opens the I2C panel with VCC on.
+    void openI2c() {
+        bench.start();
+        bench.frmStartup->cboVRKSelect.userSelect(frmStartup::kI2C);
+        bench.frmVRK_User1->OptVCC[0].userClick();
+    }
+};
+
+/// Seconds of processor time that this thread has used.
+inline double cpuSeconds() {
+    timespec now{};
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
+    return static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) * 1e-9;
+}
+
+} // namespace vrk

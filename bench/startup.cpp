@@ -1,0 +1,94 @@
+#include "bench/BenchRig.h"
+#include "platform/qt/QtHost.h"
+#include "platform/qt/theme.h"
+#include "views/WindowManager.h"
+
+#include <benchmark/benchmark.h>
+
+#include <QApplication>
+#include <QMainWindow>
+
+/// Start of the desktop console to its first paint, beside an empty window's, in one process: what the
+/// toolkit itself needs to come up is in neither.
+namespace vrk {
+namespace {
+
+/// Hears of the first paint of any window.
+class PaintWatch final : public QObject {
+  public:
+    PaintWatch() { QCoreApplication::instance()->installEventFilter(this); }
+    void wait() const {
+        while (!painted_)
+            QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+    }
+
+  private:
+    bool eventFilter(QObject* object, QEvent* event) override {
+        if (event->type() == QEvent::Paint && object->isWidgetType() &&
+            static_cast<QWidget*>(object)->isWindow())
+            painted_ = true;
+        return false;
+    }
+
+    bool painted_ = false;
+};
+
+void startEmptyWindow() {
+    const PaintWatch watch;
+    QMainWindow window;
+    window.show();
+    watch.wait();
+}
+
+void startConsole() {
+    const PaintWatch watch;
+    BenchRig rig;
+    const qt::QtHost host(rig.events);
+    qt::applyTheme(*qApp, qt::desktopShade());
+    const WindowManager windows({rig.bench, BoardKind::Simulated, QStringLiteral("KV4071")});
+    rig.bench.start();
+    watch.wait();
+}
+
+void EmptyWindowToFirstPaint(benchmark::State& state) {
+    for ([[maybe_unused]] auto _ : state)
+        startEmptyWindow();
+}
+BENCHMARK(EmptyWindowToFirstPaint)->Unit(benchmark::kMillisecond);
+
+void ConsoleToFirstPaint(benchmark::State& state) {
+    for ([[maybe_unused]] auto _ : state)
+        startConsole();
+}
+BENCHMARK(ConsoleToFirstPaint)->Unit(benchmark::kMillisecond);
+
+void ConsoleOverEmptyWindow(benchmark::State& state) {
+    double empty = 0;
+    double console = 0;
+    for ([[maybe_unused]] auto _ : state) {
+        const double start = cpuSeconds();
+        startEmptyWindow();
+        const double middle = cpuSeconds();
+        startConsole();
+        empty += middle - start;
+        console += cpuSeconds() - middle;
+    }
+    state.counters["cpu_ratio"] = console / empty;
+}
+BENCHMARK(ConsoleOverEmptyWindow)->Unit(benchmark::kMillisecond);
+
+} // namespace
+} // namespace vrk
+
+int main(int argc, char** argv) {
+    if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    // The offscreen platform warns at each start that it cannot raise a window.
+    qInstallMessageHandler(
+        [](QtMsgType /*type*/, const QMessageLogContext& /*where*/, const QString& /*text*/) {});
+    const QApplication application(argc, argv);
+    benchmark::Initialize(&argc, argv);
+    benchmark::RunSpecifiedBenchmarks();
+    benchmark::Shutdown();
+    return 0;
+}

@@ -107,7 +107,7 @@ QGridLayout* dense(QGridLayout* grid, int vertical) {
 }
 
 LampWidget* resultLamp(PanelUi& ui, std::initializer_list<Button*> causes, const QString& name,
-                       std::function<LastResult()> judge) {
+                       const std::function<LastResult()>& judge) {
     auto* lamp = new LampWidget;
     lamp->setToolTip(name);
     lamp->setAccessibleName(name);

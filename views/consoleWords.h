@@ -45,7 +45,7 @@ QGridLayout* dense(QGridLayout* grid, int vertical = 2);
 /// How the last transaction of these buttons ended; asked when the user's click has done its work.
 enum class LastResult { None, Good, Failed };
 qt::LampWidget* resultLamp(qt::PanelUi& ui, std::initializer_list<Button*> causes, const QString& name,
-                           std::function<LastResult()> judge);
+                           const std::function<LastResult()>& judge);
 /// Presses the widget of the button, as a key of the window does.
 void press(qt::PanelUi& ui, const Button& button);
 

@@ -3,7 +3,6 @@
 namespace vrk {
 namespace {
 
-using report::Command;
 using sim::FaultKind;
 using ::testing::ElementsAre;
 

@@ -4,7 +4,6 @@ namespace vrk {
 namespace {
 
 using report::Command;
-using sim::FaultKind;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 

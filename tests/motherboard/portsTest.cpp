@@ -3,7 +3,6 @@
 namespace vrk {
 namespace {
 
-using report::Command;
 using ::testing::Each;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;

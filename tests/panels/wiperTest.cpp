@@ -5,7 +5,6 @@ namespace {
 
 using report::Command;
 using ::testing::ElementsAre;
-using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 
 class WiperTest : public I2cPanelTest {

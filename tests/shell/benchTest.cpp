@@ -4,7 +4,6 @@ namespace vrk {
 namespace {
 
 using report::Command;
-using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
 /// A bench of its own, for a test with two.

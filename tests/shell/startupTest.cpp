@@ -3,7 +3,6 @@
 namespace vrk {
 namespace {
 
-using report::Command;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 

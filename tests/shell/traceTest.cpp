@@ -5,9 +5,7 @@
 namespace vrk {
 namespace {
 
-using ::testing::ElementsAre;
 using ::testing::HasSubstr;
-using ::testing::IsEmpty;
 using ::testing::StartsWith;
 
 class TraceTest : public TestBench {

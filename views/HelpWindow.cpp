@@ -15,10 +15,8 @@ namespace vrk {
 namespace {
 
 QString manualText() {
-    QFile file(":/manual.md");
-    if (file.open(QIODevice::ReadOnly))
-        return QString::fromUtf8(file.readAll());
-    return "# Manual\n\nThis build carries no manual.";
+    QFile file(":/manual.md"); // built in
+    return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
 }
 
 } // namespace

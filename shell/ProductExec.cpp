@@ -35,6 +35,14 @@ ProductExec::ProductExec(PanelContext& context, Uses uses)
 void ProductExec::Form_Load() {
     tGrid.setSize(kMostRows, columns());
     Frame1.setVisible(false);
+    showBusFields();
+}
+
+void ProductExec::showBusFields() {
+    for (int field = 14; field <= 17; ++field) {
+        lblField[field].setVisible(uses_.mode.SPIBusMode);
+        lblDeviceSel[field].setVisible(uses_.mode.SPIBusMode);
+    }
 }
 
 void ProductExec::Form_Activate() {
@@ -46,13 +54,11 @@ void ProductExec::Form_Activate() {
 void ProductExec::Form_QueryUnload() {
     // Closing the window returns without a choice.
     forgetChoice();
-    ProductReturned = true;
+    uses_.choice.ProductReturned = true;
 }
 
 void ProductExec::forgetChoice() {
-    ParamSelected = false;
-    ParamChanged = false;
-    ProductReturned = false;
+    uses_.choice = {};
     cmdReturn.setEnabled(false);
     for (auto& label : lblDeviceSel)
         label->setCaption("");
@@ -64,10 +70,7 @@ void ProductExec::ReadParameters(const std::string& path) {
     SequentialInput input(content);
     tGrid.setSize(kMostRows, columns());
     tGrid.clearCells();
-    for (int field = 14; field <= 17; ++field) {
-        lblField[field].setVisible(uses_.mode.SPIBusMode);
-        lblDeviceSel[field].setVisible(uses_.mode.SPIBusMode);
-    }
+    showBusFields();
     int row = 0;
     bool ended = false;
     for (; row < kMostRows && !ended; ++row) {
@@ -86,7 +89,7 @@ void ProductExec::ReadParameters(const std::string& path) {
         }
         if (ended)
             break;
-        input.skipLineEnd();
+        input.skipLineEnds();
     }
     // The last row is the one behind the data.
     tGrid.setSize(std::min(row + 1, kMostRows), columns());
@@ -102,14 +105,7 @@ void ProductExec::WriteParameters(const std::string& path) {
         for (int column = 0; column < tGrid.columns(); ++column) {
             const std::string& text = tGrid.cell(row, column);
             blank = blank && text.empty();
-            if (text.find_first_of(",\"\r\n") == std::string::npos) {
-                line += text + ",";
-                continue;
-            }
-            std::string quoted;
-            for (const char c : text)
-                quoted += c == '"' ? "\"\"" : std::string(1, c);
-            line += "\"" + quoted + "\",";
+            line += sequentialField(text) + ",";
         }
         // The row behind the data is no data: neither a blank one nor the end mark goes out.
         const bool behind = row == tGrid.rows() - 1;
@@ -132,6 +128,9 @@ void ProductExec::cmdLoadParam_Click() {
     try {
         ReadParameters(*path);
         Frame1.setVisible(true);
+        // A choice made in another file is none in this one.
+        tGrid.setSelection(0, 0);
+        forgetChoice();
     } catch (const Fault& fault) {
         context().say(fault.what());
     }
@@ -157,8 +156,8 @@ void ProductExec::tGrid_Click() {
     if (row == 0)
         return; // the headings
     if (row >= tGrid.rows() - 1) {
-        ParamSelected = false;
-        ParamChanged = false;
+        uses_.choice.ParamSelected = false;
+        uses_.choice.ParamChanged = false;
         cmdReturn.setEnabled(false);
         for (int field = 0; field <= 8; ++field)
             lblDeviceSel[field].setCaption("");
@@ -166,13 +165,13 @@ void ProductExec::tGrid_Click() {
     }
     for (int column = 0; column <= lastColumn(); ++column)
         lblDeviceSel[column].setCaption(tGrid.cell(row, column));
-    ParamSelected = true;
-    ParamChanged = true;
+    uses_.choice.ParamSelected = true;
+    uses_.choice.ParamChanged = true;
     cmdReturn.setEnabled(true);
 }
 
 void ProductExec::cmdReturn_Click() {
-    ProductReturned = true;
+    uses_.choice.ProductReturned = true;
     (uses_.mode.SPIBusMode ? uses_.state.reloadSPIList : uses_.state.reloadI2CList) = true;
     uses_.showDevicePanel();
     events().letEventsRun();

@@ -14,6 +14,13 @@ struct BusMode {
     bool SPIBusMode = false;
 };
 
+/// What the product table has come to. Stands whether the panel is loaded or not.
+struct ProductChoice {
+    bool ParamSelected = false; ///< a row has been chosen
+    bool ParamChanged = false;
+    bool ProductReturned = false; ///< the user has left the table
+};
+
 /// The product table: the user chooses a part from a comma-separated file instead of setting address, taps
 /// and channels by hand. The row chosen lands in labels that the device panel reads.
 class ProductExec final : public Panel {
@@ -24,6 +31,7 @@ class ProductExec final : public Panel {
     struct Uses {
         const BusMode& mode;
         ShellState& state;
+        ProductChoice& choice;
         std::function<void()> showDevicePanel;
     };
 
@@ -42,10 +50,6 @@ class ProductExec final : public Panel {
     Button cmdReturn{*this, "cmdReturn"};
     Timer Timer1{*this, "Timer1"};
 
-    bool ParamSelected = false; ///< a row has been chosen
-    bool ParamChanged = false;
-    bool ProductReturned = false; ///< the user has left the table
-
     void cmdLoadParam_Click();
     void cmdSaveParam_Click();
     void cmdReturn_Click();
@@ -58,6 +62,7 @@ class ProductExec final : public Panel {
     void forgetChoice();
 
   private:
+    void showBusFields();
     int columns() const { return uses_.mode.SPIBusMode ? 19 : 15; }
     /// The last column that a choice uses.
     int lastColumn() const { return uses_.mode.SPIBusMode ? 17 : 13; }

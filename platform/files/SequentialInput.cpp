@@ -51,12 +51,25 @@ bool SequentialInput::takeLineEnd() {
     return true;
 }
 
-void SequentialInput::skipLineEnd() {
-    const std::size_t before = at_;
-    while (at_ < text_.size() && isBlank(text_[at_]))
-        ++at_;
-    if (!takeLineEnd())
-        at_ = before;
+void SequentialInput::skipLineEnds() {
+    std::size_t before = 0;
+    do {
+        before = at_;
+        while (at_ < text_.size() && isBlank(text_[at_]))
+            ++at_;
+    } while (takeLineEnd());
+    at_ = before;
+}
+
+std::string sequentialField(const std::string& text) {
+    const bool plain = text.find_first_of(",\"\r\n") == std::string::npos &&
+                       (text.empty() || (!isBlank(text.front()) && !isBlank(text.back())));
+    if (plain)
+        return text;
+    std::string quoted = "\"";
+    for (const char c : text)
+        quoted += c == '"' ? "\"\"" : std::string(1, c);
+    return quoted + "\"";
 }
 
 } // namespace vrk

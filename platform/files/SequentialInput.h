@@ -16,9 +16,9 @@ class SequentialInput {
     /// The next field; nothing behind the last one.
     std::optional<std::string> next();
 
-    /// Passes a line end with nothing but blanks before it: the tail of a line whose last field ended in a
-    /// comma.
-    void skipLineEnd();
+    /// Passes line ends with nothing but blanks before them: the tail of a line whose last field ended in a
+    /// comma, and empty lines.
+    void skipLineEnds();
 
   private:
     bool takeLineEnd();
@@ -26,5 +26,9 @@ class SequentialInput {
     std::string_view text_;
     std::size_t at_ = 0;
 };
+
+/// A field as `SequentialInput` reads it back: in quotes where a comma, a quote, a line end or a blank at
+/// either end would be lost.
+std::string sequentialField(const std::string& text);
 
 } // namespace vrk

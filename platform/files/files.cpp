@@ -3,6 +3,7 @@
 #include "platform/runtime/Fault.h"
 
 #include <cerrno>
+#include <cstdlib>
 #include <fcntl.h>
 #include <string_view>
 #include <sys/stat.h>
@@ -10,6 +11,8 @@
 #include <utility>
 
 namespace vrk {
+
+namespace fs = std::filesystem;
 
 namespace {
 
@@ -114,6 +117,26 @@ void appendFile(const std::filesystem::path& path, const std::string& content) {
         throw fileFault("open", path.string(), errno);
     if (!writeAll(file.number(), content) || !file.close())
         throw fileFault("write", path.string(), errno);
+}
+
+fs::path programFolder(const fs::path& wanted) {
+    if (!wanted.empty()) {
+        if (!fs::is_directory(wanted))
+            throw Fault("There is no folder " + wanted.string());
+        return wanted;
+    }
+    std::error_code error;
+    const fs::path beside = fs::read_symlink("/proc/self/exe", error).parent_path();
+    if (!error && access(beside.c_str(), W_OK) == 0)
+        return beside;
+    const auto variable = [](const char* name) {
+        const char* value = std::getenv(name);
+        return fs::path(value != nullptr ? value : "");
+    };
+    const fs::path data = variable("XDG_DATA_HOME");
+    const fs::path folder = (data.empty() ? variable("HOME") / ".local/share" : data) / "vrkbench";
+    fs::create_directories(folder, error);
+    return folder;
 }
 
 } // namespace vrk

@@ -19,4 +19,8 @@ void replaceFile(const std::filesystem::path& path, const std::string& content);
 /// fails half-way. \throws Fault with the system's description.
 void appendFile(const std::filesystem::path& path, const std::string& content);
 
+/// Where the programs keep what outlives a run: the folder `wanted`; if that is empty, beside the executable,
+/// or with the user's data where that cannot be written. \throws Fault if there is no folder `wanted`.
+std::filesystem::path programFolder(const std::filesystem::path& wanted);
+
 } // namespace vrk

@@ -257,12 +257,13 @@ class GridBinding final : public TypedBinding<Grid, QTableView> {
         view.setSelectionBehavior(QAbstractItemView::SelectRows);
         view.setSelectionMode(QAbstractItemView::SingleSelection);
         view.setAlternatingRowColors(true);
-        connect(&view, &QTableView::clicked, this, [this](const QModelIndex& index) {
-            gesture([&index](Grid& grid) {
-                if (index.row() + 1 < grid.rows() && index.column() < grid.columns())
-                    (void)grid.userSelect(index.row() + 1, index.column());
-            });
-        });
+        connect(&view, &QTableView::clicked, this, [this](const QModelIndex& index) { pick(index); });
+        // The row that is marked is the row that is chosen, however the mark got there.
+        connect(view.selectionModel(), &QItemSelectionModel::currentRowChanged, this,
+                [this](const QModelIndex& index) {
+                    if (std::exchange(byKey_, false))
+                        pick(index);
+                });
         start();
         refresh_.flush();
     }
@@ -275,12 +276,39 @@ class GridBinding final : public TypedBinding<Grid, QTableView> {
         if (aspect == Aspect::Rows || aspect == Aspect::Value || aspect == Aspect::Colour)
             refresh_.schedule();
         else if (aspect == Aspect::Selection)
-            view().selectRow(model()->row() - 1);
+            showSelection();
+    }
+
+    bool eventFilter(QObject* watched, QEvent* event) override {
+        if (event->type() == QEvent::KeyPress) {
+            const int key = static_cast<QKeyEvent*>(event)->key();
+            if (key == Qt::Key_Return || key == Qt::Key_Enter || key == Qt::Key_Space) {
+                pick(view().currentIndex());
+                return true;
+            }
+            byKey_ = true;
+        } else if (event->type() == QEvent::KeyRelease || event->type() == QEvent::FocusOut) {
+            byKey_ = false;
+        }
+        return TypedBinding::eventFilter(watched, event);
     }
 
     void released() override { cells_->forget(); }
 
   private:
+    void pick(const QModelIndex& index) {
+        gesture([&index](Grid& grid) {
+            if (index.isValid() && index.row() + 1 < grid.rows() && index.column() < grid.columns())
+                (void)grid.userSelect(index.row() + 1, index.column());
+        });
+    }
+    void showSelection() {
+        byKey_ = false;
+        if (model()->row() > 0)
+            view().selectRow(model()->row() - 1);
+        else
+            view().clearSelection();
+    }
     void showCells() {
         if (model() == nullptr)
             return;
@@ -289,13 +317,13 @@ class GridBinding final : public TypedBinding<Grid, QTableView> {
             return;
         }
         cells_->rebuild();
-        if (model()->row() > 0) // a new table forgets its mark
-            view().selectRow(model()->row() - 1);
+        showSelection(); // a new table forgets its mark
     }
 
     CellsModel* cells_;
     OnceATurn refresh_;
     bool sized_ = false;
+    bool byKey_ = false; ///< the mark moves as a key told it
 };
 
 class LogBinding final : public TypedBinding<TextLog, LogView> {

@@ -1,4 +1,5 @@
 #include "link/reportLayout.h"
+#include "platform/files/files.h"
 #include "platform/hid/HidapiHost.h"
 #include "platform/hid/HotPlugMonitor.h"
 #include "platform/hid/PatientHost.h"
@@ -15,11 +16,8 @@
 
 #include <CLI/CLI.hpp>
 #include <QApplication>
-#include <QDir>
-#include <QFileInfo>
 #include <QIcon>
 #include <QSocketNotifier>
-#include <QStandardPaths>
 #include <QTimer>
 
 #include <algorithm>
@@ -78,7 +76,7 @@ std::unique_ptr<hid::HidHost> chooseHost(const Options& options, Clock& clock, B
         return replay;
     }
     if (options.simulate.empty()) {
-        auto host = std::make_unique<hid::HidapiHost>();
+        auto host = std::make_unique<hid::HidapiHost>(report::kVendorId, report::kProductId);
         const auto devices = host->list();
         if (std::any_of(devices.begin(), devices.end(), isBoard)) {
             kind = BoardKind::Real;
@@ -88,22 +86,6 @@ std::unique_ptr<hid::HidHost> chooseHost(const Options& options, Clock& clock, B
     kind = BoardKind::Simulated;
     name = options.simulate.empty() ? "KV4071" : options.simulate;
     return simulatedHost(clock, name);
-}
-
-/// Where the calibration file lives: beside the program, or with the user's data where that cannot be
-/// written.
-std::filesystem::path programFolder(const std::string& wanted) {
-    if (!wanted.empty()) {
-        if (!std::filesystem::is_directory(wanted))
-            throw Fault("--folder: there is no folder " + wanted);
-        return wanted;
-    }
-    const QString beside = QCoreApplication::applicationDirPath();
-    if (QFileInfo(beside).isWritable())
-        return beside.toStdString();
-    const QString data = QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) + "/vrkbench";
-    QDir().mkpath(data);
-    return data.toStdString();
 }
 
 /// Keeps count of the boards that are plugged in, where the system tells when that changes.
@@ -189,6 +171,9 @@ int main(int argc, char** argv) {
         ->type_name("FILE")
         ->excludes("--simulate");
     commandLine.add_option("--folder", options.folder, "Folder of the calibration file")->type_name("DIR");
+    // Old shortcuts on the desktop pass it; it has no effect.
+    std::string oldSwitch;
+    commandLine.add_option("switch", oldSwitch)->check(CLI::IsMember({"/d"}))->group("");
     commandLine.footer(
         "Without --simulate and --replay the bench works on the board that is plugged in, and on a\n"
         "simulated one where there is none. Exit codes: 0 done, 2 usage, 5 file.");

@@ -2,11 +2,11 @@
 
 #include "apps/vrkctl/Terminal.h"
 #include "link/reportLayout.h"
+#include "platform/files/files.h"
 #include "platform/hid/HidapiHost.h"
 
 #include <algorithm>
-#include <cstdlib>
-#include <unistd.h>
+#include <cstdio>
 
 namespace vrk {
 
@@ -27,27 +27,6 @@ WallTime parseStartTime(const std::string& text) {
         throw CommandError(ExitCode::Usage,
                            "--start-time: '" + text + "' is no time like 2020-01-01 12:00:00");
     return time;
-}
-
-/// Where the calibration file lives: beside the program, or with the user's data where that cannot be
-/// written.
-fs::path programFolder(const Options& options) {
-    if (!options.folder.empty()) {
-        if (!fs::is_directory(options.folder))
-            throw CommandError(ExitCode::File, "--folder: there is no folder " + options.folder.string());
-        return options.folder;
-    }
-    std::error_code error;
-    const fs::path beside = fs::read_symlink("/proc/self/exe", error).parent_path();
-    if (!error && access(beside.c_str(), W_OK) == 0)
-        return beside;
-    const char* data = std::getenv("XDG_DATA_HOME");
-    const char* home = std::getenv("HOME");
-    const fs::path base = data != nullptr && *data != '\0'
-                              ? fs::path(data)
-                              : fs::path(home != nullptr ? home : ".") / ".local/share";
-    fs::create_directories(base / "vrkbench", error);
-    return base / "vrkbench";
 }
 } // namespace
 
@@ -79,7 +58,7 @@ std::unique_ptr<hid::HidHost> Session::makeHost(const Options& options) {
         return replay;
     }
     if (options.simulate.empty())
-        return std::make_unique<hid::HidapiHost>();
+        return std::make_unique<hid::HidapiHost>(report::kVendorId, report::kProductId);
     requireSimulatedPart(options.simulate);
     auto bus = std::make_unique<sim::SimulatedBus>(*clock_);
     bus->setBoards(std::max(bus->boards(), options.board + 1));
@@ -101,7 +80,7 @@ Session::Session(const Options& options, Dialogs& dialogs, DefaultTime time)
                                                   .dialogs = dialogs,
                                                   .clipboard = clipboard_,
                                                   .host = recorder_,
-                                                  .programFolder = programFolder(options),
+                                                  .programFolder = programFolder(options.folder),
                                                   .workingFolder = fs::current_path()});
 }
 
@@ -110,7 +89,8 @@ std::vector<hid::DeviceInfo> Session::boards() {
 }
 
 void Session::requireBoard(int number) {
-    const int count = static_cast<int>(boards().size());
+    const auto boards = this->boards();
+    const int count = static_cast<int>(boards.size());
     if (count == 0)
         throw CommandError(ExitCode::NoBoard,
                            "no evaluation board is plugged in; \"vrkctl doctor\" looks for the "
@@ -118,6 +98,11 @@ void Session::requireBoard(int number) {
     if (number >= count)
         throw CommandError(ExitCode::Usage, "--board: there is no board " + std::to_string(number) +
                                                 "; the last is " + std::to_string(count - 1));
+    const hid::Handle handle = host_->open(boards[static_cast<std::size_t>(number)].path);
+    if (handle == hid::kNoHandle)
+        throw CommandError(ExitCode::NoBoard, "the board cannot be used: " + host_->lastError() +
+                                                  "; \"vrkctl doctor\" says how to mend it");
+    host_->close(handle);
 }
 
 void Session::runEvents() {

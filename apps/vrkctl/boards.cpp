@@ -2,50 +2,57 @@
 #include "apps/vrkctl/Session.h"
 #include "apps/vrkctl/Terminal.h"
 #include "apps/vrkctl/TerminalDialogs.h"
-#include "platform/runtime/text.h"
+#include "link/frmMainF340.h"
 
 #include <nlohmann/json.hpp>
 
 #include <cstdio>
+#include <optional>
 
 namespace vrk {
 
 namespace {
-/// What the console shows, without its caption: "1.2 - 2008/June/12".
-std::string version(const std::string& shown) {
-    constexpr std::string_view kCaption = "Firmware Version ";
-    return startsWith(shown, kCaption) ? shown.substr(kCaption.size()) : shown;
+
+/// Asks one board for its firmware version, whatever the others do: no bench is loaded, as that speaks to the
+/// first board. \return nothing when it does not answer.
+std::optional<std::string> askVersion(hid::HidHost& host, const std::string& path) {
+    const hid::Handle handle = host.open(path);
+    hid::Report report{};
+    report[report::kIdByte] = report::kReportId;
+    report[report::kCommandByte] = static_cast<std::uint8_t>(report::Command::FirmwareVersion);
+    const bool answered = handle != hid::kNoHandle && host.write(handle, report) &&
+                          host.read(handle, report, modHID::kReplyTimeout) == hid::ReadResult::Arrived;
+    host.close(handle);
+    return answered ? std::optional(firmwareVersion(report)) : std::nullopt;
 }
+
 } // namespace
 
 ExitCode listBoards(const Options& options) {
     TerminalDialogs dialogs;
     Session session(options, dialogs, DefaultTime::VirtualIfPossible);
     const auto boards = session.boards();
+    bool allAnswer = true;
     nlohmann::ordered_json list = nlohmann::ordered_json::array();
     for (std::size_t number = 0; number < boards.size(); ++number) {
-        Bench& bench = session.bench();
+        const std::string& path = boards[number].path;
         std::string firmware;
-        const Outcome outcome = session.events().deliver([&] {
-            // The console alone: it reads the boards and changes nothing on them.
-            auto& console = *bench.frmMainF340;
-            console.cboEVBinstance.setListIndex(static_cast<int>(number));
-            console.cmdFirmwareVersion_Click();
-            firmware = version(console.lblFirmwareVersion.caption());
-        });
-        if (!outcome.done()) {
+        if (const auto version = askVersion(session.wire(), path)) {
+            firmware = *version;
+        } else {
+            allAnswer = false;
             const std::string why = session.wire().lastError();
             firmware = "unknown, the board does not answer" + (why.empty() ? "" : ": " + why);
         }
-        list.push_back({{"board", number}, {"path", boards[number].path}, {"firmware", firmware}});
+        list.push_back({{"board", number}, {"path", path}, {"firmware", firmware}});
         if (!options.json)
-            std::printf("%zu  %s  firmware %s\n", number, boards[number].path.c_str(), firmware.c_str());
+            std::printf("%zu  %s  firmware %s\n", number, path.c_str(), firmware.c_str());
     }
     if (options.json)
         std::printf("%s\n", list.dump(2).c_str());
     if (boards.empty())
         throw CommandError(ExitCode::NoBoard, "no evaluation board is plugged in");
-    return session.events().ended() ? ExitCode::LinkLost : ExitCode::Done;
+    return allAnswer ? ExitCode::Done : ExitCode::LinkLost;
 }
 
 } // namespace vrk

@@ -4,6 +4,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include <cstdio>
 #include <exception>
 #include <functional>
 
@@ -98,7 +99,10 @@ int run(int argc, char** argv) {
         app.exit(error);
         return static_cast<int>(asked ? ExitCode::Done : ExitCode::Usage);
     }
-    return static_cast<int>(command());
+    const ExitCode code = command();
+    if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0)
+        throw CommandError(ExitCode::File, "the output could not be written");
+    return static_cast<int>(code);
 }
 } // namespace
 

@@ -3,6 +3,7 @@
 #include "apps/vrkctl/Session.h"
 #include "apps/vrkctl/Terminal.h"
 #include "automation/StdioTransport.h"
+#include "link/reportLayout.h"
 #include "platform/hid/HidapiHost.h"
 
 #include <csignal>
@@ -19,7 +20,7 @@ Options completed(Options options) {
     const bool free = options.simulate.empty() && options.replay.empty();
     if (!free)
         return options;
-    hid::HidapiHost host;
+    hid::HidapiHost host(report::kVendorId, report::kProductId);
     if (options.virtualTime || boardsOf(host).empty())
         options.simulate = kDefaultPart;
     return options;

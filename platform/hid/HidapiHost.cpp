@@ -40,7 +40,7 @@ void HidapiHost::Close::operator()(hid_device_* device) const noexcept {
     hid_close(device);
 }
 
-HidapiHost::HidapiHost() {
+HidapiHost::HidapiHost(std::uint16_t vendor, std::uint16_t product) : vendor_(vendor), product_(product) {
     hid_init();
 }
 
@@ -54,7 +54,8 @@ std::vector<DeviceInfo> HidapiHost::list() {
                                                                                 &hid_free_enumeration);
     for (const hid_device_info* info = all.get(); info; info = info->next) {
         // A device with several usages comes once for each of them.
-        if (info->path && listed_.insert(info->path).second)
+        const bool ours = info->vendor_id == vendor_ && info->product_id == product_;
+        if (info->path && listed_.emplace(info->path, ours).second)
             devices.push_back({info->vendor_id, info->product_id, info->path});
     }
     return devices;
@@ -64,7 +65,7 @@ Handle HidapiHost::open(const std::string& path) {
     const Handle handle = tryOpen(path);
     if (handle != kNoHandle)
         lastError_.clear();
-    else
+    else if (const auto listed = listed_.find(path); listed != listed_.end() && listed->second)
         refusals_.insert(lastError_);
     return handle;
 }

@@ -13,7 +13,9 @@ namespace vrk::hid {
 /// The HID devices that are plugged into this computer. All calls from one thread at a time.
 class HidapiHost final : public HidHost {
   public:
-    HidapiHost();
+    /// \param vendor, \param product of the devices whose refusals are worth telling: the others are only
+    /// looked at.
+    HidapiHost(std::uint16_t vendor, std::uint16_t product);
     ~HidapiHost() override;
 
     std::vector<DeviceInfo> list() override;
@@ -39,9 +41,11 @@ class HidapiHost final : public HidHost {
     Open* find(Handle handle);
     void failed(const std::string& what, const Open& open);
 
+    std::uint16_t vendor_;
+    std::uint16_t product_;
     std::map<Handle, Open> open_;
-    std::set<std::string> listed_;
-    Handle lastHandle_ = 0; ///< numbers are not used again, so that a dead handle stays dead
+    std::map<std::string, bool> listed_; ///< by path: is it one of ours
+    Handle lastHandle_ = 0;              ///< numbers are not used again, so that a dead handle stays dead
     std::string lastError_;
     std::set<std::string> refusals_; ///< why devices of the last list could not be opened
 };

@@ -1,6 +1,7 @@
 #include "platform/hid/ReplayHost.h"
 
 #include "platform/files/files.h"
+#include "platform/runtime/Fault.h"
 
 #include <algorithm>
 
@@ -28,11 +29,19 @@ std::string differenceText(int request, const WireEvent* recorded, int board, co
            std::to_string(recorded->board) + ": " + reportText(recorded->report) + sentLine;
 }
 
+std::vector<WireEvent> eventsOf(const std::filesystem::path& log) {
+    try {
+        return parseWireLog(readFile(log));
+    } catch (const Fault& fault) {
+        throw Fault("Cannot replay " + log.string() + ": " + fault.what());
+    }
+}
+
 } // namespace
 
 ReplayHost::ReplayHost(const std::filesystem::path& log, Clock& clock, std::uint16_t vendor,
                        std::uint16_t product)
-    : clock_(clock), vendor_(vendor), product_(product), events_(parseWireLog(readFile(log))) {
+    : clock_(clock), vendor_(vendor), product_(product), events_(eventsOf(log)) {
     for (const WireEvent& event : events_)
         boards_ = std::max(boards_, event.board + 1);
 }

@@ -142,6 +142,13 @@ class Commands(unittest.TestCase):
         self.assertEqual(code, 4, err)
         self.assertIn("link to the board was lost while writing the wiper", err)
 
+    def test_output_that_cannot_be_written(self):
+        with open("/dev/full", "wb") as full:
+            done = subprocess.run([PROGRAM, "wiper", "read", "0", "--simulate"], stdout=full, stderr=subprocess.PIPE,
+                                  text=True, timeout=120, check=False)
+        self.assertEqual(done.returncode, 5)
+        self.assertIn("the output could not be written", done.stderr)
+
     def test_boards_and_doctor(self):
         code, out, _ = run("boards", "--simulate", "--board", "1", "--json")
         boards = json.loads(out)

@@ -71,6 +71,14 @@ class Link(RpcTest):
                     self.assertIn(text, box["text"])
                 self.assertEqual(self.rpc("get", path="i2cStatus"), status)
 
+    def test_a_request_to_come_reaches_an_action_that_stands(self):
+        self.openPanel()
+        self.rpc("at", ms=400, request={"method": "close", "params": {"panel": "ProductExec"}})
+        self.rpc("click", path=self.panel + "mnu_I2cList")  # stands until the table is left
+        self.assertEqual([box["text"] for box in self.rpc("dialogs") if box["kind"] == "message"],
+                         ["No Device was selected from the list"])
+        self.assertTrue(self.rpc("get", path="ProductReturned"))
+
     def test_a_stale_report_is_no_reply(self):
         self.openPanel()
         self.rpc("sim", op="stale", hex="01 01 FF")

@@ -81,7 +81,7 @@ class Stack {
     EventLoop events_{clock_};
     ScriptedDialogs dialogs_;
     MemoryClipboard clipboard_;
-    hid::HidapiHost hidapi_;
+    hid::HidapiHost hidapi_{report::kVendorId, report::kProductId};
     std::unique_ptr<hid::PatientHost> patient_;
     std::unique_ptr<hid::WireRecorder> recorder_;
     std::unique_ptr<Bench> bench_;

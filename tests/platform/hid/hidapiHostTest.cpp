@@ -58,7 +58,7 @@ class Hidapi : public testing::Test {
         return -1;
     }
 
-    HidapiHost host_;
+    HidapiHost host_{0xF5C3, 0x2034};
     Report report_{};
 };
 

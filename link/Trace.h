@@ -19,13 +19,18 @@ class Trace {
     /// Texts arrive in pieces, as they were appended; a line break is a piece of its own.
     void setSink(std::function<void(std::string_view)> sink) { sink_ = std::move(sink); }
 
-    /// The second level's switch stands on two panels, which show the same.
+    /// The boxes of the panels show what the switches are, whoever moved them; the second level's stands on
+    /// two.
+    void setOn(bool on) {
+        traceOn = on;
+        switched_.emit();
+    }
     void setDetail(bool on) {
         traceDetail = on;
-        detailChanged_.emit();
+        switched_.emit();
     }
-    [[nodiscard]] Subscription observeDetail(std::function<void()> observer) {
-        return detailChanged_.connect(std::move(observer));
+    [[nodiscard]] Subscription observeSwitches(std::function<void()> observer) {
+        return switched_.connect(std::move(observer));
     }
 
     bool detailOn() const { return traceOn && traceDetail; }
@@ -53,7 +58,7 @@ class Trace {
     }
 
     std::function<void(std::string_view)> sink_;
-    Signal<> detailChanged_;
+    Signal<> switched_;
 };
 
 /// The indent that some lines start with.

@@ -163,7 +163,7 @@ void frmMainF340::cmdMuxWrite_Click() {
 }
 
 void frmMainF340::cmdRdADMux_Click() {
-    if (readCommand(Command::AdcMux, kPurgeFill, {report::kRead}, false))
+    if (readCommand(Command::AdcMux, kPurgeFill, {report::kRead}))
         showReply(lblADMuxData);
 }
 
@@ -173,7 +173,7 @@ void frmMainF340::cmdADCWrEn_Click() {
 }
 
 void frmMainF340::cmdADCRDEnable_Click() {
-    if (!readCommand(Command::AdcEnable, kPurge, {report::kRead}, false))
+    if (!readCommand(Command::AdcEnable, kPurge, {report::kRead}))
         return;
     showReply(lblADCEnable);
     ShpADCEn[0].setColour(byteAt(2) != 0 ? Colour::LightRed : Colour::Black);
@@ -204,7 +204,7 @@ void frmMainF340::cmdWriteADCClock_Click() {
 }
 
 void frmMainF340::cmdReadADCClock_Click() {
-    if (readCommand(Command::AdcClock, kPurgeFill, {report::kRead}, false))
+    if (readCommand(Command::AdcClock, kPurgeFill, {report::kRead}))
         showReply(lblADCClockDaa);
 }
 
@@ -214,7 +214,7 @@ void frmMainF340::cmdADCWrmode1_Click() {
 }
 
 void frmMainF340::cmdADCRDMode16_Click() {
-    if (!readCommand(Command::AdcSampleMode, kPurgeFill, {report::kRead}, false))
+    if (!readCommand(Command::AdcSampleMode, kPurgeFill, {report::kRead}))
         return;
     showReply(lblADCMode1Data);
     OptiADCSamples[lblADCMode1Data[2].caption() == "01" ? 1 : 0].setValue(true);
@@ -225,7 +225,7 @@ void frmMainF340::cmdWrtLoopCount_Click() {
 }
 
 void frmMainF340::cmdRdADCAvg_Click() {
-    if (readCommand(Command::AdcLoopCount, kPurgeFill, {report::kRead}, false))
+    if (readCommand(Command::AdcLoopCount, kPurgeFill, {report::kRead}))
         showReply(lblADCLoopData);
 }
 
@@ -235,12 +235,12 @@ void frmMainF340::cmdADCWriteSampleRate_Click() {
 }
 
 void frmMainF340::cmdADCRdSampleRate_Click() {
-    if (readCommand(Command::AdcSampleRate, kPurgeFill, {report::kRead}, false))
+    if (readCommand(Command::AdcSampleRate, kPurgeFill, {report::kRead}))
         showReply(lblADCSampleData);
 }
 
 void frmMainF340::cmdRdADCMode_Click() {
-    if (readCommand(Command::AdcRefcon, kPurgeFill, {report::kRead}, false))
+    if (readCommand(Command::AdcRefcon, kPurgeFill, {report::kRead}))
         showReply(lblADCRefcon);
 }
 

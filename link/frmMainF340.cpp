@@ -106,7 +106,7 @@ void frmMainF340::chkLED_Click(int /*index*/) {
 }
 
 void frmMainF340::getLEDstate() {
-    if (!readCommand(Command::Led, kPurgeFill, {report::kRead}, true))
+    if (!readState(Command::Led, Lost::Stop))
         return;
     const bool before = std::exchange(link().suppressControlEvents, true);
     const OnScopeExit restore([this, before] { link().suppressControlEvents = before; });
@@ -115,12 +115,15 @@ void frmMainF340::getLEDstate() {
     chkLED[1].setValue(byteAt(2) & 2);
 }
 
+std::string firmwareVersion(const hid::Report& reply) {
+    return decimalText(reply[2]) + "." + decimalText(reply[3]) + " - " +
+           decimalText(reply[4] * 256 + reply[5]) + "/" + monthName(reply[6]) + "/" + decimalText(reply[7]);
+}
+
 void frmMainF340::cmdFirmwareVersion_Click() {
-    if (!readCommand(Command::FirmwareVersion, kPurgeFill, {}, true))
+    if (!readState(Command::FirmwareVersion, Lost::GoOn, {}))
         return;
-    lblFirmwareVersion.setCaption("Firmware Version " + decimalText(byteAt(2)) + "." +
-                                  decimalText(byteAt(3)) + " - " + decimalText(byteAt(4) * 256 + byteAt(5)) +
-                                  "/" + monthName(byteAt(6)) + "/" + decimalText(byteAt(7)));
+    lblFirmwareVersion.setCaption("Firmware Version " + firmwareVersion(link().reportBuffer));
     txtFirmwareVersion.setText(lblFirmwareVersion.caption());
     uses_.trace.line({"Read F340 Processor Firmware Revision: ", txtFirmwareVersion.text()});
 }
@@ -196,14 +199,18 @@ int frmMainF340::writeCommand(Command command, std::initializer_list<std::uint8_
     return link().checkStatus(sendCommand(command, kFill, bytes));
 }
 
-bool frmMainF340::readCommand(Command command, unsigned prepare, std::initializer_list<std::uint8_t> bytes,
-                              bool fillBeforeReply) {
+bool frmMainF340::readCommand(Command command, unsigned prepare, std::initializer_list<std::uint8_t> bytes) {
     if (link().checkStatus(sendCommand(command, prepare, bytes)) != kLinkGood)
         return false;
-    if (fillBeforeReply)
-        link().fillReportBuffer(0);
     link().readReply();
     return true;
+}
+
+bool frmMainF340::readState(Command command, Lost lost, std::initializer_list<std::uint8_t> bytes) {
+    if (link().checkStatus(sendCommand(command, kPurgeFill, bytes)) != kLinkGood)
+        return false;
+    link().fillReportBuffer(0);
+    return link().readReply() || lost == Lost::GoOn;
 }
 
 void frmMainF340::showReply(ControlArray<Label>& labels) {

@@ -142,6 +142,8 @@ class frmMainF340 final : public Panel {
     void cboSPIClock_Click();
     void cboSPIclock_init();
     void setSPIconfig();
+    /// The click of each of the three configuration boxes.
+    void spiOption_Click();
     void getSPIconfig();
     [[nodiscard]] Subscription observeSpiClocks(std::function<void()> observer) {
         return spiClocksListed_.connect(std::move(observer));
@@ -313,9 +315,15 @@ class frmMainF340 final : public Panel {
     bool sendCommand(report::Command command, unsigned prepare, std::initializer_list<std::uint8_t> bytes);
     /// A write command with its check. \return link status, 8 or 0.
     int writeCommand(report::Command command, std::initializer_list<std::uint8_t> bytes);
-    /// A command with a reply. \return false if the write failed; the buffer is then not a reply.
-    bool readCommand(report::Command command, unsigned prepare, std::initializer_list<std::uint8_t> bytes,
-                     bool fillBeforeReply);
+    /// A command with a reply. \return false if the write failed; the buffer is then not a reply. Nor is it
+    /// after a lost reply, whose dialog has told the user: it holds the request.
+    bool readCommand(report::Command command, unsigned prepare, std::initializer_list<std::uint8_t> bytes);
+    /// What came instead of a reply that was lost.
+    enum class Lost { GoOn, Stop };
+    /// Reads a setting of the board into a cleared buffer. \param lost Stop where Retry reads this very
+    /// setting again, which must not be overwritten then. \return false if the buffer is not to be used.
+    bool readState(report::Command command, Lost lost,
+                   std::initializer_list<std::uint8_t> bytes = {report::kRead});
     void showReply(ControlArray<Label>& labels);
 
     bool collectWriteData(std::span<std::uint8_t> data);
@@ -328,7 +336,7 @@ class frmMainF340 final : public Panel {
     void writePort(Role role, int port);
     void readPort(Role role, int port);
     void portClick(Role role, int port);
-    void readSfrRow(int row);
+    void readSfrRow(int row, bool intoWriteColumn);
     PortRole portRole(Role role, int port);
     void setPinAnalog(int port, int bit);
     void fillMuxLists();
@@ -342,5 +350,8 @@ class frmMainF340 final : public Panel {
     Signal<> i2cClocksListed_;
     Signal<> spiClocksListed_;
 };
+
+/// What a firmware version reply says: "1.2 - 2008/June/12".
+std::string firmwareVersion(const hid::Report& reply);
 
 } // namespace vrk

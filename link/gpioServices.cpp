@@ -183,8 +183,7 @@ void frmMainF340::wireGpio() {
 
 void frmMainF340::cmdGetSDFValue_Click() {
     uses_.trace.detail({"Read F340 SFR Register ", txtSFRAddress.text()});
-    if (readCommand(Command::SfrAccess, kPurgeFill, {report::kRead, hexToByte(txtSFRAddress.text())},
-                    false)) {
+    if (readCommand(Command::SfrAccess, kPurgeFill, {report::kRead, hexToByte(txtSFRAddress.text())})) {
         showReply(lblSFRBuf);
         return;
     }
@@ -218,7 +217,7 @@ void frmMainF340::readPort(Role role, int port) {
         uses_.trace.detail({fields.traceRead, fields.address});
         link().purgeInputReports();
     }
-    if (!readCommand(Command::SfrAccess, kFill, {report::kRead, hexToByte(fields.address)}, false)) {
+    if (!readCommand(Command::SfrAccess, kFill, {report::kRead, hexToByte(fields.address)})) {
         fields.indicator.setColour(Colour::LightRed);
         return;
     }
@@ -272,32 +271,33 @@ void frmMainF340::chkDIN_Click(int port) {
     portClick(Role::Analog, port);
 }
 
-void frmMainF340::readSfrRow(int row) {
-    txtSFRAddress.setText(lblPbuf[row].caption().substr(0, 2));
+void frmMainF340::readSfrRow(int row, bool intoWriteColumn) {
+    const std::string address = lblPbuf[row].caption().substr(0, 2);
+    txtSFRAddress.setText(address);
     events().letEventsRun();
+    // What ran meanwhile may have worked through the same fields: the address is set once more, and the
+    // answer is taken before anything else runs.
+    txtSFRAddress.setText(address);
     cmdGetSDFValue_Click();
+    const bool good = lblSFRBuf[2].caption() == "00";
+    const std::string value = lblSFRBuf[3].caption();
     events().letEventsRun();
-    txtPBufRd[row].setText(lblSFRBuf[3].caption());
+    txtPBufRd[row].setText(value);
+    if (intoWriteColumn && chkWriteEqRead.checked())
+        txtPBuf[row].setText(value);
+    if (good)
+        ShpSKFRd[row].blinkGood();
+    else
+        ShpSKFRd[row].setColour(Colour::LightRed);
 }
 
 void frmMainF340::cmdReadSKF_Click() {
-    for (int row = 0; row < kSfrRows; ++row) {
-        readSfrRow(row);
-        if (chkWriteEqRead.checked())
-            txtPBuf[row].setText(lblSFRBuf[3].caption());
-        if (lblSFRBuf[2].caption() == "00")
-            ShpSKFRd[row].blinkGood();
-        else
-            ShpSKFRd[row].setColour(Colour::LightRed);
-    }
+    for (int row = 0; row < kSfrRows; ++row)
+        readSfrRow(row, true);
 }
 
 void frmMainF340::txtPBufRd_Click(int index) {
-    readSfrRow(index);
-    if (lblSFRBuf[2].caption() == "00")
-        ShpSKFRd[index].blinkGood();
-    else
-        ShpSKFRd[index].setColour(Colour::LightRed);
+    readSfrRow(index, false);
 }
 
 void frmMainF340::cmdWriteReadAll_Click() {
@@ -345,9 +345,10 @@ void frmMainF340::getGPconf() {
     uses_.trace.line({"getGPconf: Read F340 Registers, update GPIO check boxes"});
     cmdReadSKF_Click();
     {
-        // The board's state goes into the boxes; no port is written meanwhile.
-        const bool before = std::exchange(link().suppressControlEvents, true);
-        const OnScopeExit restore([this, before] { link().suppressControlEvents = before; });
+        // The board's state goes into the boxes; no port is written meanwhile. Clicks count again after it,
+        // whatever was before.
+        link().suppressControlEvents = true;
+        const OnScopeExit clicksCount([this] { link().suppressControlEvents = false; });
         for (int port = 0; port < kPorts; ++port)
             setBoxes(chkOpenCollector(port),
                      hexToByte(txtPBufRd[kModeRows.at(static_cast<std::size_t>(port))].text()));

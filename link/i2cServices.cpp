@@ -285,7 +285,7 @@ int frmMainF340::setI2Coptions(int toggleRequest) {
 
 void frmMainF340::getI2Coptions() {
     uses_.trace.line({"getI2Coptions: Verify I2C Comm"});
-    if (readCommand(Command::I2cOptions, kPurgeFill, {report::kRead}, true)) {
+    if (readState(Command::I2cOptions, Lost::Stop)) {
         const bool before = std::exchange(link().suppressControlEvents, true);
         const OnScopeExit restore([this, before] { link().suppressControlEvents = before; });
         chkRepeatedStart.setValue(byteAt(2) & 1);
@@ -297,7 +297,7 @@ void frmMainF340::getI2Coptions() {
 }
 
 void frmMainF340::cboSMBusFrequency_init() {
-    if (!readCommand(Command::I2cClock, kPurgeFill, {report::kRead}, true))
+    if (!readState(Command::I2cClock, Lost::Stop))
         return;
     const int kHz = toInt16(byteAt(2) * 1000);
     const int current = byteAt(3);

@@ -135,7 +135,10 @@ bool modHID::readReply() {
         return true;
     }
     noteNoReply();
+    // Retry reads the whole board through this buffer; none of that may pass for the reply that was lost.
+    const hid::Report kept = reportBuffer;
     checkStatus(false);
+    reportBuffer = kept;
     return false;
 }
 
@@ -193,6 +196,12 @@ void layOutTransfer(hid::Report& buffer, std::uint8_t address, std::size_t count
 
 } // namespace
 
+int modHID::transferEnded(int status) {
+    ++transfers_;
+    lastTransfer_ = status;
+    return status;
+}
+
 int modHID::readI2COnce(std::uint8_t address, std::span<std::uint8_t> data,
                         std::span<const std::uint8_t> registers) {
     if (report::kFirstData + data.size() > hid::kReportSize ||
@@ -201,9 +210,9 @@ int modHID::readI2COnce(std::uint8_t address, std::span<std::uint8_t> data,
     layOutTransfer(reportBuffer, static_cast<std::uint8_t>(address + 1), data.size(), registers);
     if (!writeReport()) {
         hidLinkCode = kLinkWriteFailed;
-        return kLinkWriteFailed;
+        return transferEnded(kLinkWriteFailed);
     }
-    const int status = awaitInputReport();
+    const int status = transferEnded(awaitInputReport());
     if (status == kLinkGood)
         std::copy_n(reportBuffer.begin() + report::kFirstData, data.size(), data.begin());
     return status;
@@ -216,7 +225,7 @@ int modHID::writeI2COnce(std::uint8_t address, std::span<const std::uint8_t> dat
     layOutTransfer(reportBuffer, address, data.size(), registers);
     std::copy(data.begin(), data.end(),
               reportBuffer.begin() + report::kI2cPayload + static_cast<std::ptrdiff_t>(registers.size()));
-    return writeReport() ? awaitInputReport() : kLinkWriteFailed;
+    return transferEnded(writeReport() ? awaitInputReport() : kLinkWriteFailed);
 }
 
 int modHID::readI2C(std::uint8_t address, std::span<std::uint8_t> data,

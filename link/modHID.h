@@ -97,6 +97,9 @@ class modHID {
                     std::span<const std::uint8_t> registers);
     int writeI2COnce(std::uint8_t address, std::span<const std::uint8_t> data,
                      std::span<const std::uint8_t> registers);
+    /// I2C transactions so far, good or not, and the status of the last: what a lamp beside a button goes by.
+    unsigned transfers() const { return transfers_; }
+    int lastTransfer() const { return lastTransfer_; }
     /// With dialogs, repeated for as long as the user answers Retry. \param quietAddressError not 0: status 1
     /// shows no dialog.
     int readI2C(std::uint8_t address, std::span<std::uint8_t> data, std::span<const std::uint8_t> registers,
@@ -151,6 +154,7 @@ class modHID {
     bool readReport(Milliseconds timeout);
     void noteNoReply();
     bool findBoards();
+    int transferEnded(int status);
     Choice askRetry(const std::string& text);
     void setHealth(Health health);
     bool failsQuietly() const { return quietStart_ && !BoardConnected; }
@@ -160,6 +164,8 @@ class modHID {
     Trace& trace_;
     int instance_ = 0;
     bool quietStart_ = false;
+    unsigned transfers_ = 0;
+    int lastTransfer_ = 0;
     Health health_ = Health::Unknown;
     std::function<void()> boardsListed_;
     std::function<void()> giveUp_;

@@ -24,10 +24,7 @@ void frmMainF340::wireSpi() {
     wireClick(cmdSPIWrite, &frmMainF340::cmdSPIWrite_Click);
     wireClick(cboSPIClock, &frmMainF340::cboSPIClock_Click);
     for (CheckBox* box : {&chkSPIckpol, &chkSPIckpha, &chkSPIss})
-        box->onClick([this] {
-            if (!link().suppressControlEvents)
-                setSPIconfig();
-        });
+        wireClick(*box, &frmMainF340::spiOption_Click);
     action("cboSPIclock_init", &frmMainF340::cboSPIclock_init);
     action("setSPIconfig", &frmMainF340::setSPIconfig);
     action("getSPIconfig", &frmMainF340::getSPIconfig);
@@ -60,7 +57,7 @@ void frmMainF340::cmdSPIWrite_Click() {
 }
 
 void frmMainF340::cboSPIclock_init() {
-    if (!readCommand(Command::SpiClock, kPurgeFill, {report::kRead}, true))
+    if (!readState(Command::SpiClock, Lost::GoOn))
         return;
     const int kHz = toInt16(byteAt(2) * 1000);
     const int current = byteAt(3);
@@ -94,9 +91,14 @@ void frmMainF340::setSPIconfig() {
     sendCommand(Command::SpiConfig, kFill, {report::kWrite, static_cast<std::uint8_t>(bits)});
 }
 
+void frmMainF340::spiOption_Click() {
+    if (!link().suppressControlEvents)
+        setSPIconfig();
+}
+
 void frmMainF340::getSPIconfig() {
     uses_.trace.line({"getSPIconfig: Configure SPI Options"});
-    if (readCommand(Command::SpiConfig, kPurgeFill, {report::kRead}, true)) {
+    if (readState(Command::SpiConfig, Lost::Stop)) {
         const bool before = std::exchange(link().suppressControlEvents, true);
         const OnScopeExit restore([this, before] { link().suppressControlEvents = before; });
         chkSPIckpol.setValue(byteAt(2) & 1);

@@ -234,7 +234,8 @@ hid::Report Firmware::i2cTransfer(const hid::Report& in) {
     const int sent = report::kI2cPayload + in[report::kI2cRegisterCount] + (read ? 0 : count);
     if (sent > hid::kReportSize || (read && report::kFirstData + count > hid::kReportSize)) {
         reply[report::kErrorByte] = kRequestTooLong;
-    } else if (faults_.take(FaultKind::Nak) || !i2cExchange(in, reply)) {
+    } else if (faults_.take(FaultKind::Nak) || faults_.waiting(FaultKind::StuckSda) ||
+               !i2cExchange(in, reply)) {
         reply = replyWith();
         reply[report::kErrorByte] = kBusError;
     }

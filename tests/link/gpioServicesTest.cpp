@@ -103,6 +103,16 @@ TEST_F(GpioServicesTest, RegisterTable) {
     EXPECT_EQ(console().txtPBufRd[1].text(), "66");
     EXPECT_EQ(console().ShpSKFRd[25].colour(), Colour::Green);
     EXPECT_EQ(console().lblSFRBuf[0].caption() + console().lblSFRBuf[3].caption(), "010D");
+    // A second click inside the first one's pumps works through the same fields: no row may take from it.
+    console().cmdReadSKF.userClick();
+    std::vector<std::string> rows;
+    for (auto& row : console().txtPBufRd)
+        rows.push_back(row->text());
+    for (const int ms : {1, 30, 71})
+        at(ms, [this] { console().cmdReadSKF.userClick(); });
+    console().cmdReadSKF.userClick();
+    for (auto& row : console().txtPBufRd)
+        EXPECT_EQ(row->text(), rows[static_cast<std::size_t>(row->index())]) << row->index();
 }
 
 TEST_F(GpioServicesTest, ReadingTheBoardsPinsWritesNoPort) {

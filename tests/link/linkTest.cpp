@@ -199,6 +199,31 @@ TEST_F(LinkTest, OtherCommandsAreLostWithTheirReply) {
     EXPECT_EQ(handles(), 0);
 }
 
+TEST_F(LinkTest, RetryOverALostReplyShowsTheBoardsStateAndNoOtherRegister) {
+    loadConsoles();
+    for (CheckBox* box : {&console().chkStoppedWrite, &console().chkSPIckpha, &console().chkLED[1]})
+        if (!box->checked())
+            box->userClick();
+    const int rate = console().cboSMBusFrequency.listIndex();
+    ASSERT_GE(rate, 0);
+    for (const Command command : {Command::Led, Command::I2cClock, Command::I2cOptions, Command::SpiConfig}) {
+        SCOPED_TRACE(static_cast<int>(command));
+        fault(FaultKind::NoReply, 1, static_cast<int>(command));
+        answer(Choice::Retry);
+        console().cboEVBinstance.userSelect(0);
+        EXPECT_THAT(boxes(), ElementsAre(with(kCheckStatus, "Retry")));
+        EXPECT_TRUE(console().chkStoppedWrite.checked() && console().chkSPIckpha.checked());
+        EXPECT_NE(console().chkLED[1].value(), 0);
+        EXPECT_EQ(console().cboSMBusFrequency.listIndex(), rate);
+    }
+    console().txtSFRAddress.setText("80");
+    fault(FaultKind::NoReply, 1, 18);
+    answer(Choice::Retry);
+    console().cmdGetSDFValue.userClick();
+    EXPECT_THAT(boxes(), ElementsAre(with(kCheckStatus, "Retry")));
+    EXPECT_NE(console().lblSFRBuf[2].caption(), "00"); // no good value of whatever Retry read last
+}
+
 TEST_F(LinkTest, ErrorByteAsksForTheAddressButIsNoLinkFailure) {
     loadConsoles();
     fault(FaultKind::Nak, 2, 6);

@@ -169,9 +169,10 @@ TEST_F(BusTest, FaultsWaitForTheCommandsThatCanMeetThem) {
     EXPECT_EQ(ask("05 01", 3), "01 EE 18");
     EXPECT_EQ(ask("05 01", 3), "01 00 18");
     EXPECT_EQ(ask("06 51 01 01 00", 3), "01 01 00");
-    EXPECT_EQ(ask("06 51 01 01 00", 3), "01 00 40");
+    EXPECT_EQ(ask("06 51 01 01 00", 3), "01 01 00") << "no transfer while the line is stuck";
     EXPECT_EQ(ask("04 00 01 00 01", 3), "01 00 01");
     EXPECT_EQ(ask("04 00 01 00 01", 3), "01 00 00");
+    EXPECT_EQ(ask("06 51 01 01 00", 3), "01 00 40");
     EXPECT_FALSE(send("07 00 07"));
     EXPECT_EQ(ask("07 01", 3), "01 00 04") << "the refused write changed nothing";
 

@@ -86,6 +86,19 @@ void BenchMethods::asEvent(const EventLoop::Action& act) {
     requireDone(bench_.events.deliver(act));
 }
 
+void BenchMethods::withArguments(const std::string& path, const EventLoop::Action& act) {
+    std::string wrong;
+    asEvent([&] {
+        try {
+            act();
+        } catch (const ArgumentError& error) {
+            wrong = error.what();
+        }
+    });
+    if (!wrong.empty())
+        throw invalidParams("'" + path + "': " + wrong);
+}
+
 Panel& BenchMethods::used(PanelSlotBase& slot) {
     if (!slot.loaded())
         asEvent([&slot] { slot.load(); });
@@ -183,7 +196,8 @@ Json BenchMethods::set(const Json& params) {
         const SharedValues::Value& shared = sharedValueAt(bench_, path);
         if (!shared.set)
             throw invalidParams("'" + path.text() + "' can only be read");
-        asEvent([&, held = toActionValue(*value, "value")] { shared.set(path.index, held); });
+        const ActionValue held = toActionValue(*value, "value");
+        withArguments(path.text(), [&] { shared.set(path.index, held); });
         return nullptr;
     }
     Assignment assignment{*value, optionalText(params, "aspect")};
@@ -210,7 +224,7 @@ Json BenchMethods::call(const Json& params) {
     const Panel::Action& action = path.bare() ? moduleActionNamed(bench_, path.name)
                                               : actionAt(used(slotNamed(bench_, path.panel)), path);
     ActionValue result;
-    asEvent([&] { result = action(args); });
+    withArguments(path.text(), [&] { result = action(args); });
     return toJson(result);
 }
 

@@ -46,6 +46,8 @@ class BenchMethods {
 
     /// Runs `act` as a user's event.
     void asEvent(const EventLoop::Action& act);
+    /// The same; what takes other arguments is an error of the request and no fault of the program.
+    void withArguments(const std::string& path, const EventLoop::Action& act);
     Panel& used(PanelSlotBase& slot);
     Json read(const std::string& path) const;
     ScriptedDialogs::Answer answerOf(const Json& choice) const;

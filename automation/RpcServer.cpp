@@ -234,12 +234,14 @@ void RpcServer::runAt(const Json& params, const Json& id, const Answer& answer) 
         delay, [this, alive = std::weak_ptr(alive_), ticket, method, id, inner = paramsOf(*request)] {
             if (alive.expired())
                 return;
+            --requestsToCome_;
             try {
                 run(method, inner, id, [this, ticket](const Json& outcome) { give(ticket, outcome); });
             } catch (const RpcError& error) {
                 give(ticket, failure(error.code(), error.what()));
             }
         });
+    ++requestsToCome_;
     answer(success(nullptr));
 }
 

@@ -33,6 +33,9 @@ class RpcServer {
     /// Once the program has ended no event runs any more: answers what still waits for one.
     void settle();
 
+    /// A request of `at` is still to come.
+    bool expectsRequest() const { return requestsToCome_ > 0; }
+
   private:
     /// Takes {"result": ...} or {"error": ...}, once.
     using Answer = std::function<void(const Json& outcome)>;
@@ -61,6 +64,7 @@ class RpcServer {
     BenchMethods methods_;
     Send send_;
     Ticket nextTicket_ = 1;
+    int requestsToCome_ = 0;
     std::map<Ticket, Answer> waiting_;
     Subscription wire_;
     /// Events that are still queued when the server goes find that it is gone.

@@ -156,7 +156,11 @@ void StdioTransport::waitInsideAction(std::optional<Milliseconds> untilNext) {
         events_.clock().sleep(std::min(untilNext.value_or(kStep), kStep));
         return;
     }
-    reader_.wait(virtualTime_ ? std::nullopt : untilNext);
+    // Virtual time stands still until a request moves it, unless one is to come by itself.
+    if (virtualTime_ && untilNext && server_.expectsRequest())
+        events_.clock().sleep(*untilNext);
+    else
+        reader_.wait(virtualTime_ ? std::nullopt : untilNext);
 }
 
 void StdioTransport::run() {

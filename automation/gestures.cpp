@@ -29,8 +29,10 @@ Outcome click(Control& control) {
         return static_cast<Button&>(control).userClick();
     case Kind::MenuEntry:
         return static_cast<MenuEntry&>(control).userClick();
+    case Kind::TextBox:
+        return static_cast<TextBox&>(control).userClick();
     default:
-        throw noSuchGesture(control, "click", "CheckBox, OptionButton, Button and MenuEntry");
+        throw noSuchGesture(control, "click", "CheckBox, OptionButton, Button, MenuEntry and TextBox");
     }
 }
 

@@ -33,6 +33,17 @@ struct BenchRig {
     }
 };
 
+/// As the link appends: the message's pieces, then the line break by itself.
+inline void appendLines(TextLog& log, int lines) {
+    for (int line = 0; line < lines; ++line) {
+        log.append("Write F340 SFR Register ");
+        log.append("A0");
+        log.append(" = ");
+        log.append("70");
+        log.append("\r\n");
+    }
+}
+
 /// Seconds of processor time that this thread has used.
 inline double cpuSeconds() {
     timespec now{};

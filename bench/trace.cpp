@@ -11,17 +11,6 @@ constexpr int kLongLog = 100000;
 constexpr int kBatch = 100;
 constexpr int kBatches = 100;
 
-/// As the link appends: the message's pieces, then the line break by itself.
-void appendLines(TextLog& log, int lines) {
-    for (int line = 0; line < lines; ++line) {
-        log.append("Write F340 SFR Register ");
-        log.append("A0");
-        log.append(" = ");
-        log.append("70");
-        log.append("\r\n");
-    }
-}
-
 /// 100 lines to the trace panel's log, which holds `range(0)` lines before.
 void TraceAppend(benchmark::State& state) {
     BenchRig rig;

@@ -35,6 +35,8 @@ struct ShellState {
         false; ///< a device panel closes to go back to the start panel, not to end the program
     bool reloadI2CList = false; ///< set by the product table, read by the list actions
     bool reloadSPIList = false;
+    bool showConsoles =
+        false; ///< by a double click on the start panel's picture: they come with the next device panel
 };
 
 } // namespace vrk

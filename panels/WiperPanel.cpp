@@ -18,8 +18,16 @@ constexpr int kFirstWiperChannelRow = 6; ///< VIN0 on the channel list
 
 } // namespace
 
-WiperPanel::WiperPanel(PanelContext& context, std::string name, std::string title, Uses uses)
-    : DevicePanel(context, std::move(name), std::move(title), std::move(uses)) {
+WiperPanel::WiperPanel(PanelContext& context, std::string name, std::string title, Uses uses,
+                       WiperState& state)
+    : DevicePanel(context, std::move(name), std::move(title), std::move(uses)),
+      wipers(state),
+      TapCount(state.TapCount),
+      channelCount(state.channelCount),
+      ChanReg(state.ChanReg),
+      WiperWrite(state.WiperWrite),
+      WiperWriteHex(state.WiperWriteHex),
+      WiperRead(state.WiperRead) {
     lblProduct.setCaption("Manual Setup");
     OptChans.setCaptions({"1", "2", "4"});
     OptTaps.setCaptions({"16", "32", "64", "100", "128", "256", "512", "1024"});
@@ -53,18 +61,18 @@ void WiperPanel::wireChannel(int index) {
     slider.setRange(1, TapCount);
     slider.setValue(1);
     slider.onChange([this] {
-        if (!suppressTouch_)
-            sliderTouched_ = true;
+        if (!wipers.SuppressTouch)
+            wipers.SliderTouched = true;
     });
     slider.onScroll([this] {
-        sliderTouched_ = true;
+        wipers.SliderTouched = true;
         pump();
     });
-    slider.onMouseDown([this] { sliderDrag_ = true; });
+    slider.onMouseDown([this] { wipers.SliderDrag = true; });
     slider.onMouseUp([this, index] { sliderMouseUp(index); });
     List1[index].onScroll([this] {
-        if (!suppressTouch_)
-            listTouched_ = true;
+        if (!wipers.SuppressTouch)
+            wipers.ListTouched = true;
     });
     txtDECDataWrt[index].setText("0000");
     txtDECDataWrt[index].setMaxLength(4);
@@ -73,7 +81,7 @@ void WiperPanel::wireChannel(int index) {
     txtHexDataWrt[index].onKeyPress([this, index](int key) { return txtHexDataWrt_KeyPress(index, key); });
     txtDECDataWrt[index].onKeyPress([this, index](int key) { return txtDECDataWrt_KeyPress(index, key); });
     for (TextBox* box : {&txtHexDataWrt[index], &txtDECDataWrt[index]})
-        box->onGotFocus([this] { entryDone_ = false; });
+        box->onGotFocus([this] { wipers.EntryDone = false; });
     txtHexDataWrt[index].setCaption("Hex");
     txtDECDataWrt[index].setCaption("Dec");
     CMDxMIT[index].setCaption("Write");
@@ -100,7 +108,8 @@ void WiperPanel::wireChannel(int index) {
 
 void WiperPanel::loadChannels() {
     clearTouched();
-    suppressTouch_ = sliderDrag_ = listDrive_ = hexPending_ = decPending_ = entryDone_ = false;
+    wipers.SuppressTouch = wipers.SliderDrag = wipers.ListDrive = wipers.HexPending = wipers.DecPending =
+        wipers.EntryDone = false;
     for (int index = 0; index < kChannels; ++index) {
         ProgressBar1[index].setMaximum(TapCount);
         Slider1[index].setMaximum(TapCount);
@@ -124,8 +133,8 @@ void WiperPanel::resetChannelRegisters() {
 }
 
 void WiperPanel::clearTouched() {
-    listTouched_ = false;
-    sliderTouched_ = false;
+    wipers.ListTouched = false;
+    wipers.SliderTouched = false;
 }
 
 void WiperPanel::fillLists() {
@@ -138,8 +147,8 @@ void WiperPanel::fillLists() {
 }
 
 void WiperPanel::moveControls(int index, int sliderValue) {
-    const bool before = std::exchange(suppressTouch_, true);
-    const OnScopeExit restore([this, before] { suppressTouch_ = before; });
+    const bool before = std::exchange(wipers.SuppressTouch, true);
+    const OnScopeExit restore([this, before] { wipers.SuppressTouch = before; });
     clearTouched();
     Slider1[index].setValue(sliderValue);
     List1[index].setListIndex(Slider1[index].value() - 1);
@@ -158,8 +167,8 @@ void WiperPanel::OptTaps_Click(int index) {
         throw subscriptOutOfRange();
     const TapChoice& choice = kTapChoices.at(static_cast<std::size_t>(index));
     TapCount = choice.taps;
-    const bool before = std::exchange(suppressTouch_, true);
-    OnScopeExit restore([this, before] { suppressTouch_ = before; });
+    const bool before = std::exchange(wipers.SuppressTouch, true);
+    OnScopeExit restore([this, before] { wipers.SuppressTouch = before; });
     for (int channel = 0; channel < kChannels; ++channel) {
         ProgressBar1[channel].setMaximum(TapCount);
         ProgressBar1[channel].setValue(1);
@@ -175,7 +184,7 @@ void WiperPanel::OptTaps_Click(int index) {
         lblPotRead[channel].setCaption(wide ? "----" : "---");
         lblPotReadhex[channel].setCaption(wide ? "---" : "--");
     }
-    suppressTouch_ = before;
+    wipers.SuppressTouch = before;
     restore.dismiss();
     pump();
 }
@@ -183,10 +192,10 @@ void WiperPanel::OptTaps_Click(int index) {
 void WiperPanel::CMDxMIT_Click(int index) {
     DisabledWhile busy({&CMDxMIT[index], &cmdI2Read[index], &cmdACRWrite, &cmdACRRead});
     // Enter itself writes, so a pending entry gives one write from inside and a second from here.
-    if (hexPending_)
-        txtHexDataWrt_KeyPress(hexPendingIndex_, kEnterKey);
-    if (decPending_)
-        txtDECDataWrt_KeyPress(decPendingIndex_, kEnterKey);
+    if (wipers.HexPending)
+        txtHexDataWrt_KeyPress(wipers.HexPendingIndex, kEnterKey);
+    if (wipers.DecPending)
+        txtDECDataWrt_KeyPress(wipers.DecPendingIndex, kEnterKey);
     pump();
     setAddressBytes();
     Wrt_VRK(ChanReg[index]);
@@ -245,42 +254,42 @@ void WiperPanel::showWriteValue(int index, int value) {
 }
 
 void WiperPanel::sliderMouseUp(int index) {
-    if (!sliderTouched_) {
-        sliderDrag_ = false;
+    if (!wipers.SliderTouched) {
+        wipers.SliderDrag = false;
         return;
     }
     DisabledWhile busy({&Slider1[index]});
-    const OnScopeExit dragOver([this] { sliderDrag_ = false; });
+    const OnScopeExit dragOver([this] { wipers.SliderDrag = false; });
     pump();
-    if (!listDrive_) {
-        sliderDrag_ = true;
+    if (!wipers.ListDrive) {
+        wipers.SliderDrag = true;
         List1[index].setListIndex(Slider1[index].value() - 1); // its click writes
         pump();
         showWriteValue(index, decimalInt(List1[index].text()));
         pump();
         pump();
-        sliderDrag_ = false;
+        wipers.SliderDrag = false;
     }
     wait(Milliseconds{20});
     busy.release();
-    sliderTouched_ = false;
+    wipers.SliderTouched = false;
     pump();
 }
 
 void WiperPanel::List1_Click(int index) {
     // A click without a scroll before it does nothing: the user scrolls to a row, then clicks it.
-    if (!listTouched_ && !sliderTouched_)
+    if (!wipers.ListTouched && !wipers.SliderTouched)
         return;
     clearTouched();
     DisabledWhile busy({&List1[index]});
     pump();
-    if (!sliderDrag_) {
-        listDrive_ = true;
-        const OnScopeExit driveOver([this] { listDrive_ = false; });
+    if (!wipers.SliderDrag) {
+        wipers.ListDrive = true;
+        const OnScopeExit driveOver([this] { wipers.ListDrive = false; });
         {
             // For the move alone: what the user does while events run counts.
-            const bool before = std::exchange(suppressTouch_, true);
-            const OnScopeExit restore([this, before] { suppressTouch_ = before; });
+            const bool before = std::exchange(wipers.SuppressTouch, true);
+            const OnScopeExit restore([this, before] { wipers.SuppressTouch = before; });
             Slider1[index].setValue(List1[index].listIndex() + 1);
         }
         pump();
@@ -312,13 +321,13 @@ void WiperPanel::takeTypedValue(int index) {
 
 int WiperPanel::txtHexDataWrt_KeyPress(int index, int key) {
     TextBox& box = txtHexDataWrt[index];
-    decPending_ = false;
-    hexPending_ = true;
-    hexPendingIndex_ = index;
+    wipers.DecPending = false;
+    wipers.HexPending = true;
+    wipers.HexPendingIndex = index;
     if (key != kEnterKey)
         return key; // deliberately unfiltered; Enter tidies the text
-    entryDone_ = true;
-    hexPending_ = false;
+    wipers.EntryDone = true;
+    wipers.HexPending = false;
     const std::string zero(static_cast<std::size_t>(wiperHexDigits()), '0');
     std::string text = upperCase(box.text());
     const int value = hexToInt(text);
@@ -333,13 +342,13 @@ int WiperPanel::txtHexDataWrt_KeyPress(int index, int key) {
 
 int WiperPanel::txtDECDataWrt_KeyPress(int index, int key) {
     TextBox& box = txtDECDataWrt[index];
-    hexPending_ = false;
-    decPending_ = true;
-    decPendingIndex_ = index;
+    wipers.HexPending = false;
+    wipers.DecPending = true;
+    wipers.DecPendingIndex = index;
     if (key != kEnterKey)
         return key;
-    entryDone_ = true;
-    decPending_ = false;
+    wipers.EntryDone = true;
+    wipers.DecPending = false;
     box.setText(upperCase(box.text()));
     if (hexToInt(txtHexDataWrt[index].text()) == 0)
         txtHexDataWrt[index].setText("0");

@@ -5,6 +5,34 @@
 
 namespace vrk {
 
+/// What the wiper actions of one bus have come to; outlives the panel, and scripts see it by name.
+struct WiperState {
+    /// Limit of every wiper value.
+    int TapCount = 128;
+    /// 1, 2 or 4, from the part selected.
+    int channelCount = 1;
+    /// Register of each wiper channel.
+    CheckedArray<int, 11> ChanReg;
+    /// Last value prepared for writing and last value read, in element 6.
+    CheckedArray<int, 11> WiperWrite;
+    CheckedArray<std::string, 11> WiperWriteHex;
+    CheckedArray<int, 11> WiperRead;
+    bool ListTouched = false;   ///< the user has scrolled a list
+    bool SliderTouched = false; ///< a slider has moved
+    bool SuppressTouch = false; ///< the program moves slider and list: that is no touch
+    bool SliderDrag = false;    ///< the slider's mouse button is down, or its mouse-up action runs
+    bool ListDrive = false;     ///< the list moves the slider
+    bool HexPending = false;    ///< typed and not yet committed
+    int HexPendingIndex = 0;
+    bool DecPending = false;
+    int DecPendingIndex = 0;
+    bool EntryDone = false; ///< Enter was given; cleared by the focus of a value box
+    /// Byte composed from the control register's options.
+    int ACRImage = 0;
+    std::uint8_t I2CWriteAddress = 0x50;
+    std::uint8_t I2CReadAddress = 0x51;
+};
+
 /// The channel blocks: how one wiper value travels from a slider, a list or a typed number to the part, and
 /// back to the panel with its voltage. I2C and SPI panels differ in the exchange alone.
 class WiperPanel : public DevicePanel {
@@ -40,16 +68,13 @@ class WiperPanel : public DevicePanel {
     Button cmdACRRead{*this, "cmdACRRead"};
     Button cmdACRWrite{*this, "cmdACRWrite"};
 
-    /// Limit of every wiper value.
-    int TapCount = 128;
-    /// 1, 2 or 4, from the part selected.
-    int channelCount = 1;
-    /// Register of each wiper channel.
-    CheckedArray<int, 11> ChanReg;
-    /// Last value prepared for writing and last value read, in element 6.
-    CheckedArray<int, 11> WiperWrite;
-    CheckedArray<std::string, 11> WiperWriteHex;
-    CheckedArray<int, 11> WiperRead;
+    WiperState& wipers;
+    int& TapCount;
+    int& channelCount;
+    CheckedArray<int, 11>& ChanReg;
+    CheckedArray<int, 11>& WiperWrite;
+    CheckedArray<std::string, 11>& WiperWriteHex;
+    CheckedArray<int, 11>& WiperRead;
     static constexpr int kWiperElement = 6;
 
     /// One write or read of the register `reg`, which is the channel's field index too. Lamps and a message
@@ -82,7 +107,7 @@ class WiperPanel : public DevicePanel {
     std::string partText() const override { return lblProduct.caption(); }
 
   protected:
-    WiperPanel(PanelContext& context, std::string name, std::string title, Uses uses);
+    WiperPanel(PanelContext& context, std::string name, std::string title, Uses uses, WiperState& state);
 
     /// The load's part of this block: flags, ranges and lists for `TapCount`, channel 0 alone shown.
     void loadChannels();
@@ -107,17 +132,6 @@ class WiperPanel : public DevicePanel {
     void takeTypedValue(int index);
     void showWriteValue(int index, int value);
 
-    // Guards against the panel's own moves and against re-entry through events.
-    bool listTouched_ = false;
-    bool sliderTouched_ = false;
-    bool suppressTouch_ = false;
-    bool sliderDrag_ = false;
-    bool listDrive_ = false;
-    bool hexPending_ = false;
-    int hexPendingIndex_ = 0;
-    bool decPending_ = false;
-    int decPendingIndex_ = 0;
-    bool entryDone_ = false;
     OptionGroup chansGroup_;
     OptionGroup tapsGroup_;
     Signal<const Reading&> readings_;

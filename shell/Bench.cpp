@@ -17,12 +17,7 @@ Bench::Bench(const Parts& parts)
                                           shell_, [this](int row) { return panelOfRow(row); },
                                           [this]() -> PanelSlotBase& { return this->frmStartup; }});
                  }),
-      Doco(context_, "Doco", "Trace",
-           [this] {
-               if (!tracePanel_)
-                   tracePanel_ = std::make_shared<class Doco>(context_, trace_);
-               return tracePanel_;
-           }),
+      Doco(context_, "Doco", "Trace", [this] { return std::make_shared<class Doco>(context_, trace_); }),
       frmMainF340(context_, "frmMainF340", "HID Firmware Basic I/O ",
                   [this] {
                       return std::make_shared<class frmMainF340>(
@@ -41,15 +36,15 @@ Bench::Bench(const Parts& parts)
       frmVRK_User1(context_, "frmVRK_User1", "VRK I2C Evaluation",
                    [this] {
                        return std::make_shared<class frmVRK_User1>(
-                           context_, deviceUses([this] { frmVRK_User1.hide(); }));
+                           context_, deviceUses([this] { frmVRK_User1.hide(); }), i2cWipers_);
                    }),
       ProductExec(context_, "ProductExec", "VRK Product Selection Parameter Table",
                   [this] {
-                      return std::make_shared<class ProductExec>(context_,
-                                                                 ProductExec::Uses{busMode_, shell_, [this] {
-                                                                                       ProductExec.hide();
-                                                                                       frmVRK_User1.show();
-                                                                                   }});
+                      return std::make_shared<class ProductExec>(
+                          context_, ProductExec::Uses{busMode_, shell_, choice_, [this] {
+                                                          ProductExec.hide();
+                                                          frmVRK_User1.show();
+                                                      }});
                   }),
       motherboard_(context_, link_, analog_, supply_, frmMotherboardDAQ2),
       panels_{&frmStartup, &frmMotherboardDAQ2, &frmMainF340, &frmVRK_User1, &ProductExec, &Doco} {
@@ -109,13 +104,11 @@ void Bench::open(Bus bus) {
 }
 
 bool Bench::returned() const {
-    const auto* table = ProductExec.loadedPanel();
-    return table == nullptr || table->ProductReturned;
+    return choice_.ProductReturned;
 }
 
 bool Bench::selected() const {
-    const auto* table = ProductExec.loadedPanel();
-    return table != nullptr && table->ParamSelected;
+    return choice_.ParamSelected;
 }
 
 std::string Bench::field(int column) const {

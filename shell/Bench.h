@@ -38,6 +38,7 @@ class Bench final : private ShellControl, private ProductTable {
     PanelContext& context() { return context_; }
     EventLoop& events() { return context_.events; }
     modHID& link() { return link_; }
+    const Trace& trace() const { return trace_; }
 
     /// Loads the start panel and brings it to the front, as an event. Never throws.
     Outcome start();
@@ -64,10 +65,7 @@ class Bench final : private ShellControl, private ProductTable {
     PanelSlotBase* panelOfRow(int row);
     DevicePanel::Uses deviceUses(std::function<void()> hideSelf);
     void registerSharedValues();
-    void registerPanelValues();
     void registerModuleActions();
-    template <class P, class Owner, class Member>
-    void addPanelValue(const char* name, PanelSlot<P>& slot, Member Owner::*member);
 
     PanelContext context_;
     Trace trace_;
@@ -77,7 +75,8 @@ class Bench final : private ShellControl, private ProductTable {
     SupplyState supply_;
     ShellState shell_;
     BusMode busMode_;
-    std::shared_ptr<class Doco> tracePanel_; ///< made at its first line; closing its window loses no text
+    ProductChoice choice_;
+    WiperState i2cWipers_;
 
   public:
     PanelSlot<class frmStartup> frmStartup;

@@ -1,7 +1,10 @@
 #include "shell/Doco.h"
 
 #include "platform/files/files.h"
+#include "platform/runtime/Fault.h"
 #include "platform/runtime/text.h"
+
+#include <cerrno>
 
 namespace vrk {
 
@@ -20,7 +23,10 @@ Doco::Doco(PanelContext& context, Trace& trace) : Panel(context, "Doco", "Trace"
     ChkTrace[2].showValue(trace.traceOn ? 1 : 0);
     ChkVerbose.showValue(trace.traceVerbose ? 1 : 0);
     chkTRDetail.showValue(trace.traceDetail ? 1 : 0);
-    detail_ = trace.observeDetail([this] { chkTRDetail.showValue(trace_.traceDetail ? 1 : 0); });
+    switches_ = trace.observeSwitches([this] {
+        ChkTrace[2].showValue(trace_.traceOn ? 1 : 0);
+        chkTRDetail.showValue(trace_.traceDetail ? 1 : 0);
+    });
 
     wireClick(ChkTrace, &Doco::ChkTrace_Click);
     wireClick(chkTRDetail, &Doco::chkTRDetail_Click);
@@ -33,7 +39,7 @@ Doco::Doco(PanelContext& context, Trace& trace) : Panel(context, "Doco", "Trace"
 
 void Doco::ChkTrace_Click(int index) {
     if (index == 2)
-        trace_.traceOn = ChkTrace[2].value() == 1;
+        trace_.setOn(ChkTrace[2].value() == 1);
 }
 
 void Doco::chkTRDetail_Click() {
@@ -71,7 +77,7 @@ void Doco::cmdStartRec_Click(int /*index*/) {
     content += "END\r\n";
     try {
         if (txtFilePath.text().empty())
-            throw Fault("Choose a file for the trace first: the path is empty");
+            throw fileFault("write", "", ENOENT);
         const auto path = context().workingFolder / txtFilePath.text();
         if (chkAppend.checked())
             appendFile(path, content);

@@ -22,6 +22,9 @@ class Doco final : public Panel {
     Button cmdBrowse{*this, "cmdBrowse"};
     Button cndTclear{*this, "cndTclear"};
 
+    /// Its text grows until the program ends, whether somebody looks at it or not.
+    bool closeHides() const override { return true; }
+
     void ChkTrace_Click(int index);
     void chkTRDetail_Click();
     void ChkVerbose_Click();
@@ -33,7 +36,7 @@ class Doco final : public Panel {
 
   private:
     Trace& trace_;
-    Subscription detail_;
+    Subscription switches_;
 };
 
 } // namespace vrk

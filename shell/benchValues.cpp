@@ -90,8 +90,15 @@ void Bench::registerSharedValues() {
                  return panel != nullptr ? panel->name() : std::string();
              },
              {}});
-    all.add(scalar("traceOn", trace_.traceOn));
-    all.add(scalar("traceDetail", trace_.traceDetail));
+    const auto traceSwitch = [this](void (Trace::*change)(bool)) {
+        return [this, change](int, const ActionValue& value) {
+            (trace_.*change)(wholeArgument({value}, 0) != 0);
+        };
+    };
+    all.add({"traceOn", kNoIndex, kNoIndex, [this](int) { return valueOf(trace_.traceOn); },
+             traceSwitch(&Trace::setOn)});
+    all.add({"traceDetail", kNoIndex, kNoIndex, [this](int) { return valueOf(trace_.traceDetail); },
+             traceSwitch(&Trace::setDetail)});
     all.add(scalar("traceVerbose", trace_.traceVerbose));
     all.add(scalar("ProcessorID", analog_.ProcessorID));
     all.add(scalar("ADRef", analog_.ADRef));
@@ -114,55 +121,35 @@ void Bench::registerSharedValues() {
     all.add(scalar("reloadSPIList", shell_.reloadSPIList));
     all.add(scalar("I2CBusMode", busMode_.I2CBusMode));
     all.add(scalar("SPIBusMode", busMode_.SPIBusMode));
-    registerPanelValues();
-}
-
-/// A value that lives in a panel. Asking for it must not load the panel: before its first use there is none.
-template <class P, class Owner, class Member>
-void Bench::addPanelValue(const char* name, PanelSlot<P>& slot, Member Owner::*member) {
-    const auto read = [&slot, member](auto use) {
-        if (P* panel = slot.loadedPanel())
-            return use(panel->*member);
-        throw Fault(slot.name() + " is not loaded");
-    };
-    if constexpr (requires(Member m) { Member::count(); }) {
-        sharedValues_.add(
-            {name, 0, Member::count() - 1,
-             [read](int index) { return read([index](Member& field) { return valueOf(field[index]); }); },
-             [read](int index, const ActionValue& value) {
-                 read([&](Member& field) { assign(field[index], value); });
-             }});
-    } else {
-        sharedValues_.add(
-            {name, kNoIndex, kNoIndex,
-             [read](int) { return read([](Member& field) { return valueOf(field); }); },
-             [read](int, const ActionValue& value) { read([&](Member& field) { assign(field, value); }); }});
-    }
-}
-
-void Bench::registerPanelValues() {
-    using I2cPanel = class frmVRK_User1;
-    addPanelValue("showConsoles", frmStartup, &frmStartup::showConsoles);
-    using Table = class ProductExec;
-    addPanelValue("ParamSelected", ProductExec, &Table::ParamSelected);
-    addPanelValue("ParamChanged", ProductExec, &Table::ParamChanged);
-    addPanelValue("ProductReturned", ProductExec, &Table::ProductReturned);
-    addPanelValue("TapCount", frmVRK_User1, &I2cPanel::TapCount);
-    addPanelValue("channelCount", frmVRK_User1, &I2cPanel::channelCount);
-    addPanelValue("ChanReg", frmVRK_User1, &I2cPanel::ChanReg);
-    addPanelValue("WiperWrite", frmVRK_User1, &I2cPanel::WiperWrite);
-    addPanelValue("WiperWriteHex", frmVRK_User1, &I2cPanel::WiperWriteHex);
-    addPanelValue("WiperRead", frmVRK_User1, &I2cPanel::WiperRead);
-    addPanelValue("ACRImage", frmVRK_User1, &I2cPanel::ACRImage);
-    addPanelValue("I2CWriteAddress", frmVRK_User1, &I2cPanel::I2CWriteAddress);
-    addPanelValue("I2CReadAddress", frmVRK_User1, &I2cPanel::I2CReadAddress);
+    all.add(scalar("ParamSelected", choice_.ParamSelected));
+    all.add(scalar("ParamChanged", choice_.ParamChanged));
+    all.add(scalar("ProductReturned", choice_.ProductReturned));
+    all.add(scalar("showConsoles", shell_.showConsoles));
+    all.add(scalar("TapCount", i2cWipers_.TapCount));
+    all.add(scalar("channelCount", i2cWipers_.channelCount));
+    all.add(array("ChanReg", i2cWipers_.ChanReg));
+    all.add(array("WiperWrite", i2cWipers_.WiperWrite));
+    all.add(array("WiperWriteHex", i2cWipers_.WiperWriteHex));
+    all.add(array("WiperRead", i2cWipers_.WiperRead));
+    all.add(scalar("ListTouched", i2cWipers_.ListTouched));
+    all.add(scalar("SliderTouched", i2cWipers_.SliderTouched));
+    all.add(scalar("SuppressTouch", i2cWipers_.SuppressTouch));
+    all.add(scalar("SliderDrag", i2cWipers_.SliderDrag));
+    all.add(scalar("ListDrive", i2cWipers_.ListDrive));
+    all.add(scalar("HexPending", i2cWipers_.HexPending));
+    all.add(scalar("HexPendingIndex", i2cWipers_.HexPendingIndex));
+    all.add(scalar("DecPending", i2cWipers_.DecPending));
+    all.add(scalar("DecPendingIndex", i2cWipers_.DecPendingIndex));
+    all.add(scalar("EntryDone", i2cWipers_.EntryDone));
+    all.add(scalar("ACRImage", i2cWipers_.ACRImage));
+    all.add(scalar("I2CWriteAddress", i2cWipers_.I2CWriteAddress));
+    all.add(scalar("I2CReadAddress", i2cWipers_.I2CReadAddress));
 }
 
 void Bench::registerModuleActions() {
     const auto add = [this](const char* name, std::size_t count, auto run) {
         moduleActions_.push_back({name, [count, run](const ActionArgs& args) -> ActionValue {
-                                      if (args.size() != count)
-                                          throw typeMismatch();
+                                      requireArguments(args, count);
                                       return run(args);
                                   }});
     };

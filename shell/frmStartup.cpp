@@ -28,7 +28,8 @@ frmStartup::frmStartup(PanelContext& context, Uses uses)
     mnuAboutShow.setCaption("About");
     Picture1.setToolTip("Double click: show the consoles along with the device panel");
     Label1.setCaption("Connect Hardware as Shown, then select Option");
-    detail_ = uses_.trace.observeDetail([this] { chkTRDetail.showValue(uses_.trace.traceDetail ? 1 : 0); });
+    switches_ =
+        uses_.trace.observeSwitches([this] { chkTRDetail.showValue(uses_.trace.traceDetail ? 1 : 0); });
 
     wireClick(cboVRKSelect, &frmStartup::cboVRKSelect_Click);
     wireClick(OptLM73, &frmStartup::OptLM73_Click);
@@ -36,16 +37,13 @@ frmStartup::frmStartup(PanelContext& context, Uses uses)
     wireClick(mnuAboutShow, &frmStartup::mnuAboutShow_Click);
     wireClick(Command1, &frmStartup::Command1_Click);
     wireClick(Command2, &frmStartup::Command2_Click);
+    wireClick(Command3, &frmStartup::Command3_Click);
     wireClick(cmdShowBlock, &frmStartup::cmdShowBlock_Click);
     Picture1.onDoubleClick([this] { Picture1_DblClick(); });
     Timer1.onTimer([this] { Timer1_Timer(); });
     action("Picture1_DblClick", &frmStartup::Picture1_DblClick);
     action("Timer1_Timer", &frmStartup::Timer1_Timer);
     action("Form_GotFocus", &frmStartup::Form_GotFocus);
-    Command3.onClick([this] {
-        if (PanelSlotBase* calibration = uses_.panelOfRow(kCalibrate))
-            calibration->show();
-    });
 }
 
 void frmStartup::Form_Load() {
@@ -54,7 +52,6 @@ void frmStartup::Form_Load() {
     uses_.analog.ADRef = 3.3;
     uses_.supply.TrackOn = true;
     uses_.state = {};
-    showConsoles = false;
     OptLM73[0].showSelected();
     cboVRKSelect.setRows({{"Device Selection", 0},
                           {"   VRK Devices", 0},
@@ -106,6 +103,11 @@ void frmStartup::chkTRDetail_Click() {
     uses_.trace.setDetail(chkTRDetail.value() == 1);
 }
 
+void frmStartup::Command3_Click() {
+    if (PanelSlotBase* calibration = uses_.panelOfRow(kCalibrate))
+        calibration->show();
+}
+
 void frmStartup::mnuAboutShow_Click() {
     context().say(
         "Bench console for digitally controlled potentiometers, version 0.1.0.\r\n\r\nFor evaluation on the "
@@ -114,19 +116,21 @@ void frmStartup::mnuAboutShow_Click() {
 }
 
 void frmStartup::Picture1_DblClick() {
-    showConsoles = true;
+    uses_.state.showConsoles = true;
 }
 
 void frmStartup::loadConsoles() {
     // The first hiding loads: discovery runs in it, and a missing board is asked for once.
     std::optional<modHID::QuietStart> quiet;
-    if (!uses_.board.loaded() || !uses_.console.loaded())
+    if (!uses_.console.loaded())
         quiet.emplace(uses_.link);
     uses_.board.hide();
     uses_.console.hide();
 }
 
 void frmStartup::cboVRKSelect_Click() {
+    // The loads let events run; a second selection inside a load that is half done would undo it.
+    const DisabledWhile opening({&cboVRKSelect});
     uses_.link.activePanel = this;
     uses_.state.returningToMenu = false;
     if (cboVRKSelect.listIndex() != kHead) {
@@ -153,7 +157,7 @@ void frmStartup::cboVRKSelect_Click() {
         uses_.board->setPin(frmMotherboardDAQ2::kPinMotherboardSwitch, row == kSPI ? 1 : 0);
     if (row == kI2C)
         uses_.console->setI2Coptions(0);
-    if (showConsoles && row != kPushButton) {
+    if (uses_.state.showConsoles && row != kPushButton) {
         uses_.board.show();
         uses_.console.show();
     }

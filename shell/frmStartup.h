@@ -53,9 +53,6 @@ class frmStartup final : public Panel, public ActivePanel {
     Picture Picture2{*this, "Picture2"};
     Label Label1{*this, "Label1"};
 
-    /// Set by a double click on the picture: the consoles are shown along with the next device panel.
-    bool showConsoles = false;
-
     void cboVRKSelect_Click();
     void Timer1_Timer();
     void OptLM73_Click(int index);
@@ -64,6 +61,7 @@ class frmStartup final : public Panel, public ActivePanel {
     void Picture1_DblClick();
     void Command1_Click() {}
     void Command2_Click() {}
+    void Command3_Click();
     void cmdShowBlock_Click() {}
 
   private:
@@ -71,7 +69,7 @@ class frmStartup final : public Panel, public ActivePanel {
 
     Uses uses_;
     OptionGroup lm73Group_;
-    Subscription detail_;
+    Subscription switches_;
 };
 
 } // namespace vrk

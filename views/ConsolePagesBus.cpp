@@ -10,6 +10,8 @@
 #include <QPushButton>
 #include <QRadioButton>
 
+#include <memory>
+
 namespace vrk {
 
 using namespace qt;
@@ -18,24 +20,40 @@ namespace {
 
 constexpr int kTableColumns = 8;
 
-LastResult busResult(const frmMainF340& p) {
-    switch (p.link().i2cStatus) {
-    case kLinkGood:
-        return LastResult::Good;
-    case 0:
-        return LastResult::None;
-    default:
-        return LastResult::Failed;
-    }
-}
-
+/// How the last transaction of these buttons ended. A click that came to none, for a wrong entry or a missing
+/// file, leaves the lamp dark.
 LampWidget* busLamp(PanelUi& ui, frmMainF340& p, std::initializer_list<Button*> causes, const QString& name) {
-    return resultLamp(ui, causes, name, [&p] { return busResult(p); });
+    auto* lamp = new LampWidget;
+    lamp->setToolTip(name);
+    lamp->setAccessibleName(name);
+    const auto before = std::make_shared<unsigned>(0);
+    for (Button* cause : causes) {
+        Binding* tied = ui.find(*cause);
+        auto* button = tied == nullptr ? nullptr : qobject_cast<QPushButton*>(&tied->target());
+        if (button == nullptr)
+            continue;
+        QObject::connect(button, &QPushButton::pressed, lamp, [before, tied, &p] {
+            if (tied->control() != nullptr)
+                *before = p.link().transfers();
+        });
+        QObject::connect(button, &QPushButton::clicked, lamp, [before, lamp, tied, &p] {
+            if (tied->control() == nullptr)
+                return; // the transaction has ended the program
+            if (p.link().transfers() == *before)
+                return lamp->setColour(Colour::Black);
+            if (p.link().lastTransfer() != kLinkGood)
+                return lamp->setColour(Colour::LightRed);
+            lamp->setColour(Colour::LightGreen);
+            lamp->blink();
+        });
+    }
+    return lamp;
 }
 
 /// What the scan is at: the address on the bus and how far it has come. Nothing while there is no scan.
 QWidget* scanProgress(PanelUi& ui, frmMainF340& p) {
     constexpr int kLastAddress = 254;
+    constexpr int kAddressesASecond = 10; // with the pause behind each
     auto* bar = new LevelBar;
     bar->setObjectName("scan.bar");
     bar->setAccessibleName("Scan progress");
@@ -43,12 +61,15 @@ QWidget* scanProgress(PanelUi& ui, frmMainF340& p) {
     auto* text = new QLabel;
     text->setObjectName("scan.text");
     text->setFont(valueFont());
-    text->setMinimumWidth(text->fontMetrics().horizontalAdvance("Scanning 00…"));
+    text->setMinimumWidth(text->fontMetrics().horizontalAdvance("Scanning 00, 13 s left"));
     QWidget* busy = keepsPlace(block(row({text, bar})));
     busy->setObjectName("scan.busy");
     const auto show = [busy, bar, text, &p] {
         busy->setVisible(p.cmdStopScan.enabled());
-        text->setText("Scanning " + QString::fromStdString(p.txtI2Caddress.text()) + "…");
+        const int addresses = (kLastAddress - p.link().i2cAddress) / 2;
+        text->setText(QString("Scanning %1, %2 s left")
+                          .arg(QString::fromStdString(p.txtI2Caddress.text()))
+                          .arg(addresses / kAddressesASecond + 1));
         bar->setValue(p.link().i2cAddress);
     };
     ui.watch(p.cmdStopScan, show);

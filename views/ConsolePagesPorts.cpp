@@ -133,7 +133,7 @@ QWidget* makeSfrPage(PanelWindow& window, frmMainF340& p) {
     auto* rightHalf = sfrRows(ui, p, kHalf, frmMainF340::kSfrRows);
     auto* address = entry(ui, p.txtSFRAddress, 3, "Register address");
     auto* data = entry(ui, p.txtSFRWRData, 3, "Value to write");
-    static constexpr std::array<const char*, 4> kReply = {"Report ID", "Error", "Error flag", "Data"};
+    static constexpr std::array<const char*, 4> kReply = {"RID", "Error", "Error flag", "Data"};
     std::vector<std::vector<Item>> reply;
     for (auto& label : p.lblSFRBuf) {
         const char* name = kReply.at(static_cast<std::size_t>(label->index()));
@@ -142,7 +142,7 @@ QWidget* makeSfrPage(PanelWindow& window, frmMainF340& p) {
         reply.push_back({name, value, stretch});
     }
     auto* single =
-        group("One register",
+        group("SFR Case 18",
               column({
                   grid({{caption("Address", address), address, quietText("hex"), ui(p.cmdGetSDFValue)},
                         {caption("Value", data), data, quietText("hex"), ui(p.cmdSetSFR), stretch}}),

@@ -32,8 +32,8 @@ QWidget* partBlock(PanelUi& ui, frmVRK_User1& p) {
         column({
             row({"Channels", ui(p.OptChans[0]), ui(p.OptChans[1]), ui(p.OptChans[2]), stretch}),
             grid({{"Taps", taps[0], taps[1], taps[2], taps[3]}, {{}, taps[4], taps[5], taps[6], taps[7]}}),
-            grid({{caption("Address size", addressSize), addressSize, stretch},
-                  {caption("Data size", dataSize), dataSize}}),
+            grid({{caption("Address Size", addressSize), addressSize, stretch},
+                  {caption("Data Size", dataSize), dataSize}}),
         }));
 }
 
@@ -50,7 +50,7 @@ QWidget* addressBlock(PanelUi& ui, frmVRK_User1& p) {
                                              ui(p.chkI2CAdr[2]), ui(p.chkI2CAdr[3]), stretch}),
                                         row({caption("From pins", computed), computed, quietText("hex"),
                                              ui(p.cmdCopyAdr), stretch})}))),
-            row({caption("Clock", clock), clock, quietText("kHz"), stretch}),
+            row({caption(plainCaption(p.cboI2CClock), clock), clock, stretch}),
         }));
 }
 
@@ -74,8 +74,9 @@ QWidget* controlRegisterBlock(PanelUi& ui, frmVRK_User1& p) {
 QWidget* shutdownBlock(PanelUi& ui, frmVRK_User1& p) {
     auto* warning = keepsPlace(ui(p.lblShutDown));
     warning->setFont(textFont(1.0, true));
-    return ui.frame(p.FrmShutdown, "Shutdown",
-                    column({row({ui(p.chkShutdown), ui(p.ChkShutDown2), stretch}), warning}));
+    // The pin's box stays where the register's goes: every part has the pin.
+    return block(column(
+        {ui.frame(p.FrmShutdown, "Shutdown", column({ui(p.chkShutdown), warning})), ui(p.ChkShutDown2)}));
 }
 
 QWidget* generalRegisterBlock(PanelUi& ui, frmVRK_User1& p) {

@@ -53,12 +53,18 @@ constexpr std::array<Uses, frmMotherboardDAQ2::kPins> kPinUses = {{
     {"", "", "", ""},
 }};
 
+/// Over the drive boxes of each port.
+constexpr std::array<const char*, 3> kDriveTitles = {"P0 DRV Enables", "P1 DRV", "P2 DRV "};
+
 /// One line a pin: data beside its name, drive, and what the device panels make of it.
 QGridLayout* pinTable(PanelUi& ui, frmMotherboardDAQ2& p) {
-    std::vector<std::vector<Item>> lines{{columnTitle("Data: HI"), columnTitle("Drive"), columnTitle("I2C"),
-                                          columnTitle("SPI"), columnTitle("Up/down"),
+    std::vector<std::vector<Item>> lines{{columnTitle("Data: HI"), columnTitle(kDriveTitles[0]),
+                                          columnTitle("I2C"), columnTitle("SPI"), columnTitle("Up/down"),
                                           columnTitle("Push-button"), stretch}};
     for (int pin = 0; pin < frmMotherboardDAQ2::kPins; ++pin) {
+        if (pin > 0 && pin % kPinsAPort == 0)
+            lines.push_back(
+                {Item(), columnTitle(kDriveTitles.at(static_cast<std::size_t>(pin / kPinsAPort)))});
         auto* drive = plainBox(ui, p.chkP0OutEn[pin]);
         auto* data = plainBox(ui, p.chkPData[pin]);
         data->setToolTip(QString("Data of pin %1; Write Ports sends it").arg(drive->text()));
@@ -75,8 +81,6 @@ QGridLayout* pinTable(PanelUi& ui, frmMotherboardDAQ2& p) {
     }
     QGridLayout* table = dense(grid(lines), 0);
     table->setHorizontalSpacing(2 * kUnit);
-    for (int port = 1; port < frmMotherboardDAQ2::kPins / kPinsAPort; ++port) // air between the ports
-        table->setRowMinimumHeight(port * kPinsAPort + 1, table->itemAtPosition(1, 0)->sizeHint().height());
     return table;
 }
 

@@ -189,8 +189,11 @@ WiperPlotWindow::WiperPlotWindow(PanelWindow& owner, WiperPanel& panel)
     }));
     // Another part or another number of taps: what was read no longer belongs together.
     owner.ui().watch(panel.lblProduct, [this] { plot_->clear(); });
-    owner.ui().watch(panel.Slider1[0],
-                     [this, slider = &panel.Slider1[0]] { plot_->setPositions(slider->maximum()); });
+    owner.ui().watch(panel.Slider1[0], [this, slider = &panel.Slider1[0]] {
+        if (slider->maximum() != plot_->positions())
+            plot_->clear();
+        plot_->setPositions(slider->maximum());
+    });
 }
 
 void WiperPlotWindow::open() {

@@ -23,6 +23,7 @@ class WiperPlot final : public QWidget {
 
     /// \param maximum highest position of the axis.
     void setPositions(int maximum);
+    int positions() const { return maximum_; }
     /// A new reading of a position replaces the one before.
     void add(int channel, int position, double volts);
     void clear();

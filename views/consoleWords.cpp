@@ -67,11 +67,13 @@ std::vector<Item> readBacks(PanelUi& ui, ControlArray<TextBox>& array, int chara
     return items;
 }
 
-QBoxLayout* byteRow(PanelUi& ui, ControlArray<Label>& labels, const QString& name) {
+QBoxLayout* byteRow(PanelUi& ui, ControlArray<Label>& labels, const QString& name,
+                    std::initializer_list<const char*> bytes) {
     std::vector<Item> items;
+    auto byte = bytes.begin();
     for (auto& label : labels) {
         auto* value = ui.value(*label, "00");
-        value->setToolTip(QString("%1, byte %2").arg(name).arg(label->index()));
+        value->setToolTip(QString("%1: %2").arg(name, byte != bytes.end() ? *byte++ : ""));
         value->setAccessibleName(value->toolTip());
         items.emplace_back(value);
     }
@@ -104,33 +106,6 @@ QWidget* withLetters(QWidget* page, const QString& taken) {
 QGridLayout* dense(QGridLayout* grid, int vertical) {
     grid->setVerticalSpacing(vertical);
     return grid;
-}
-
-LampWidget* resultLamp(PanelUi& ui, std::initializer_list<Button*> causes, const QString& name,
-                       const std::function<LastResult()>& judge) {
-    auto* lamp = new LampWidget;
-    lamp->setToolTip(name);
-    lamp->setAccessibleName(name);
-    for (Button* cause : causes) {
-        Binding* tied = ui.find(*cause);
-        auto* button = tied == nullptr ? nullptr : qobject_cast<QPushButton*>(&tied->target());
-        if (button == nullptr)
-            continue;
-        QObject::connect(button, &QPushButton::clicked, lamp, [lamp, tied, judge] {
-            if (tied->control() == nullptr)
-                return; // the transaction has ended the program
-            switch (judge()) {
-            case LastResult::None:
-                return lamp->setColour(Colour::Black);
-            case LastResult::Good:
-                lamp->setColour(Colour::LightGreen);
-                return lamp->blink();
-            case LastResult::Failed:
-                return lamp->setColour(Colour::LightRed);
-            }
-        });
-    }
-    return lamp;
 }
 
 void press(PanelUi& ui, const Button& button) {

@@ -2,7 +2,6 @@
 
 #include "platform/qt/PanelUi.h"
 
-#include <functional>
 #include <initializer_list>
 
 class QCheckBox;
@@ -28,8 +27,10 @@ std::vector<qt::Item> entries(qt::PanelUi& ui, ControlArray<TextBox>& array, int
                               const QString& name);
 std::vector<qt::Item> readBacks(qt::PanelUi& ui, ControlArray<TextBox>& array, int characters,
                                 const QString& name);
-/// Bytes of a reply in a row. \param name what they are, for a screen reader.
-QBoxLayout* byteRow(qt::PanelUi& ui, ControlArray<Label>& labels, const QString& name);
+/// Bytes of a reply in a row. \param name of the reply, and \param bytes of each byte: told by its tip and to
+/// a screen reader.
+QBoxLayout* byteRow(qt::PanelUi& ui, ControlArray<Label>& labels, const QString& name,
+                    std::initializer_list<const char*> bytes);
 /// The control's own caption before its widget.
 QLabel* captionOf(const Control& control, QWidget* widget);
 /// A text that breaks into lines. \param characters in a line.
@@ -42,10 +43,6 @@ QWidget* withLetters(QWidget* page, const QString& taken = {});
 /// Rows closer together than fields are.
 QGridLayout* dense(QGridLayout* grid, int vertical = 2);
 
-/// How the last transaction of these buttons ended; asked when the user's click has done its work.
-enum class LastResult { None, Good, Failed };
-qt::LampWidget* resultLamp(qt::PanelUi& ui, std::initializer_list<Button*> causes, const QString& name,
-                           const std::function<LastResult()>& judge);
 /// Presses the widget of the button, as a key of the window does.
 void press(qt::PanelUi& ui, const Button& button);
 

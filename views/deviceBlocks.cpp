@@ -92,20 +92,21 @@ QWidget* makeSupplyBlock(PanelWindow& window, DevicePanel& panel) {
     userCaption->setBuddy(user);
     auto* offset = ui(panel.txtADOffset, 6);
     auto* gain = ui(panel.txtADGain, 6);
-    return group("Supply",
-                 grid({
-                     {"VCC",
-                      tightRow({ui.supplyLamp(panel.ShpVCCon, "VCC"), ui(panel.OptVCC[0]),
-                                ui(panel.OptVCC[1]), stretch}),
-                      ui(panel.ChkTrack)},
-                     {"V−", tightRow({ui.supplyLamp(panel.ShVM, "V−"), ui(panel.OptVM[0]), ui(panel.OptVM[1]),
-                                      stretch})},
-                     {caption("Level", level), level, ui(panel.cmdUpdateVCC)},
-                     {"Measured", tightRow({volts, quietText("V"), stretch}), ui(panel.cmdReadVCC)},
-                     {"Code", tightRow({ui.value(panel.lblSPICode, "00"), gap, userCaption, user, stretch})},
-                     {caption("AD offset", offset), tightRow({offset, quietText("V"), stretch}),
-                      tightRow({caption("Gain", gain), gain, stretch})},
-                 }));
+    return group(
+        "Supply",
+        grid({
+            {"VCC",
+             tightRow(
+                 {ui.supplyLamp(panel.ShpVCCon, "VCC"), ui(panel.OptVCC[0]), ui(panel.OptVCC[1]), stretch}),
+             ui(panel.ChkTrack)},
+            {"V−",
+             tightRow({ui.supplyLamp(panel.ShVM, "V−"), ui(panel.OptVM[0]), ui(panel.OptVM[1]), stretch})},
+            {caption("Level", level), level, ui(panel.cmdUpdateVCC)},
+            {"Measured", tightRow({volts, quietText("V"), stretch}), ui(panel.cmdReadVCC)},
+            {"Code", tightRow({ui.value(panel.lblSPICode, "00"), gap, userCaption, user, stretch})},
+            {"AD Calibration", tightRow({caption("Offset", offset), offset, quietText("V"), stretch}),
+             tightRow({caption("Gain", gain), gain, stretch})},
+        }));
 }
 
 QWidget* makeStatusBlock(PanelWindow& window, DevicePanel& panel) {

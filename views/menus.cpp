@@ -59,13 +59,16 @@ void addBoardEntries(QMenu& menu, PanelWindow& window) {
     Bench& bench = window.context().bench;
     auto* console = bench.frmMainF340.loadedPanel();
     QAction* reconnect = menu.addAction("&Reconnect");
+    // Never disabled: its key works before the menu has been opened once. Before the console lives there is
+    // nothing to connect again.
     reconnect->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_R));
-    reconnect->setEnabled(console != nullptr);
+    QObject::connect(reconnect, &QAction::triggered, &window, [&bench] {
+        if (auto* loaded = bench.frmMainF340.loadedPanel())
+            (void)loaded->cmdReconnect.userClick();
+    });
     QMenu* instances = menu.addMenu("&Instance");
     instances->setEnabled(console != nullptr);
     if (console != nullptr) {
-        QObject::connect(reconnect, &QAction::triggered, &window,
-                         [console] { (void)console->cmdReconnect.userClick(); });
         for (int row = 0; row < console->cboEVBinstance.rowCount(); ++row) {
             QAction* entry = instances->addAction(
                 "Board " + QString::fromStdString(console->cboEVBinstance.row(row).text));
@@ -88,19 +91,20 @@ void addTraceEntries(QMenu& menu, PanelWindow& window) {
     open->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_T));
     QObject::connect(open, &QAction::triggered, &window, [&bench] { show(bench, bench.Doco); });
     menu.addSeparator();
-    const auto flag = [&](const QString& text, CheckBox& (*box)(class Doco&)) {
+    const auto flag = [&](const QString& text, bool on, CheckBox& (*box)(class Doco&)) {
         QAction* entry = menu.addAction(text);
         entry->setCheckable(true);
-        auto* trace = bench.Doco.loadedPanel();
-        entry->setChecked(trace != nullptr && box(*trace).checked());
+        entry->setChecked(on);
         QObject::connect(entry, &QAction::triggered, &window, [&bench, box] {
             (void)bench.events().deliver([&bench] { bench.Doco.load(); });
             if (auto* loaded = bench.Doco.loadedPanel())
                 (void)box(*loaded).userClick();
         });
     };
-    flag("&Trace On", [](class Doco& trace) -> CheckBox& { return trace.ChkTrace[2]; });
-    flag("&Detailed", [](class Doco& trace) -> CheckBox& { return trace.chkTRDetail; });
+    flag("&Trace On", bench.trace().traceOn,
+         [](class Doco& trace) -> CheckBox& { return trace.ChkTrace[2]; });
+    flag("&Detailed", bench.trace().traceDetail,
+         [](class Doco& trace) -> CheckBox& { return trace.chkTRDetail; });
 }
 
 void addHelpEntries(QMenu& menu, PanelWindow& window) {

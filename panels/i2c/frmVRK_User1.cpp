@@ -9,8 +9,11 @@ constexpr int kFirstAddressPin = 6; ///< A0 to A3 are P0.6, P0.7, P1.0, P1.1
 constexpr int kBaseAddress = 0x50;
 } // namespace
 
-frmVRK_User1::frmVRK_User1(PanelContext& context, Uses panelUses)
-    : WiperPanel(context, "frmVRK_User1", "VRK I2C Evaluation", std::move(panelUses)) {
+frmVRK_User1::frmVRK_User1(PanelContext& context, Uses panelUses, WiperState& state)
+    : WiperPanel(context, "frmVRK_User1", "VRK I2C Evaluation", std::move(panelUses), state),
+      ACRImage(state.ACRImage),
+      I2CWriteAddress(state.I2CWriteAddress),
+      I2CReadAddress(state.I2CReadAddress) {
     wireSetup();
     wireRegisters();
     wireFamilies();
@@ -131,14 +134,19 @@ void frmVRK_User1::clearAddressPins() {
         board().chkPData[kFirstAddressPin + pin].setValue(0);
 }
 
+void frmVRK_User1::raiseAddressPins() {
+    for (int pin = 0; pin < chkI2CAdr.count(); ++pin)
+        if (chkI2CAdr[pin].checked())
+            board().chkPData[kFirstAddressPin + pin].setValue(1);
+}
+
 void frmVRK_User1::chkI2CAdr_Click(int /*index*/) {
     clearAddressPins();
+    raiseAddressPins();
     int address = kBaseAddress;
     for (int pin = 0; pin < chkI2CAdr.count(); ++pin)
-        if (chkI2CAdr[pin].checked()) {
+        if (chkI2CAdr[pin].checked())
             address += 2 << pin;
-            board().chkPData[kFirstAddressPin + pin].setValue(1);
-        }
     txtCalcAddr.setText(hexText(address));
     board().cmdWrtPipe1_Click();
     pump();

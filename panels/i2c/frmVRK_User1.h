@@ -10,7 +10,7 @@ namespace vrk {
 /// control register, taps, channels, and the sizes of address and data.
 class frmVRK_User1 final : public WiperPanel {
   public:
-    frmVRK_User1(PanelContext& context, Uses uses);
+    frmVRK_User1(PanelContext& context, Uses uses, WiperState& state);
 
     void Form_Load() override;
 
@@ -110,10 +110,9 @@ class frmVRK_User1 final : public WiperPanel {
     void Wrt_VRK(int reg) override;
     void Read_VRK(int reg) override;
 
-    /// Byte composed from the control register's options.
-    int ACRImage = 0;
-    std::uint8_t I2CWriteAddress = 0x50;
-    std::uint8_t I2CReadAddress = 0x51;
+    int& ACRImage;
+    std::uint8_t& I2CWriteAddress;
+    std::uint8_t& I2CReadAddress;
     /// Options of the I2C service, as a load or a selection leaves them.
     std::array<int, 4> I2COptionValues{3, 1, -1, 0};
 
@@ -148,6 +147,8 @@ class frmVRK_User1 final : public WiperPanel {
     void setBusAddress();
     void mirrorClocks();
     void clearAddressPins();
+    /// Drives the pins whose boxes are checked.
+    void raiseAddressPins();
     /// Spreads a value of two bytes over the console's write fields.
     void splitTwoBytes(const std::string& hex);
     int twoByteReading();

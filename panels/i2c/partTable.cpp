@@ -72,8 +72,8 @@ void frmVRK_User1::takeTableRow() {
     lblGDRs.setCaption(none ? "None Available" : general);
     txtGPAddress.setText(none ? "NA" : "0" + general.substr(0, 1));
     txtDeviceAdr.setText(table.field(kAddress));
-    TapCount = decimalInt(table.field(kTaps));
-    channelCount = decimalInt(table.field(kChannelCount));
+    TapCount = toInt16(decimalInt(table.field(kTaps)));
+    channelCount = toInt16(decimalInt(table.field(kChannelCount)));
     lblProduct.setCaption(table.field(kProduct));
     const auto selectSize = [](ComboBox& list, const std::string& text) {
         list.setListIndex(isNumeric(text) ? decimalInt(text) : 1);
@@ -129,6 +129,14 @@ void frmVRK_User1::takeTableRow() {
 }
 
 void frmVRK_User1::leaveFamily() {
+    if (Frq4422.visible()) {
+        // Its pins were that family's lines; the boxes of the ordinary parts say what they are now.
+        for (auto& pin : Chq4422)
+            pin->showValue(0);
+        clearAddressPins();
+        raiseAddressPins();
+        ChkShutDown2_Click(); // P1.2 as well, and the write of all ports
+    }
     Frq4422.setVisible(false);
     frq331x.setVisible(false);
     Frq4410Show.setVisible(false);

@@ -42,13 +42,15 @@ double numberArgument(const ActionArgs& args, std::size_t index) {
         return *flag ? 1 : 0;
     if (const auto* text = std::get_if<std::string>(&value); text != nullptr && isNumeric(*text))
         return leadingNumber(*text);
-    throw typeMismatch();
+    throw ArgumentError("argument " + decimalText(static_cast<std::int64_t>(index) + 1) +
+                        " must be a number");
 }
 
 std::int64_t wholeArgument(const ActionArgs& args, std::size_t index) {
     const double number = numberArgument(args, index);
     if (number != std::floor(number))
-        throw typeMismatch();
+        throw ArgumentError("argument " + decimalText(static_cast<std::int64_t>(index) + 1) +
+                            " must be whole");
     return roundHalfEven(number);
 }
 
@@ -60,7 +62,13 @@ std::string textArgument(const ActionArgs& args, std::size_t index) {
         return decimalText(*whole);
     if (const auto* number = std::get_if<double>(&value))
         return doubleText(*number);
-    throw typeMismatch();
+    throw ArgumentError("argument " + decimalText(static_cast<std::int64_t>(index) + 1) + " must be a text");
+}
+
+void requireArguments(const ActionArgs& args, std::size_t count) {
+    if (args.size() != count)
+        throw ArgumentError("it takes " + decimalText(static_cast<std::int64_t>(count)) + " arguments, not " +
+                            decimalText(static_cast<std::int64_t>(args.size())));
 }
 
 PanelSlotBase::PanelSlotBase(PanelContext& context, std::string name, std::string title)
@@ -118,7 +126,10 @@ Outcome PanelSlotBase::userClose() {
     return context_.events.deliver([this] {
         if (const auto panel = panel_) {
             panel->Form_QueryUnload();
-            unload();
+            if (panel->closeHides())
+                hide();
+            else
+                unload();
         }
     });
 }

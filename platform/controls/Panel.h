@@ -21,6 +21,19 @@ namespace vrk {
 using ActionValue = std::variant<std::monostate, bool, std::int64_t, double, std::string>;
 using ActionArgs = std::vector<ActionValue>;
 
+/// An action was called with arguments that it does not take; it has not begun.
+class ArgumentError : public Fault {
+  public:
+    using Fault::Fault;
+};
+
+/// Named arguments to C++ ones, all \throws ArgumentError; whole numbers also come as text or as a double
+/// without fraction.
+std::int64_t wholeArgument(const ActionArgs& args, std::size_t index);
+double numberArgument(const ActionArgs& args, std::size_t index);
+std::string textArgument(const ActionArgs& args, std::size_t index);
+void requireArguments(const ActionArgs& args, std::size_t count);
+
 class PanelSlotBase;
 
 /// What every panel works with. One for each bench; outlives its panels.
@@ -70,6 +83,8 @@ class Panel {
     virtual void Form_Activate() {}
     /// The user closes the window. May end the program.
     virtual void Form_QueryUnload() {}
+    /// True if closing the window only hides it: the panel lives on.
+    virtual bool closeHides() const { return false; }
     virtual void Form_Unload() {}
 
     /// Every control in the order of its declaration.
@@ -121,8 +136,7 @@ class Panel {
     template <class P, class R, class... A, std::size_t... I>
     static ActionValue invoke(P* self, R (P::*method)(A...), const ActionArgs& args,
                               std::index_sequence<I...>) {
-        if (args.size() != sizeof...(A))
-            throw typeMismatch();
+        requireArguments(args, sizeof...(A));
         if constexpr (std::is_void_v<R>) {
             (self->*method)(argument<std::remove_cvref_t<A>>(args, I)...);
             return {};
@@ -143,11 +157,6 @@ class Panel {
     std::vector<Control*> controls_;
     std::vector<NamedAction> actions_;
 };
-
-/// Named arguments to C++ ones; whole numbers also come as text or as a double without fraction.
-std::int64_t wholeArgument(const ActionArgs& args, std::size_t index);
-double numberArgument(const ActionArgs& args, std::size_t index);
-std::string textArgument(const ActionArgs& args, std::size_t index);
 
 template <class T>
 T Panel::argument(const ActionArgs& args, std::size_t index) {
@@ -188,7 +197,8 @@ class PanelSlotBase {
     /// Runs the unload and forgets the panel; its next use creates a new one. Nothing happens if it is not
     /// loaded.
     void unload();
-    /// The user closes the window: query, then unload. As a gesture: never throws.
+    /// The user closes the window: query, then unload, or hide where closing only hides. As a gesture: never
+    /// throws.
     Outcome userClose();
     /// The user brings the window to the front.
     Outcome userActivate();

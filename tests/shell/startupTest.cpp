@@ -74,6 +74,16 @@ TEST_F(StartupTest, SelectionHandsOverAndTheMainMenuComesBackWithoutASecondDisco
     EXPECT_TRUE(events.ended());
 }
 
+TEST_F(StartupTest, SecondPickInsideALoadIsRefused) {
+    for (const int ms : {1, 20, 60, 120})
+        at(ms, [this] { EXPECT_TRUE(startup().cboVRKSelect.userSelect(2).refused()); });
+    bench.start();
+    EXPECT_TRUE(startup().cboVRKSelect.userSelect(2).done());
+    EXPECT_TRUE(startup().cboVRKSelect.enabled());
+    EXPECT_TRUE(board().chkPData[frmMotherboardDAQ2::kPinShutdown].checked());
+    EXPECT_EQ(bus.state().sfr.at("90") & 4, 4); // the part is not held in shutdown
+}
+
 TEST_F(StartupTest, ConsolesShowAlongAfterADoubleClickOnThePicture) {
     bench.start();
     startup().Picture1.userDoubleClick();

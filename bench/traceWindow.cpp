@@ -21,7 +21,7 @@ struct TraceRig {
         rig.bench.start();
         appendLines(rig.bench.Doco->rtxt1, lines);
         rig.bench.Doco.show();
-        view = windows.window("Doco")->findChild<qt::LogView*>();
+        view = dynamic_cast<qt::LogView*>(windows.window("Doco")->findChild<QWidget*>("rtxt1"));
         view->logReplaced();
         view->viewport()->repaint();
     }

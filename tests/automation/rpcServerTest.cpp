@@ -18,11 +18,7 @@ Json click(const std::string& control) {
 
 TEST(RpcErrors, brokenMessages) {
     RpcBench bench;
-    const struct {
-        const char* line;
-        int code;
-        const char* says;
-    } kCases[] = {
+    const std::tuple<const char*, int, const char*> kCases[] = {
         {"{", kParseError, "no JSON"},
         {"[]", kInvalidRequest, "object"},
         {"7", kInvalidRequest, "object"},
@@ -31,11 +27,11 @@ TEST(RpcErrors, brokenMessages) {
         {R"({"jsonrpc":"1.0","id":1,"method":"now"})", kInvalidRequest, "jsonrpc"},
         {R"({"id":1,"method":"get","params":["PBuf"]})", kInvalidParams, "by name"},
     };
-    for (const auto& test : kCases) {
-        bench.server.handle(test.line);
+    for (const auto& [line, code, says] : kCases) {
+        bench.server.handle(line);
         const Json answer = bench.next();
-        EXPECT_EQ(answer["error"]["code"], test.code) << test.line;
-        EXPECT_THAT(answer["error"]["message"].get<std::string>(), HasSubstr(test.says));
+        EXPECT_EQ(answer["error"]["code"], code) << line;
+        EXPECT_THAT(answer["error"]["message"].get<std::string>(), HasSubstr(says));
     }
 }
 
@@ -119,47 +115,32 @@ TEST(RpcErrors, whatThisRunCannotServe) {
 TEST(RpcFields, assignmentShowsInTheAspectsOfItsKind) {
     RpcBench bench;
     bench.frmProbe.load();
-    const struct {
-        const char* path;
-        Json set;
-        Json aspects;
-    } kCases[] = {
-        {"chkBox",
-         {{"value", 1}},
-         {{"kind", "CheckBox"},
-          {"enabled", true},
-          {"visible", true},
-          {"tip", ""},
-          {"value", 1},
-          {"caption", ""}}},
-        {"optMode(1)", {{"value", true}}, {{"value", true}}},
-        {"txtHex", {{"value", "12345"}}, {{"text", "1234"}}},
-        {"txtRow(3)", {{"value", 7}}, {{"text", "7"}}},
-        {"cmdLong", {{"value", "&Go"}}, {{"caption", "&Go"}}},
-        {"cboRate", {{"value", 1}}, {{"rows", {"100", "400"}}, {"itemData", {240, 60}}, {"index", 1}}},
-        {"sldWiper", {{"value", 900}}, {{"value", 128}, {"min", 1}, {"max", 128}, {"tick", 1}}},
-        {"prgDone", {{"value", 40}}, {{"value", 40}, {"max", 100}}},
-        {"shpGood", {{"value", "light green"}}, {{"colour", "light green"}}},
-        {"grdTable",
-         {{"value", "5A"}, {"row", 1}, {"column", 1}},
-         {{"rows", 3},
-          {"columns", 2},
-          {"firstRow", 0},
-          {"firstColumn", 0},
-          {"row", 0},
-          {"cells", Json::parse(R"([["",""],["","5A"],["",""]])")}}},
-        {"rtxLog", {{"value", "a\r\nb"}}, {{"text", "a\r\nb"}}},
-        {"tmrBlink", {{"value", 250}, {"aspect", "interval"}}, {{"interval", 250}, {"running", false}}},
-        {"lblAnswer", {{"value", false}, {"aspect", "visible"}}, {{"visible", false}}},
+    const std::tuple<const char*, const char*, const char*> kCases[] = {
+        {"chkBox", R"({"value":1})",
+         R"({"kind":"CheckBox","enabled":true,"visible":true,"tip":"","value":1,"caption":""})"},
+        {"optMode(1)", R"({"value":true})", R"({"value":true})"},
+        {"txtHex", R"({"value":"12345"})", R"({"text":"1234"})"},
+        {"txtRow(3)", R"({"value":7})", R"({"text":"7"})"},
+        {"cmdLong", R"({"value":"&Go"})", R"({"caption":"&Go"})"},
+        {"cboRate", R"({"value":1})", R"({"rows":["100","400"],"itemData":[240,60],"index":1})"},
+        {"sldWiper", R"({"value":900})", R"({"value":128,"min":1,"max":128,"tick":1})"},
+        {"prgDone", R"({"value":40})", R"({"value":40,"max":100})"},
+        {"shpGood", R"({"value":"light green"})", R"({"colour":"light green"})"},
+        {"grdTable", R"({"value":"5A","row":1,"column":1})",
+         R"({"rows":3,"columns":2,"firstRow":0,"firstColumn":0,"row":0,"cells":[["",""],["","5A"],["",""]]})"},
+        {"rtxLog", R"({"value":"a\r\nb"})", R"({"text":"a\r\nb"})"},
+        {"tmrBlink", R"({"value":250,"aspect":"interval"})", R"({"interval":250,"running":false})"},
+        {"lblAnswer", R"({"value":false,"aspect":"visible"})", R"({"visible":false})"},
     };
-    for (const auto& test : kCases) {
-        SCOPED_TRACE(test.path);
-        Json params = test.set;
-        params["path"] = std::string("frmProbe.") + test.path;
+    for (const auto& [path, set, aspects] : kCases) {
+        SCOPED_TRACE(path);
+        Json params = Json::parse(set);
+        params["path"] = std::string("frmProbe.") + path;
         EXPECT_EQ(bench.result("set", params), nullptr);
-        const Json aspects = bench.result("get", {{"path", params["path"]}});
-        for (const auto& [name, value] : test.aspects.items())
-            EXPECT_EQ(aspects.value(name, Json("missing")), value) << name;
+        const Json got = bench.result("get", {{"path", params["path"]}});
+        const Json wanted = Json::parse(aspects);
+        for (const auto& [name, value] : wanted.items())
+            EXPECT_EQ(got.value(name, Json("missing")), value) << name;
     }
     EXPECT_EQ(bench.result("get", {{"paths", {"frmProbe.optMode(0)", "PBuf(0)"}}})[0]["value"], false);
 }
@@ -181,14 +162,9 @@ TEST(RpcPanels, readingLoadsNothingAndUseLoads) {
     EXPECT_EQ(bench.result("panels")[0]["loaded"], false);
     const Json description = bench.result("describe", {{"panel", "frmProbe"}});
     EXPECT_EQ(bench.result("panels")[0]["loaded"], true);
-    const Json wanted[] = {
-        {{"name", "txtRow"}, {"kind", "TextBox"}, {"first", 1}, {"last", 3}, {"caption", ""}, {"tip", ""}},
-        {{"name", "twice"},
-         {"kind", "Action"},
-         {"first", nullptr},
-         {"last", nullptr},
-         {"caption", ""},
-         {"tip", ""}}};
+    const Json wanted = Json::parse(
+        R"([{"name":"txtRow","kind":"TextBox","first":1,"last":3,"caption":"","tip":""},
+            {"name":"twice","kind":"Action","first":null,"last":null,"caption":"","tip":""}])");
     for (const Json& entry : wanted)
         EXPECT_NE(std::find(description.begin(), description.end(), entry), description.end()) << entry;
 
@@ -240,12 +216,10 @@ TEST(RpcGestures, typingPassesTheFilterAndAnswersBehindTheLastKey) {
 
 TEST(RpcTime, aRequestRunsAtItsTimeInsideARunningAction) {
     RpcBench bench;
-    EXPECT_EQ(
-        bench.result("at", {{"ms", 3000}, {"request", {{"method", "click"}, {"params", click("cmdAbort")}}}}),
-        nullptr);
-    EXPECT_EQ(
-        bench.result("at", {{"ms", 1000}, {"request", {{"method", "click"}, {"params", click("cmdFault")}}}}),
-        nullptr);
+    for (const auto& [ms, control] : {std::pair{3000, "cmdAbort"}, {1000, "cmdFault"}})
+        EXPECT_EQ(
+            bench.result("at", {{"ms", ms}, {"request", {{"method", "click"}, {"params", click(control)}}}}),
+            nullptr);
     bench.server.handle(R"({"id":9,"method":"click","params":{"path":"frmProbe.cmdLong"}})");
     const Json fault = bench.next();
     EXPECT_EQ(fault["method"], "done");
@@ -280,13 +254,8 @@ TEST(RpcDialogs, answersAreTakenInOrderAndTheBoardChangesUnderABox) {
     EXPECT_EQ(bench.aspect("frmProbe.lblFile", "caption"), "a.txt");
     const Json shown = bench.result("dialogs");
     ASSERT_EQ(shown.size(), 3u) << shown;
-    EXPECT_EQ(shown[0], Json({{"kind", "message"},
-                              {"text", "Retry?"},
-                              {"title", "Link"},
-                              {"buttons", {"Retry", "Cancel"}},
-                              {"answer", "Retry"},
-                              {"filter", nullptr},
-                              {"name", nullptr}}));
+    EXPECT_EQ(shown[0], Json::parse(R"({"kind":"message","text":"Retry?","title":"Link",
+        "buttons":["Retry","Cancel"],"answer":"Retry","filter":null,"name":null})"));
     EXPECT_EQ(shown[1]["answer"], "Cancel") << "what was refused whole queued nothing";
     EXPECT_EQ(shown[2]["filter"], "Text|*.txt");
     bench.ask("click", click("cmdAsk"));

@@ -29,37 +29,30 @@ TEST_F(AdcServicesTest, MultiplexerTurnsItsPinsAnalog) {
 
 TEST_F(AdcServicesTest, ExternalConvertersSignedCount) {
     loadConsoles();
-    struct Row {
-        std::vector<std::uint8_t> reply;
-        const char* count;
-        const char* millivolts;
-    };
+    using Row = std::tuple<std::vector<std::uint8_t>, const char*, const char*>;
     console().externalGain = 0;
-    for (const Row& row :
+    for (const auto& [reply, count, millivolts] :
          {Row{{1, 0, 9, 0x7F, 0xFF, 0xFF}, "8388607", "2500.00"},
           Row{{1, 0, 9, 0x80, 0x00, 0x00}, "-8388608", "-2500.00"},
           Row{{1, 0, 9, 0xFF, 0xFF, 0xFF}, "-1", "0.00"}, Row{{1, 0, 9, 0x00, 0x00, 0x00}, "0", "0.00"},
           Row{{1, 0, 9, 0x01, 0x02, 0x03}, "66051", "19.68"},
           Row{{1, 0, 9, 0xC0, 0x00, 0x00}, "-4194304", "-1250.00"}}) {
-        bus.reply(19, row.reply);
+        bus.reply(19, reply);
         console().cmdRD7150.userClick();
-        EXPECT_EQ(console().lblADDecimal[1].caption(), row.count);
-        EXPECT_EQ(console().lbl_ADReal.caption(), row.millivolts);
+        EXPECT_EQ(console().lblADDecimal[1].caption(), count);
+        EXPECT_EQ(console().lbl_ADReal.caption(), millivolts);
     }
     EXPECT_EQ(console().externalGain, 1);
 }
 
 TEST_F(AdcServicesTest, ExternalConvertersRegisterBitsArriveOnePlaceLate) {
     loadConsoles();
-    struct Row {
-        std::uint8_t first, second;
-        const char* value;
-    };
-    for (const Row& row : {Row{1, 4, "82"}, Row{0, 4, "02"}, Row{2, 0xFE, "7F"}, Row{0, 5, "02"},
-                           Row{0, 7, "04"}, Row{1, 0xFF, "80"}}) {
-        bus.reply(19, {1, 0x10, row.first, row.second, 0x44});
+    using Row = std::tuple<std::uint8_t, std::uint8_t, const char*>;
+    for (const auto& [first, second, value] : {Row{1, 4, "82"}, Row{0, 4, "02"}, Row{2, 0xFE, "7F"},
+                                               Row{0, 5, "02"}, Row{0, 7, "04"}, Row{1, 0xFF, "80"}}) {
+        bus.reply(19, {1, 0x10, first, second, 0x44});
         console().cmdWrtADReg.userClick();
-        EXPECT_EQ(console().lblADRegRead.caption(), row.value) << int{row.second};
+        EXPECT_EQ(console().lblADRegRead.caption(), value) << int{second};
     }
     EXPECT_EQ(console().lblAdRcv[0].caption() + console().lblAdRcv[2].caption() +
                   console().lblAdRcv[3].caption(),

@@ -30,25 +30,20 @@ TEST_F(ConsoleTest, FirmwareVersionText) {
 
 TEST_F(ConsoleTest, EntryRules) {
     loadConsoles();
-    struct Row {
-        TextBox& field;
-        const char* typed;
-        const char* text;
-        const char* left;
-    };
     frmMainF340& c = console();
-    for (const Row& row :
-         {Row{c.txtRegister, "g7f", "7F", "7F"}, Row{c.txtWriteIndividual[1], "abc", "AB", "AB"},
-          Row{c.txtWriteVal[63], "-0x5", "05", "05"}, Row{c.txtSFRAddress, "e1", "E1", "E1"},
-          Row{c.txtPBuf[25], "z9", "9", "9"}, Row{c.txtNumToRead, "4a0", "40", "32"},
-          Row{c.txtNumToRead, "32", "32", "32"}, Row{c.txtNumToWrite, "0", "0", "1"},
-          Row{c.txtNumToWrite, "-7", "7", "7"}, Row{c.txtADCLoopCount, "256", "256", "255"},
-          Row{c.txtADCLoopCount, "0", "0", "1"}, Row{c.txtADCLoopCount, "255", "255", "255"}}) {
-        SCOPED_TRACE(row.field.path() + " " + row.typed);
-        type(row.field, row.typed);
-        EXPECT_EQ(row.field.text(), row.text);
-        row.field.userLeave();
-        EXPECT_EQ(row.field.text(), row.left);
+    using Row = std::tuple<TextBox*, const char*, const char*, const char*>;
+    for (const auto& [field, typed, text, left] :
+         {Row{&c.txtRegister, "g7f", "7F", "7F"}, Row{&c.txtWriteIndividual[1], "abc", "AB", "AB"},
+          Row{&c.txtWriteVal[63], "-0x5", "05", "05"}, Row{&c.txtSFRAddress, "e1", "E1", "E1"},
+          Row{&c.txtPBuf[25], "z9", "9", "9"}, Row{&c.txtNumToRead, "4a0", "40", "32"},
+          Row{&c.txtNumToRead, "32", "32", "32"}, Row{&c.txtNumToWrite, "0", "0", "1"},
+          Row{&c.txtNumToWrite, "-7", "7", "7"}, Row{&c.txtADCLoopCount, "256", "256", "255"},
+          Row{&c.txtADCLoopCount, "0", "0", "1"}, Row{&c.txtADCLoopCount, "255", "255", "255"}}) {
+        SCOPED_TRACE(field->path() + " " + typed);
+        type(*field, typed);
+        EXPECT_EQ(field->text(), text);
+        field->userLeave();
+        EXPECT_EQ(field->text(), left);
     }
     c.txtNumToWrite.userEdit("", 0); // emptied
     c.txtNumToWrite.userLeave();

@@ -12,45 +12,43 @@ class GpioServicesTest : public TestBench {};
 
 TEST_F(GpioServicesTest, EachPortIsWrittenReadBackAndCompared) {
     loadConsoles();
-    struct Role {
-        ControlArray<Button>&write, &read;
-        ControlArray<Label>&written, &shown;
-        const char* addresses;
-    };
+    using Buttons = ControlArray<Button>;
+    using Labels = ControlArray<Label>;
+    using Role = std::tuple<Buttons&, Buttons&, Labels&, Labels&, const char*>;
     frmMainF340& c = console();
     int indicator = 0;
-    for (const Role& role :
+    for (const auto& [write, read, written, shown, addresses] :
          {Role{c.cmdWrOC, c.cmdRdOC, c.lblWrOC, c.lblRdOC, "A4A5A6A7AE"},
           Role{c.cmdWrGPData, c.cmdRdGPData, c.lblWrGPData, c.lblRdGPData, "8090A0B0C7"},
           Role{c.cmdWrGPAnalog, c.cmdRdGPAnalog, c.lblWrGPAnalog, c.lblRdGPAnalog, "F1F2F3F4F5"}})
         for (int port = 0; port < 5; ++port) {
-            const std::string address(role.addresses + 2 * port, 2);
+            const std::string address(addresses + 2 * port, 2);
             SCOPED_TRACE(address);
             Lamp& lamp = c.ShpGPIOStat[indicator++];
             lamp.setColour(Colour::Black);
-            role.written[port].setCaption("A5");
-            role.write[port].userClick();
+            written[port].setCaption("A5");
+            write[port].userClick();
             EXPECT_THAT(sent(5), ElementsAre("01 12 00 " + address + " A5"));
             EXPECT_EQ(bus.state().sfr.at(address), 0xA5);
             for (const Colour colour : {Colour::LightGreen, Colour::Green, Colour::LightGreen}) {
                 bus.reply(18, {1, 0, 0, 0xA5});
-                role.read[port].userClick();
+                read[port].userClick();
                 EXPECT_EQ(lamp.colour(), colour);
             }
             EXPECT_THAT(sent(4), Each("01 12 01 " + address));
             bus.reply(18, {1, 0, 0, 0x5A});
-            role.read[port].userClick();
+            read[port].userClick();
             EXPECT_EQ(lamp.colour(), Colour::LightRed);
-            EXPECT_EQ(role.shown[port].caption(), "5A");
+            EXPECT_EQ(shown[port].caption(), "5A");
             sent();
             // A report that was not taken: red, and the label stays.
             lamp.setColour(Colour::Green);
             fault(FaultKind::WriteFails, 1, 18);
             answer(Choice::Retry);
-            role.read[port].userClick();
+            read[port].userClick();
             EXPECT_EQ(boxes().size(), 1U);
             EXPECT_EQ(lamp.colour(), Colour::LightRed);
-            EXPECT_EQ(role.shown[port].caption(), "5A");
+            EXPECT_EQ(shown[port].caption(), "5A");
             sent();
         }
 }

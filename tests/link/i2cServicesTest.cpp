@@ -25,28 +25,23 @@ class I2cServicesTest : public TestBench {
 
 TEST_F(I2cServicesTest, ReadDataLandByRegisterNumberUpToBox63) {
     loadConsoles();
-    struct Row {
-        const char* start;
-        bool random;
-        const char* report;
-        int from, to;
-        std::string shown;
-    };
+    using Row = std::tuple<const char*, bool, const char*, int, int, std::string>;
     link().i2cAddress = 0xA0;
     console().txtNumToRead.setText("8");
-    for (const Row& row : {Row{"02", true, "01 06 A1 08 01 02", 1, 10, ".11.12.13.14.15.16.17.18.."},
-                           Row{"3C", true, "01 06 A1 08 01 3C", 59, 63, ".11.12.13.14."},
-                           Row{"40", true, "01 06 A1 08 01 40", 0, 63, std::string(64, '.')},
-                           Row{"3C", false, "01 06 A1 08 00", 0, 8, "11.12.13.14.15.16.17.18.."}}) {
-        SCOPED_TRACE(row.report);
+    for (const auto& [start, random, report, from, to, shown] :
+         {Row{"02", true, "01 06 A1 08 01 02", 1, 10, ".11.12.13.14.15.16.17.18.."},
+          Row{"3C", true, "01 06 A1 08 01 3C", 59, 63, ".11.12.13.14."},
+          Row{"40", true, "01 06 A1 08 01 40", 0, 63, std::string(64, '.')},
+          Row{"3C", false, "01 06 A1 08 00", 0, 8, "11.12.13.14.15.16.17.18.."}}) {
+        SCOPED_TRACE(report);
         for (auto& box : console().txtReadVal)
             box->setText("");
-        console().txtStartRegRD.setText(row.start);
-        console().chkRandom.setValue(row.random ? 1 : 0);
+        console().txtStartRegRD.setText(start);
+        console().chkRandom.setValue(random ? 1 : 0);
         replyWith({0x11, 0x12, 0x13, 0x14, 0x15, 0x16, 0x17, 0x18});
         console().cmdRead.userClick();
-        EXPECT_EQ(sent(row.random ? 6 : 5).at(0), row.report);
-        EXPECT_EQ(readValues(row.from, row.to), row.shown);
+        EXPECT_EQ(sent(random ? 6 : 5).at(0), report);
+        EXPECT_EQ(readValues(from, to), shown);
         EXPECT_EQ(console().TXTI2C[0].text() + console().TXTI2C[7].text(), "1118");
         EXPECT_EQ(console().txtSlaveAddress.text(), "A0");
     }
@@ -54,24 +49,20 @@ TEST_F(I2cServicesTest, ReadDataLandByRegisterNumberUpToBox63) {
 
 TEST_F(I2cServicesTest, IndividualWriteAlwaysChangesTheRegister) {
     loadConsoles();
-    struct Row {
-        int button;
-        std::uint8_t there;
-        const char* written;
-    };
+    using Row = std::tuple<int, std::uint8_t, const char*>;
     link().i2cAddress = 0x50;
     type(console().txtRegister, "9");
     type(console().txtWriteIndividual[0], "a");
     type(console().txtWriteIndividual[1], "0B");
-    for (const Row& row : {Row{0, 0x55, "0A"}, Row{1, 0x55, "0B"}, Row{0, 0x0A, "0B"}, Row{1, 0x0B, "0A"},
-                           Row{0, 0x0B, "0A"}}) {
-        SCOPED_TRACE(std::string(row.written) + " by button " + decimalText(row.button));
-        replyWith({row.there});
+    for (const auto& [button, there, written] : {Row{0, 0x55, "0A"}, Row{1, 0x55, "0B"}, Row{0, 0x0A, "0B"},
+                                                 Row{1, 0x0B, "0A"}, Row{0, 0x0B, "0A"}}) {
+        SCOPED_TRACE(std::string(written) + " by button " + decimalText(button));
+        replyWith({there});
         replyWith({});
         replyWith({0x33});
-        console().cmdWriteIndividual[row.button].userClick();
+        console().cmdWriteIndividual[button].userClick();
         EXPECT_THAT(sent(7), ElementsAre(::testing::StartsWith("01 06 51 01 01 09"),
-                                         std::string("01 06 50 01 01 09 ") + row.written,
+                                         std::string("01 06 50 01 01 09 ") + written,
                                          ::testing::StartsWith("01 06 51 01 01 09")));
         EXPECT_EQ(console().txtReadIndividual.text(), "33");
     }
@@ -149,37 +140,34 @@ TEST_F(I2cServicesTest, StuckSdaIsTold) {
 
 TEST_F(I2cServicesTest, RegisterFile) {
     loadConsoles();
-    struct Row {
-        const char* content; ///< none: no file
-        const char* written; ///< behind count and register; none: refused
-        const char* filled;
-    };
     console().txtNumToWrite.setText("3");
     console().obFillData[0].userClick();
     constexpr char kRefused[] = "Register file does not exist or is invalid [OK]";
-    for (const Row& row :
+    // No content: no file. No bytes written behind count and register: refused.
+    using Row = std::tuple<const char*, const char*, const char*>;
+    for (const auto& [content, written, filled] :
          {Row{"generic,0x11,0x2,0xfF", "11 02 FF", "1102FF"},
           Row{"generic\r\n0x11, 0x22 ,0x33\r\n0x44\r\n", "11 22 33", "112233"},
           Row{"\"generic\",0x11,skip,0x33", "11 00 33", "11BB33"},
           Row{"generic,0x11,0x22", nullptr, "AABBCC"}, Row{"Generic,0x11,0x22,0x33", nullptr, "AABBCC"},
           Row{"generic,0x11,0x100,0x33", nullptr, "AABBCC"}, Row{"", nullptr, "AABBCC"},
           Row{nullptr, nullptr, "AABBCC"}}) {
-        SCOPED_TRACE(row.content != nullptr ? row.content : "no file");
+        SCOPED_TRACE(content != nullptr ? content : "no file");
         std::filesystem::remove(folder.path() / "registers.txt");
-        if (row.content != nullptr)
-            folder.write("registers.txt", row.content);
+        if (content != nullptr)
+            folder.write("registers.txt", content);
         for (const auto& [index, text] : {std::pair{0, "AA"}, {1, "BB"}, {2, "CC"}})
             console().txtWriteVal[index].setText(text);
         console().cmdFillWriteTextBoxes.userClick();
         EXPECT_EQ(console().txtWriteVal[0].text() + console().txtWriteVal[1].text() +
                       console().txtWriteVal[2].text(),
-                  row.filled);
+                  filled);
         replyWith({});
         console().chkFileWriteData.setValue(1);
         console().cmdWrite.userClick();
         const auto reports = sent(9);
-        if (row.written != nullptr) {
-            EXPECT_THAT(reports, ElementsAre(std::string("01 06 00 03 01 00 ") + row.written));
+        if (written != nullptr) {
+            EXPECT_THAT(reports, ElementsAre(std::string("01 06 00 03 01 00 ") + written));
         } else {
             EXPECT_THAT(reports, IsEmpty());
             EXPECT_THAT(boxes(), ElementsAre(kRefused, kRefused));

@@ -53,12 +53,7 @@ TEST_F(LinkTest, EverySenderLaysItsReportOut) {
     c.cboSPIclock_init();
 
     enum : unsigned { kNothing = 0, kPurges = 1, kFills = 2, kBoth = 3 };
-    struct Row {
-        unsigned prepares;
-        const char* bytes;
-        std::function<void()> run;
-    };
-    const Row rows[] = {
+    const std::tuple<unsigned, const char*, std::function<void()>> rows[] = {
         {kBoth, "01 00", [&] { c.cmdFirmwareVersion.userClick(); }},
         {kFills, "01 01 00 02", [&] { c.chkLED[1].userClick(); }},
         {kBoth, "01 01 01", [&] { c.getLEDstate(); }},
@@ -109,8 +104,8 @@ TEST_F(LinkTest, EverySenderLaysItsReportOut) {
         {kPurges, "01 13 01 84 02 01", [&] { c.cmdRD7150.userClick(); }},
     };
     replyWith({}, 4);
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.bytes);
+    for (const auto& [prepares, bytes, run] : rows) {
+        SCOPED_TRACE(bytes);
         link().purgeInputReports();
         link().reportBuffer.fill(0xEE);
         link().reportBuffer[0] = 1;
@@ -118,12 +113,12 @@ TEST_F(LinkTest, EverySenderLaysItsReportOut) {
         stale[0] = 1;
         bus.stale(stale);
         wire.clear();
-        row.run();
+        run();
         const bool drained = !wire.empty() && wire.front().direction == hid::WireEvent::Direction::In;
-        EXPECT_EQ(drained, (row.prepares & kPurges) != 0);
-        std::string expected = row.bytes;
+        EXPECT_EQ(drained, (prepares & kPurges) != 0);
+        std::string expected = bytes;
         while (expected.size() < 3 * hid::kReportSize - 1)
-            expected += (row.prepares & kFills) != 0 ? " 00" : " EE";
+            expected += (prepares & kFills) != 0 ? " 00" : " EE";
         const auto reports = sent(hid::kReportSize);
         ASSERT_FALSE(reports.empty());
         EXPECT_EQ(reports.back(), expected);
@@ -222,6 +217,15 @@ TEST_F(LinkTest, RetryOverALostReplyShowsTheBoardsStateAndNoOtherRegister) {
     console().cmdGetSDFValue.userClick();
     EXPECT_THAT(boxes(), ElementsAre(with(kCheckStatus, "Retry")));
     EXPECT_NE(console().lblSFRBuf[2].caption(), "00"); // no good value of whatever Retry read last
+    console().chkSPIread.setValue(1);
+    fault(FaultKind::NoReply, 1, 9);
+    answer(Choice::Retry);
+    console().cmdSPIWrite.userClick();
+    EXPECT_THAT(boxes(), ElementsAre(with(kCheckStatus, "Retry")));
+    EXPECT_EQ(console().txtReadVal[0].text(), "00");
+    sent();
+    console().cmdSimpleI2cRd.userClick(); // sets no report ID of its own
+    EXPECT_THAT(sent(2), ElementsAre("01 06"));
 }
 
 TEST_F(LinkTest, ErrorByteAsksForTheAddressButIsNoLinkFailure) {
@@ -305,6 +309,7 @@ TEST_F(LinkTest, WithoutABoardOneWarningThenTheSecondSelectionGoesOn) {
     constexpr char kWarning[] = "Evaluation Board is not connected, or another application is using it. [OK]";
     EXPECT_THAT(boxes(), ElementsAre(with(kNotFound, "Cancel"), kWarning));
     EXPECT_EQ(startup().cboVRKSelect.listIndex(), 0);
+    EXPECT_TRUE(bench.frmStartup.visible());
     EXPECT_THAT(wire, Each(::testing::Field(&hid::WireEvent::failed, true)));
     EXPECT_EQ(console().cboEVBinstance.rowCount(), 0);
 
@@ -312,6 +317,8 @@ TEST_F(LinkTest, WithoutABoardOneWarningThenTheSecondSelectionGoesOn) {
     EXPECT_TRUE(startup().cboVRKSelect.userSelect(frmStartup::kI2C).done());
     EXPECT_THAT(boxes(), ElementsAre(with(kCheckStatus, "Retry")));
     EXPECT_TRUE(bench.frmVRK_User1.visible());
+    EXPECT_EQ(i2c().ShpAttach.colour(), Colour::LightGreen);
+    EXPECT_GT(i2c().cboI2CClock.rowCount(), 0);
     EXPECT_EQ(console().cboEVBinstance.rowCount(), 1);
 
     bus.unplug(0);
@@ -324,19 +331,15 @@ TEST_F(LinkTest, WithoutABoardOneWarningThenTheSecondSelectionGoesOn) {
 TEST_F(LinkTest, RequestsThatLeaveTheReportAreFaultsBeforeAnythingIsSent) {
     loadConsoles();
     frmMainF340& c = console();
-    struct Row {
-        TextBox& count;
-        Button& button;
-        int most;
-    };
     replyWith({}, 2);
-    for (const Row& row : {Row{c.txtNumToRead, c.cmdRead, 62}, Row{c.txtNumToWrite, c.cmdWrite, 58},
-                           Row{c.txtNumToWrite, c.cmdSPIWrite, 57}}) {
-        SCOPED_TRACE(row.button.name());
-        for (const int count : {row.most, row.most + 1, 256}) {
-            row.count.setText(decimalText(count));
-            row.button.userClick();
-            EXPECT_EQ(sent().size(), count == row.most ? 1U : 0U);
+    for (const auto& [box, button, most] : {std::tuple{&c.txtNumToRead, &c.cmdRead, 62},
+                                            {&c.txtNumToWrite, &c.cmdWrite, 58},
+                                            {&c.txtNumToWrite, &c.cmdSPIWrite, 57}}) {
+        SCOPED_TRACE(button->name());
+        for (const int count : {most, most + 1, 256}) {
+            box->setText(decimalText(count));
+            button->userClick();
+            EXPECT_EQ(sent().size(), count == most ? 1U : 0U);
         }
         EXPECT_THAT(boxes(), ElementsAre("Subscript out of range [OK]", "Overflow [OK]"));
     }

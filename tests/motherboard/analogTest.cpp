@@ -14,20 +14,16 @@ constexpr int kVin4 = 0x0A;
 
 TEST_F(AnalogTest, ReadingAndItsTexts) {
     loadConsoles();
-    struct Row {
-        int count;
-        const char* volts;
-        double pin;
-    };
-    for (const Row& row : {Row{1023, "3.3", 3.3}, Row{0, ".", 0}, Row{31, ".1", 0.1}, Row{341, "1.1", 1.1}}) {
-        SCOPED_TRACE(row.count);
-        bus.input(kVin4, std::nullopt, row.count);
+    for (const auto& [count, volts, pin] :
+         {std::tuple{1023, "3.3", 3.3}, {0, ".", 0.0}, {31, ".1", 0.1}, {341, "1.1", 1.1}}) {
+        SCOPED_TRACE(count);
+        bus.input(kVin4, std::nullopt, count);
         board().READ_AD();
-        EXPECT_EQ(board().txtADDec.text(), decimalText(row.count));
-        EXPECT_EQ(board().txtRdgs[0].text(), row.volts);
-        EXPECT_EQ(byteOf("ADHigh", kNoIndex) * 256 + byteOf("ADLow", kNoIndex), row.count);
-        EXPECT_EQ(number("ADVolts"), row.pin);
-        EXPECT_EQ(number("ADVolts2"), 2 * row.pin);
+        EXPECT_EQ(board().txtADDec.text(), decimalText(count));
+        EXPECT_EQ(board().txtRdgs[0].text(), volts);
+        EXPECT_EQ(byteOf("ADHigh", kNoIndex) * 256 + byteOf("ADLow", kNoIndex), count);
+        EXPECT_EQ(number("ADVolts"), pin);
+        EXPECT_EQ(number("ADVolts2"), 2 * pin);
     }
     EXPECT_EQ(console().chkADCEnable.value(), 1);
     EXPECT_EQ(sent(4).at(0), "01 10 00 01");

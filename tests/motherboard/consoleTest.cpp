@@ -72,37 +72,32 @@ TEST_F(MotherboardConsoleTest, I2cWriteUsesByte1AsRegisterAndData) {
 TEST_F(MotherboardConsoleTest, SpiRowsSendFromTheirSecondField) {
     loadConsoles();
     frmMotherboardDAQ2& b = board();
-    struct Row {
-        TextBox& quantity;
-        ControlArray<TextBox>& data;
-        TextBox& count;
-        ControlArray<TextBox>& read;
-        Button& button;
-    };
-    for (const Row& row :
+    using Boxes = ControlArray<TextBox>;
+    using Row = std::tuple<TextBox&, Boxes&, TextBox&, Boxes&, Button&>;
+    for (const auto& [quantity, data, count, read, button] :
          {Row{b.txtSPIWrQty2, b.txtSPIWrite2Data, b.txtSPIReadCnt2, b.txtSPIORead, b.cmdSPIOWrite2},
           Row{b.txtSPIWrQty3, b.txtSPIWrite3Data, b.txtSPIReadCnt3, b.txtSPIORead3, b.cmdSPIOWrite3}}) {
-        SCOPED_TRACE(row.button.name());
+        SCOPED_TRACE(button.name());
         for (int i = 0; i < 6; ++i)
-            row.data[i].setText(byteToHex2(static_cast<std::uint8_t>(0xA0 + i)));
+            data[i].setText(byteToHex2(static_cast<std::uint8_t>(0xA0 + i)));
         console().chkGPvalueP2[4].setValue(0);
         console().txtReadVal[2].setText("zz");
         bus.reply(9, {1, 0, 0x5A, 0xA5});
-        row.quantity.setText("2");
-        row.button.userClick();
+        quantity.setText("2");
+        button.userClick();
         EXPECT_THAT(sent(9), ElementsAre("01 12 00 A0 10 00 00 00 00", "01 12 01 A0 00 00 00 00 00",
                                          "01 09 00 01 00 00 02 A1 A2"));
-        EXPECT_EQ(texts(row.read), "5A.A5.zz.--.--.--."); // one more box than the count
-        EXPECT_EQ(row.count.text(), "2");
+        EXPECT_EQ(texts(read), "5A.A5.zz.--.--.--."); // one more box than the count
+        EXPECT_EQ(count.text(), "2");
         EXPECT_EQ(byteOf("SPIBuf", 0), 0xA0);
         EXPECT_EQ(byteOf("SPIBuf", 5), 0xA5);
 
         for (const auto& [typed, left] : {std::pair{"9", "5"}, {"0", "1"}, {"5", "5"}}) {
-            type(row.quantity, typed);
-            row.quantity.userLeave();
-            EXPECT_EQ(row.quantity.text(), left);
+            type(quantity, typed);
+            quantity.userLeave();
+            EXPECT_EQ(quantity.text(), left);
         }
-        row.button.userClick();
+        button.userClick();
         EXPECT_THAT(sent(Command::SpiTransfer, 13), ElementsAre("01 09 00 01 00 00 05 A1 A2 A3 A4 A5 00"));
     }
     // Its enable comes without a disable: it frees the buttons of whoever has locked them.

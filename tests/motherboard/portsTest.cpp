@@ -35,27 +35,21 @@ TEST_F(PortsTest, WriteSendsTheSixRegistersInOrder) {
 
 TEST_F(PortsTest, PinsChangeTheirBitAndTheirMirrorOnly) {
     loadConsoles();
-    struct Row {
-        ControlArray<CheckBox>& pins;
-        int index;
-        int reg;
-        int mask;
-        CheckBox& mirror;
-    };
     frmMotherboardDAQ2& b = board();
-    for (const Row& row : {Row{b.chkPData, 8, 1, 0x01, console().chkGPvalueP1[0]},
-                           Row{b.chkPData, 20, 2, 0x10, console().chkGPvalueP2[4]},
-                           Row{b.chkP0OutEn, 23, 5, 0x80, console().chkOpenCollectorP2[7]},
-                           Row{b.chkP0OutEn, 11, 4, 0x08, console().chkOpenCollectorP1[3]}}) {
-        SCOPED_TRACE(row.pins[row.index].path());
-        const int before = byteOf("PBuf", row.reg);
+    for (const auto& [pin, reg, mask, mirror] :
+         {std::tuple{&b.chkPData[8], 1, 0x01, &console().chkGPvalueP1[0]},
+          {&b.chkPData[20], 2, 0x10, &console().chkGPvalueP2[4]},
+          {&b.chkP0OutEn[23], 5, 0x80, &console().chkOpenCollectorP2[7]},
+          {&b.chkP0OutEn[11], 4, 0x08, &console().chkOpenCollectorP1[3]}}) {
+        SCOPED_TRACE(pin->path());
+        const int before = byteOf("PBuf", reg);
         for (int pass = 0; pass < 2; ++pass) {
-            row.pins[row.index].userClick();
-            const int now = byteOf("PBuf", row.reg);
-            EXPECT_EQ(now & ~row.mask, before & ~row.mask);
-            EXPECT_EQ((now & row.mask) != 0, row.pins[row.index].checked());
-            EXPECT_EQ(row.mirror.value(), row.pins[row.index].value());
-            EXPECT_EQ(b.txtPBuf[row.reg].text(), byteToHex2(static_cast<std::uint8_t>(now)));
+            pin->userClick();
+            const int now = byteOf("PBuf", reg);
+            EXPECT_EQ(now & ~mask, before & ~mask);
+            EXPECT_EQ((now & mask) != 0, pin->checked());
+            EXPECT_EQ(mirror->value(), pin->value());
+            EXPECT_EQ(b.txtPBuf[reg].text(), byteToHex2(static_cast<std::uint8_t>(now)));
         }
     }
     // Clearing a clear bit takes nothing away.

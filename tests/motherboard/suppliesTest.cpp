@@ -15,21 +15,19 @@ class SuppliesTest : public MotherboardBench {
 TEST_F(SuppliesTest, FourFramesOfTheSupplyDac) {
     loadConsoles();
     frmMotherboardDAQ2& b = board();
-    struct Row {
-        Button& button;
-        const char* frame;
-        bool keeps; ///< bytes go into SPIBuf
-    };
-    for (const Row& row : {Row{b.cmdSPIWrite, "50 C2 C0", false}, Row{b.cmdSPIWrite2, "50 C0 77", true},
-                           Row{b.cmdSPRRdReg, "50 B2 C0", true}, Row{b.cmdSPIReadData, "50 B0 00", true}}) {
-        SCOPED_TRACE(row.button.name());
+    // The frame of each button, and whether its bytes go into SPIBuf.
+    for (const auto& [button, frame, keeps] : {std::tuple{&b.cmdSPIWrite, "50 C2 C0", false},
+                                               {&b.cmdSPIWrite2, "50 C0 77", true},
+                                               {&b.cmdSPRRdReg, "50 B2 C0", true},
+                                               {&b.cmdSPIReadData, "50 B0 00", true}}) {
+        SCOPED_TRACE(button->name());
         for (int k = 0; k < 3; ++k)
             assign("SPIBuf", k, 0xEE);
-        row.button.userClick();
+        button->userClick();
         EXPECT_THAT(sent(10), ElementsAre("01 12 00 A0 00 00 00 00 00 00", "01 12 01 A0 00 00 00 00 00 00",
-                                          std::string("01 09 00 01 00 00 03 ") + row.frame,
+                                          std::string("01 09 00 01 00 00 03 ") + frame,
                                           "01 12 00 A0 10 00 00 00 00 00", "01 12 01 A0 00 00 00 00 00 00"));
-        EXPECT_EQ(byteOf("SPIBuf", 0), row.keeps ? 0x50 : 0xEE);
+        EXPECT_EQ(byteOf("SPIBuf", 0), keeps ? 0x50 : 0xEE);
         EXPECT_EQ(unlocked(), 13);
     }
     EXPECT_EQ(bus.state().code, 0x77);
@@ -44,25 +42,6 @@ TEST_F(SuppliesTest, FourFramesOfTheSupplyDac) {
     EXPECT_THAT(boxes(), ElementsAre("Overflow [OK]"));
     EXPECT_THAT(sent(Command::SpiTransfer), IsEmpty());
     EXPECT_EQ(unlocked(), 13);
-}
-
-TEST_F(SuppliesTest, TrackSwitchesBothWithOneWrite) {
-    loadConsoles();
-    board().OptVCC[0].userClick();
-    EXPECT_EQ(sent(5).size(), 6U);
-    EXPECT_EQ(image(), "02 08 70 05 08 F8");
-    EXPECT_GT(bus.state().vcc, 2.0);
-    EXPECT_LT(bus.state().vminus, -2.0);
-    EXPECT_EQ(board().ShpVCCon.colour(), Colour::LightRed);
-    EXPECT_EQ(board().ShpVCCMinusOn.colour(), Colour::LightRed);
-    EXPECT_TRUE(board().OptVCCMinus[0].value());
-    EXPECT_TRUE(board().OptVCCMinus[1].userClick().refused());
-    act([this] { board().OptVCCMinus_Click(1); });
-    EXPECT_THAT(sent(), IsEmpty());
-    board().OptVCC[1].userClick();
-    EXPECT_EQ(sent(5).at(2), "01 12 00 A0 10");
-    EXPECT_EQ(bus.state().vcc, 0);
-    EXPECT_EQ(board().ShpVCCMinusOn.colour(), Colour::Black);
 }
 
 TEST_F(SuppliesTest, WithoutTrackSwitchingVccOffLeavesItsBitInTheImage) {
@@ -94,44 +73,6 @@ TEST_F(SuppliesTest, MinusOnRunsItsNeighboursClick) {
     assign("PBuf", 2, 0); // behind the boxes' back: only a click brings a bit back
     board().OptVCCMinus[0].userClick();
     EXPECT_EQ(byteOf("PBuf", 2), 0x20);
-}
-
-TEST_F(SuppliesTest, EachRowOfTheVoltsListSetsVcc) {
-    openI2c();
-    EXPECT_EQ(board().lblCal_header.caption(), "Defaults");
-    EXPECT_EQ(i2c().CboVCC.text(), "5.0");
-    const std::array<std::pair<const char*, int>, 10> rows = {{{"2.7", 0x2C},
-                                                               {"3.0", 0x35},
-                                                               {"3.3", 0x3E},
-                                                               {"3.5", 0x44},
-                                                               {"4.0", 0x54},
-                                                               {"4.5", 0x63},
-                                                               {"5.0", 0x72},
-                                                               {"Min", 0x00},
-                                                               {"Mid", 0x3F},
-                                                               {"Max", 0x7F}}};
-    ASSERT_EQ(i2c().CboVCC.rowCount(), 10);
-    constexpr double kStep = 2 * 3.3 / 1023; // of the halved input
-    for (int row = 0; row < 10; ++row) {
-        const auto& [text, hex] = rows.at(static_cast<std::size_t>(row));
-        SCOPED_TRACE(text);
-        i2c().CboVCC.userSelect(row);
-        EXPECT_EQ(i2c().CboVCC.text(), text);
-        i2c().cmdUpdateVCC.userClick();
-        EXPECT_EQ(bus.state().code, hex);
-        EXPECT_NEAR(leadingNumber(i2c().lblVCCVolts.caption()), bus.state().vcc, kStep);
-        if (row < 7) {
-            EXPECT_NEAR(leadingNumber(i2c().lblVCCVolts.caption()), leadingNumber(text), 0.06);
-        }
-        board().cmdSampleVCC.userClick();
-        EXPECT_EQ(board().lblVCCVoltsRDBK.caption(), i2c().lblVCCVolts.caption());
-    }
-    sent();
-    i2c().CboVCC.setListIndex(-1); // reached by typing in the list
-    EXPECT_EQ(i2c().cmdUpdateVCC.userClick().fault, "Subscript out of range");
-    EXPECT_THAT(boxes(), ElementsAre("Subscript out of range [OK]"));
-    EXPECT_THAT(sent(), IsEmpty());
-    EXPECT_TRUE(i2c().cmdUpdateVCC.enabled());
 }
 
 TEST_F(SuppliesTest, CalibrationFileTakesThePlaceOfTheBuiltInCodes) {

@@ -10,13 +10,8 @@ class RegistersTest : public I2cPanelTest {};
 
 TEST_F(RegistersTest, ControlByteIsComposedFromItsOptionsAndNotSent) {
     openI2c();
-    struct Case {
-        int option;
-        bool shutdownBit;
-        const char* byte;
-    };
     for (const auto& [option, shutdownBit, byte] :
-         {Case{0, true, "40"}, {1, true, "C0"}, {1, false, "80"}, {0, false, "0"}, {0, true, "40"}}) {
+         {std::tuple{0, true, "40"}, {1, true, "C0"}, {1, false, "80"}, {0, false, "0"}, {0, true, "40"}}) {
         if (i2c().chkShutdown.checked() != shutdownBit)
             i2c().chkShutdown.userClick();
         i2c().Option1[option].userClick();
@@ -90,22 +85,17 @@ TEST_F(RegistersTest, PartWithoutARegisterIsSaidSoAndNothingIsSent) {
 
 TEST_F(RegistersTest, SilentPartTurnsTheRegisterLampsRed) {
     openI2c();
-    struct Case {
-        Button& button;
-        int lamp;
-        int status;
-    };
-    for (const auto& [button, lamp, status] : {Case{i2c().cmdACRWrite, 0, 1},
-                                               {i2c().cmdACRRead, 1, 2},
-                                               {i2c().cmdWriteGP, 2, 1},
-                                               {i2c().cmdGPRead, 3, 2}}) {
+    for (const auto& [button, lamp, status] : {std::tuple{&i2c().cmdACRWrite, 0, 1},
+                                               {&i2c().cmdACRRead, 1, 2},
+                                               {&i2c().cmdWriteGP, 2, 1},
+                                               {&i2c().cmdGPRead, 3, 2}}) {
         fault(sim::FaultKind::Nak);
         answer(Choice::Retry);
-        button.userClick();
+        button->userClick();
         EXPECT_THAT(boxes(), ElementsAre(kInvalidAddress)); // no message of the panel's own
         EXPECT_EQ(i2c().Shape2[lamp].colour(), Colour::LightRed);
         EXPECT_EQ(i2c().Shape1[status].colour(), Colour::LightRed);
-        EXPECT_TRUE(button.enabled());
+        EXPECT_TRUE(button->enabled());
     }
     // A register that no field shows, and a byte that is none: faults, and the buttons are back.
     i2c().txtACRAddress.setText("40");

@@ -65,12 +65,8 @@ TEST_F(SetupTest, PartEntriesConfigureThePanelForTheirPart) {
 
 TEST_F(SetupTest, AddressPinsMoveThePartAndTheCopyFollowsIt) {
     openI2c();
-    struct Case {
-        std::vector<int> pins;
-        const char* address;
-        int p0; // its bits 7 and 6
-        int p1; // its bits 1 and 0
-    };
+    // Of P0 the bits 7 and 6, of P1 the bits 1 and 0.
+    using Case = std::tuple<std::vector<int>, const char*, int, int>;
     for (const auto& [pins, address, p0, p1] : {Case{{0}, "52", 0x40, 0},
                                                 {{1}, "54", 0x80, 0},
                                                 {{2}, "58", 0, 1},
@@ -100,12 +96,8 @@ TEST_F(SetupTest, AddressPinsMoveThePartAndTheCopyFollowsIt) {
 
 TEST_F(SetupTest, AddressEntryKeepsItsRange) {
     openI2c(false);
-    struct Case {
-        const char* typed;
-        const char* text;
-    };
     for (const auto& [typed, text] :
-         {Case{"6a", "6A"}, {"0", "50"}, {"101", "50"}, {"100", "100"}, {"xyz", "50"}, {"7", "7"}}) {
+         {std::pair{"6a", "6A"}, {"0", "50"}, {"101", "50"}, {"100", "100"}, {"xyz", "50"}, {"7", "7"}}) {
         for (const bool withEnter : {true, false}) {
             i2c().cmdSlave.userClick();
             type(i2c().txtDeviceAdr, typed);
@@ -117,11 +109,8 @@ TEST_F(SetupTest, AddressEntryKeepsItsRange) {
 
 TEST_F(SetupTest, TapsSetEveryRangeAndBlankTheValues) {
     openI2c();
-    struct Case {
-        int taps;
-        int tick;
-    };
-    const Case cases[] = {{16, 1}, {32, 2}, {64, 4}, {100, 5}, {128, 8}, {256, 16}, {512, 32}, {1024, 64}};
+    const std::pair<int, int> cases[] = {{16, 1},  {32, 2},   {64, 4},   {100, 5},
+                                         {128, 8}, {256, 16}, {512, 32}, {1024, 64}};
     for (int index = 0; index < 8; ++index) {
         const auto& [taps, tick] = cases[index];
         SCOPED_TRACE(taps);

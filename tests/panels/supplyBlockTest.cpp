@@ -41,8 +41,10 @@ TEST_F(SupplyBlockTest, TrackedSuppliesComeUpOffAndSwitchInOneWrite) {
     EXPECT_NEAR(leadingNumber(i2c().lblVCCVolts.caption()), bus.state().vcc, kStep);
     EXPECT_EQ(i2c().ShpVCCon.colour(), Colour::LightRed);
     EXPECT_EQ(i2c().ShVM.colour(), Colour::LightRed);
-    EXPECT_TRUE(i2c().OptVM[0].value());
-    EXPECT_TRUE(i2c().OptVM[1].userClick().refused());
+    EXPECT_EQ(board().ShpVCCon.colour(), Colour::LightRed);
+    EXPECT_EQ(board().ShpVCCMinusOn.colour(), Colour::LightRed);
+    EXPECT_TRUE(i2c().OptVM[0].value() && board().OptVCCMinus[0].value());
+    EXPECT_TRUE(i2c().OptVM[1].userClick().refused() && board().OptVCCMinus[1].userClick().refused());
     i2c().OptVCC[1].userClick();
     EXPECT_EQ(bus.state().vcc, 0);
     EXPECT_EQ(bus.state().vminus, 0);
@@ -102,6 +104,8 @@ TEST_F(SupplyBlockTest, EachRowOfTheVoltsListSendsItsCodeAndMeasures) {
     const std::pair<const char*, const char*> rows[] = {
         {"2.7", "2C"}, {"3.0", "35"}, {"3.3", "3E"}, {"3.5", "44"}, {"4.0", "54"},
         {"4.5", "63"}, {"5.0", "72"}, {"Min", "00"}, {"Mid", "3F"}, {"Max", "7F"}};
+    EXPECT_EQ(board().lblCal_header.caption(), "Defaults");
+    EXPECT_EQ(i2c().CboVCC.text(), "5.0");
     ASSERT_EQ(i2c().CboVCC.rowCount(), 10);
     for (int row = 0; row < 10; ++row) {
         SCOPED_TRACE(rows[row].first);
@@ -112,7 +116,10 @@ TEST_F(SupplyBlockTest, EachRowOfTheVoltsListSendsItsCodeAndMeasures) {
         EXPECT_THAT(frames(), ElementsAre(std::string("03 50 C0 ") + rows[row].second));
         EXPECT_EQ(i2c().lblSPICode.caption(), rows[row].second);
         EXPECT_EQ(i2c().txtUserVCC.text(), rows[row].second);
+        EXPECT_EQ(bus.state().code, hexToInt(rows[row].second));
         EXPECT_NEAR(leadingNumber(i2c().lblVCCVolts.caption()), bus.state().vcc, kStep);
+        board().cmdSampleVCC.userClick();
+        EXPECT_EQ(board().lblVCCVoltsRDBK.caption(), i2c().lblVCCVolts.caption());
         if (const double volts = leadingNumber(rows[row].first); volts > 0) {
             EXPECT_NEAR(bus.state().vcc, volts, 0.1);
         }
@@ -131,13 +138,7 @@ TEST_F(SupplyBlockTest, ListWithNoRowSelectedIsAFaultAndTheButtonComesBack) {
 TEST_F(SupplyBlockTest, OffsetAndGainCorrectTheReading) {
     openI2c();
     bus.input(0x0A, std::nullopt, 512); // VIN4: 512 * 3.3 / 1023 = 1.6516 V
-    struct Case {
-        const char* offset;
-        const char* gain;
-        const char* volts;
-        double shared;
-    };
-    for (const auto& [offset, gain, volts, shared] : {Case{"0.00", "2.0", "3.303", 1.6516},
+    for (const auto& [offset, gain, volts, shared] : {std::tuple{"0.00", "2.0", "3.303", 1.6516},
                                                       {"0.1", "3", "5.255", 1.7516},
                                                       {"-2", "2.0", "-0.697", -0.3484}}) {
         i2c().txtADOffset.setText(offset);

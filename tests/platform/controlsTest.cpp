@@ -2,8 +2,6 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <rapidcheck.h>
-#include <rapidcheck/gtest.h>
 #include <string>
 #include <vector>
 
@@ -75,29 +73,26 @@ class ControlsTest : public ::testing::Test {
 };
 
 TEST_F(ControlsTest, GesturesAreRefusedByWhateverIsHiddenOrDisabled) {
-    struct Row {
-        const char* name;
-        std::function<void(bool)> set;
-    };
-    const Row rows[] = {{"disabled",
-                         [&](bool on) {
-                             for (Control* control : panel.controls())
-                                 control->setEnabled(on);
-                         }},
-                        {"hidden",
-                         [&](bool on) {
-                             for (Control* control : panel.controls())
-                                 control->setVisible(on);
-                         }},
-                        {"group disabled", [&](bool on) { panel.inner.setEnabled(on); }},
-                        {"group hidden", [&](bool on) { panel.inner.setVisible(on); }},
-                        {"outer group disabled", [&](bool on) { panel.outer.setEnabled(on); }},
-                        {"outer group hidden", [&](bool on) { panel.outer.setVisible(on); }},
-                        {"panel disabled", [&](bool on) { panel.setEnabled(on); }}};
+    const std::pair<const char*, std::function<void(bool)>> rows[] = {
+        {"disabled",
+         [&](bool on) {
+             for (Control* control : panel.controls())
+                 control->setEnabled(on);
+         }},
+        {"hidden",
+         [&](bool on) {
+             for (Control* control : panel.controls())
+                 control->setVisible(on);
+         }},
+        {"group disabled", [&](bool on) { panel.inner.setEnabled(on); }},
+        {"group hidden", [&](bool on) { panel.inner.setVisible(on); }},
+        {"outer group disabled", [&](bool on) { panel.outer.setEnabled(on); }},
+        {"outer group hidden", [&](bool on) { panel.outer.setVisible(on); }},
+        {"panel disabled", [&](bool on) { panel.setEnabled(on); }}};
     panel.list.addRow("a");
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.name);
-        row.set(false);
+    for (const auto& [name, set] : rows) {
+        SCOPED_TRACE(name);
+        set(false);
         EXPECT_TRUE(panel.button.userClick().refused());
         EXPECT_TRUE(panel.box.userClick().refused());
         EXPECT_TRUE(panel.text.userKey('7').refused());
@@ -109,7 +104,7 @@ TEST_F(ControlsTest, GesturesAreRefusedByWhateverIsHiddenOrDisabled) {
         EXPECT_THAT(raised(), IsEmpty());
         panel.box.setValue(panel.box.value() + 1); // code assigns all the same
         EXPECT_THAT(raised(), ElementsAre("box"));
-        row.set(true);
+        set(true);
         EXPECT_TRUE(panel.button.userClick().done());
         EXPECT_THAT(raised(), ElementsAre("button"));
     }
@@ -219,20 +214,6 @@ TEST_F(ControlsTest, LogBreaksItsLinesAlsoWhereTheBreakComesInTwo) {
     EXPECT_THAT(aspects, ElementsAre(Aspect::Appended, Aspect::Appended, Aspect::Value));
 }
 
-RC_GTEST_FIXTURE_PROP(ControlsTest, LogKeepsATextHoweverItIsCut, ()) {
-    std::string whole;
-    for (const char c : *rc::gen::container<std::string>(rc::gen::elementOf(std::string("ab n"))))
-        whole += c == 'n' ? "\r\n" : std::string(1, c);
-    std::string rest = whole;
-    while (!rest.empty()) {
-        const auto length = *rc::gen::inRange<std::size_t>(1, rest.size() + 1);
-        panel.trace.append(rest.substr(0, length));
-        rest.erase(0, length);
-    }
-    RC_ASSERT(panel.trace.text() == whole);
-    RC_ASSERT(panel.trace.size() == whole.size());
-}
-
 TEST_F(ControlsTest, TimerIsNotEnteredTwice) {
     int entered = 0;
     int deepest = 0;
@@ -257,27 +238,6 @@ TEST_F(ControlsTest, TimerIsNotEnteredTwice) {
     const int before = entered;
     advance(events, clock, Milliseconds(100));
     EXPECT_EQ(entered, before);
-}
-
-TEST_F(ControlsTest, UnloadedPanelLivesUntilItsActionsAreOver) {
-    PanelSlot<SamplePanel> slot(context, "frmSample", "Sample",
-                                [&] { return std::make_shared<SamplePanel>(context, log); });
-    EXPECT_FALSE(slot.loaded());
-    slot.show();
-    slot->box.setValue(1);
-    slot->button.onClick([&] {
-        SamplePanel& self = *slot;
-        slot.unload();
-        EXPECT_FALSE(slot.loaded());
-        self.text.setText("still here");
-        EXPECT_EQ(slot->box.value(), 0); // the next use is a new one
-        EXPECT_FALSE(slot.visible());
-    });
-    EXPECT_TRUE(slot->button.userClick().done());
-    slot.show();
-    EXPECT_TRUE(slot.userClose().done());
-    EXPECT_FALSE(slot.loaded());
-    EXPECT_EQ(context.front, nullptr);
 }
 
 } // namespace

@@ -29,16 +29,13 @@ std::vector<std::string> fieldsOf(const std::string& text) {
 }
 
 TEST(SequentialInputTest, Fields) {
-    struct Row {
-        const char* text;
-        std::vector<std::string> fields;
-    };
-    for (const Row& row : {Row{"", {}}, Row{"a", {"a"}}, Row{"a,b\r\nc\n", {"a", "b", "c"}},
-                           Row{" a b ,\tc\t\r\n", {"a b", "c"}}, Row{"a,,b", {"a", "", "b"}},
-                           Row{"a\r\n\r\nb", {"a", "", "b"}}, Row{"a\rb", {"a", "b"}},
-                           Row{"\"x, \"\"y\"\"\" ,z", {"x, \"y\"", "z"}}, Row{"\"\",b", {"", "b"}},
-                           Row{"\"open, end", {"open, end"}}})
-        EXPECT_EQ(fieldsOf(row.text), row.fields) << row.text;
+    using Row = std::pair<const char*, std::vector<std::string>>;
+    for (const auto& [text, fields] : {Row{"", {}}, Row{"a", {"a"}}, Row{"a,b\r\nc\n", {"a", "b", "c"}},
+                                       Row{" a b ,\tc\t\r\n", {"a b", "c"}}, Row{"a,,b", {"a", "", "b"}},
+                                       Row{"a\r\n\r\nb", {"a", "", "b"}}, Row{"a\rb", {"a", "b"}},
+                                       Row{"\"x, \"\"y\"\"\" ,z", {"x, \"y\"", "z"}},
+                                       Row{"\"\",b", {"", "b"}}, Row{"\"open, end", {"open, end"}}})
+        EXPECT_EQ(fieldsOf(text), fields) << text;
 }
 
 RC_GTEST_PROP(SequentialInputTest, QuotedFieldsComeBack, ()) {

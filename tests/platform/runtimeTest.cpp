@@ -66,48 +66,14 @@ TEST(Text, NumbersOutOfText) {
 }
 
 TEST(Text, FormatPatterns) {
-    struct Row {
-        double value;
-        const char* pattern;
-        const char* text;
-    };
-    for (const Row& row :
+    using Row = std::tuple<double, const char*, const char*>;
+    for (const auto& [value, pattern, text] :
          {Row{0, "##.####", "."}, Row{0.5, "##.####", ".5"}, Row{123, "##.####", "123."},
           Row{0, "#0.000", "0.000"}, Row{5.00049, "#0.000", "5.000"}, Row{5.0005, "#0.000", "5.001"},
           Row{-0.0004, "#0.000", "0.000"}, Row{-0.0005, "#0.000", "-0.001"}, Row{1.005, "#0.00", "1.01"},
           Row{3.14159, "00.0000", "03.1416"}, Row{99.99995, "00.0000", "100.0000"}, Row{2.7, "0.0", "2.7"},
           Row{7, "0", "7"}, Row{-2500, "####0.00", "-2500.00"}})
-        EXPECT_EQ(formatNumber(row.value, row.pattern), row.text) << row.value << " in " << row.pattern;
-}
-
-TEST(Text, KeyFilters) {
-    std::string hex;
-    std::string decimal;
-    for (int key = 1; key < 256; ++key) {
-        if (const int passed = hexKeyFilter(key); passed >= ' ')
-            hex += static_cast<char>(passed);
-        if (const int passed = decimalKeyFilter(key); passed >= ' ')
-            decimal += static_cast<char>(passed);
-    }
-    EXPECT_EQ(hex, "0123456789ABCDEFABCDEF");
-    EXPECT_EQ(decimal, "0123456789");
-    for (const int key : {kEnterKey, kBackspaceKey}) {
-        EXPECT_EQ(hexKeyFilter(key), key);
-        EXPECT_EQ(decimalKeyFilter(key), key);
-    }
-}
-
-RC_GTEST_PROP(Text, HexadecimalComesBack, (std::int16_t value, std::uint8_t byte)) {
-    RC_ASSERT(hexToInt(hexText(value)) == value);
-    RC_ASSERT(hexToInt(hexText(value, 6) + " - P2.3") == value);
-    RC_ASSERT(hexToByte(byteToHex2(byte)) == byte);
-    RC_ASSERT(byteToHex2(byte).size() == 2U);
-}
-
-RC_GTEST_PROP(Text, WholeNumbersComeBack, (std::int32_t value)) {
-    RC_ASSERT(decimalInt(numberToText(value)) == value);
-    RC_ASSERT(decimalInt(decimalText(value) + ".4") == value);
-    RC_ASSERT(decimalInt(doubleText(value)) == value);
+        EXPECT_EQ(formatNumber(value, pattern), text) << value << " in " << pattern;
 }
 
 /// Against whole-number arithmetic on value = mantissa / 10^6.

@@ -8,17 +8,6 @@ using ::testing::IsEmpty;
 
 /// A bench of its own, for a test with two.
 class SecondBench : public TestBench {
-  public:
-    using TestBench::bench;
-    using TestBench::board;
-    using TestBench::bus;
-    using TestBench::i2c;
-    using TestBench::link;
-    using TestBench::openI2c;
-    using TestBench::sent;
-    using TestBench::wire;
-
-  private:
     void TestBody() override {}
 };
 

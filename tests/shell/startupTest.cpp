@@ -3,16 +3,9 @@
 namespace vrk {
 namespace {
 
-using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
-class StartupTest : public TestBench {
-  protected:
-    static constexpr const char* kNotFound =
-        "Please check USB connection.\r\nVRK_HID  Evaluation Board (PID &H2034) not found.";
-    static constexpr const char* kWarning =
-        "Evaluation Board is not connected, or another application is using it. [OK]";
-};
+class StartupTest : public TestBench {};
 
 TEST_F(StartupTest, LampBlinksWhileThePanelWaits) {
     bench.start();
@@ -95,29 +88,8 @@ TEST_F(StartupTest, ConsolesShowAlongAfterADoubleClickOnThePicture) {
     EXPECT_EQ(bench.context().front, &bench.frmVRK_User1);
 }
 
-TEST_F(StartupTest, MissingBoardIsWarnedOfOnceAndTheSecondSelectionGoesAhead) {
-    bus.setBoards(0);
-    bench.start();
-    startup().cboVRKSelect.userSelect(2);
-    EXPECT_THAT(boxes(), ElementsAre(std::string(kNotFound) + " [Cancel]", kWarning));
-    EXPECT_FALSE(events.ended());
-    EXPECT_EQ(startup().cboVRKSelect.listIndex(), 0);
-    EXPECT_TRUE(bench.frmStartup.visible());
-    // The first exchange meets the link dialog; by then the board is there.
-    answer(Choice::Retry, [this] { bus.setBoards(1); });
-    startup().cboVRKSelect.userSelect(2);
-    EXPECT_THAT(boxes(), ElementsAre("Please check USB connection.\r\ncheckStatus [Retry]"));
-    EXPECT_TRUE(bench.frmVRK_User1.visible());
-    EXPECT_EQ(i2c().ShpAttach.colour(), Colour::LightGreen);
-    EXPECT_GT(i2c().cboI2CClock.rowCount(), 0);
-}
-
 TEST_F(StartupTest, ClosingAWindowThatTheProgramStandsOnEndsItAndClosesTheHandles) {
-    struct Case {
-        const char* panel;
-        bool ends;
-    };
-    for (const auto& [panel, ends] : {Case{"frmVRK_User1", true},
+    for (const auto& [panel, ends] : {std::pair{"frmVRK_User1", true},
                                       {"frmStartup", true},
                                       {"frmMainF340", true},
                                       {"frmMotherboardDAQ2", false},

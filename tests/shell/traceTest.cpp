@@ -23,12 +23,9 @@ TEST_F(TraceTest, LinesPassTheirGates) {
     const std::string one = "Read F340 Processor Firmware Revision: " + version + "\r\n";
     const std::string two = "Read F340 SFR Register 80\r\n";
     const std::string fill = "Clear USB Buffer Memory: 0\r\n";
-    struct Case {
-        bool on, detail, base;
-        std::string text;
-    };
-    for (const auto& [on, detail, base, text] :
-         {Case{false, true, true, ""}, {true, false, true, one}, {true, true, false, one + two}}) {
+    for (const auto& [on, detail, base, text] : {std::tuple{false, true, true, std::string()},
+                                                 {true, false, true, one},
+                                                 {true, true, false, one + two}}) {
         trace().ChkTrace[2].setValue(on);
         trace().chkTRDetail.setValue(detail);
         trace().ChkBasIO.setValue(base);
@@ -59,11 +56,7 @@ TEST_F(TraceTest, DetailSwitchesOfBothPanelsShowTheSame) {
 TEST_F(TraceTest, SavedFileEndsEachSectionWithEndOnALineOfItsOwn) {
     const std::string head = "Trace File Data Acquisition 2020-01-01 12:00\r\n";
     trace().txtFilePath.setText("trace.txt");
-    struct Case {
-        const char* text;
-        std::string body;
-    };
-    for (const auto& [text, body] : {Case{"", "END\r\n"},
+    for (const auto& [text, body] : {std::pair{"", "END\r\n"},
                                      {"one\r\ntwo", "one\r\ntwo\r\nEND\r\n"},
                                      {"one\r\n", "one\r\nEND\r\n"},
                                      {"one\r\n\r\n", "one\r\n\r\nEND\r\n"}}) {

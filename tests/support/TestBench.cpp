@@ -63,13 +63,11 @@ std::vector<std::string> TestBench::boxes() {
 }
 
 void TestBench::fault(sim::FaultKind kind, int times, std::optional<int> command, int value) {
-    sim::Fault fault;
-    fault.kind = kind;
-    fault.times = times;
-    fault.command = command;
-    fault.ms = value;
-    fault.value = static_cast<std::uint8_t>(value);
-    bus.fault(fault);
+    bus.fault({.kind = kind,
+               .times = times,
+               .command = command,
+               .ms = value,
+               .value = static_cast<std::uint8_t>(value)});
 }
 
 std::vector<std::string> TestBench::sent(int bytes) {

@@ -31,7 +31,7 @@ class TemporaryFolder {
 /// A whole bench on a simulated board, with a clock that jumps and boxes that are answered from a queue. A
 /// box that the test did not take with boxes() fails it, so that no fault passes unseen.
 class TestBench : public ::testing::Test {
-  protected:
+  public:
     TestBench();
     ~TestBench() override;
     void TearDown() override;

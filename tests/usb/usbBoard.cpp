@@ -54,8 +54,8 @@ class UsbBoard {
     /// -1 while unplugged.
     int fileDescriptor() const { return descriptor_; }
 
-    /// \return the answer, or nothing at the end.
-    std::optional<std::string> command(const std::string& line) {
+    /// \return the answer.
+    std::string command(const std::string& line) {
         std::istringstream words(line);
         std::string verb;
         words >> verb;
@@ -75,8 +75,6 @@ class UsbBoard {
             return "wiper " + std::to_string(board_.part()->state().wipers.at(0));
         else if (verb == "count")
             return "count " + std::to_string(taken_);
-        else if (verb == "quit")
-            return std::nullopt;
         else
             throw std::invalid_argument("no command: " + line);
         return verb + " done";
@@ -181,11 +179,8 @@ int run(UsbBoard& board) {
             return 0;
         input.append(bytes, static_cast<std::size_t>(count));
         for (std::size_t end = input.find('\n'); end != std::string::npos; end = input.find('\n')) {
-            const auto answer = board.command(input.substr(0, end));
+            std::cout << board.command(input.substr(0, end)) << std::endl;
             input.erase(0, end + 1);
-            if (!answer)
-                return 0;
-            std::cout << *answer << std::endl;
         }
     }
 }

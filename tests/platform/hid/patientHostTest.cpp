@@ -3,8 +3,6 @@
 
 #include <gmock/gmock.h>
 
-#include <set>
-
 namespace vrk::hid {
 namespace {
 
@@ -25,30 +23,6 @@ class Patient : public testing::Test {
                       }};
     Report report_{};
 };
-
-TEST_F(Patient, QuickCallsPaintNothingAndShareOneWorker) {
-    std::set<std::thread::id> threads;
-    fake_.onCall = [&] { threads.insert(std::this_thread::get_id()); };
-    fake_.replies = {reportOf({1, 2}), reportOf({3})};
-    EXPECT_EQ(host_.list().size(), 1u);
-    EXPECT_EQ(host_.open("a"), 1);
-    EXPECT_EQ(host_.open("b"), kNoHandle);
-    EXPECT_TRUE(host_.write(1, report_));
-    EXPECT_EQ(host_.read(1, report_, 6000ms), ReadResult::Arrived);
-    EXPECT_EQ(report_, reportOf({1, 2}));
-    EXPECT_EQ(threads.size(), 1u);
-    EXPECT_FALSE(threads.contains(std::this_thread::get_id()));
-    EXPECT_EQ(host_.read(1, report_, 1ms), ReadResult::Arrived);
-    EXPECT_TRUE(threads.contains(std::this_thread::get_id()));
-    // A busy computer may keep the worker waiting now and then, but not each time.
-    int quiet = 0;
-    for (int call = 0; call < 10; ++call) {
-        paints_ = 0;
-        host_.list();
-        quiet += paints_ == 0 ? 1 : 0;
-    }
-    EXPECT_GT(quiet, 0);
-}
 
 TEST_F(Patient, SlowCallsPaintAndHoldEveryAction) {
     int actions = 0;

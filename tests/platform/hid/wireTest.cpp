@@ -163,10 +163,8 @@ TEST_F(Wire, FirstRequestThatDiffersIsToldAndEndsTheReplay) {
 TEST_F(Wire, BrokenLogsAreRefusedWithTheirLine) {
     const std::string head = "vrkbench wire log 1\n";
     const std::string good = "1 out 0 " + reportText(reportOf({1})) + '\n';
-    const struct {
-        std::string text;
-        std::string fault; ///< empty: none
-    } cases[] = {
+    // Text and fault; empty: none.
+    const std::pair<std::string, std::string> cases[] = {
         {"", ""},
         {head + "\r\n# remark\r\n" + good, ""},
         {head + good + "12 out 0 01 06", ""}, // cut short by a crash

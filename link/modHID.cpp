@@ -139,6 +139,7 @@ bool modHID::readReply() {
     const hid::Report kept = reportBuffer;
     checkStatus(false);
     reportBuffer = kept;
+    setReportID(); // a cleared buffer has none, and I2C transfers set none
     return false;
 }
 

@@ -75,8 +75,10 @@ QWidget* shutdownBlock(PanelUi& ui, frmVRK_User1& p) {
     auto* warning = keepsPlace(ui(p.lblShutDown));
     warning->setFont(textFont(1.0, true));
     // The pin's box stays where the register's goes: every part has the pin.
-    return block(column(
-        {ui.frame(p.FrmShutdown, "Shutdown", column({ui(p.chkShutdown), warning})), ui(p.ChkShutDown2)}));
+    return block(column({
+        ui.frame(p.FrmShutdown, "Shutdown", row({ui(p.chkShutdown), gap, warning, stretch})),
+        ui(p.ChkShutDown2),
+    }));
 }
 
 QWidget* generalRegisterBlock(PanelUi& ui, frmVRK_User1& p) {

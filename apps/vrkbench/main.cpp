@@ -13,6 +13,7 @@
 #include "shell/Bench.h"
 #include "sim/SimulatedBus.h"
 #include "views/WindowManager.h"
+#include "views/replayDifference.h"
 
 #include <CLI/CLI.hpp>
 #include <QApplication>
@@ -72,6 +73,9 @@ std::unique_ptr<hid::HidHost> chooseHost(const Options& options, Clock& clock, B
             std::make_unique<hid::ReplayHost>(options.replay, clock, report::kVendorId, report::kProductId);
         replay->onDifference([](const auto& difference) {
             std::fprintf(stderr, "vrkbench: the replay differs: %s\n", difference.text.c_str());
+            // The device's thread is on its way here, with an exchange in flight.
+            QMetaObject::invokeMethod(
+                qApp, [difference] { showReplayDifference(difference); }, Qt::QueuedConnection);
         });
         return replay;
     }

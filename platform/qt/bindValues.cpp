@@ -1,12 +1,16 @@
 #include "platform/qt/PanelUi.h"
 #include "platform/qt/PictureWidget.h"
 #include "platform/qt/bind.h"
+
 #include "platform/qt/layout.h"
+#include <algorithm>
 
 #include <QCheckBox>
 #include <QLabel>
 #include <QPushButton>
 #include <QRadioButton>
+
+#include <algorithm>
 
 namespace vrk::qt {
 
@@ -166,8 +170,12 @@ class SliderBinding final : public TypedBinding<Slider, ThumbSlider> {
         TypedBinding::showAspect(aspect);
         if (aspect == Aspect::Range) {
             view().setRange(model()->minimum(), model()->maximum());
-            view().setTickInterval(model()->tickFrequency());
-            view().setPageStep(model()->tickFrequency());
+            // More marks than this run into one another on a slider's length.
+            constexpr int kMostTicks = 32;
+            const int length = model()->maximum() - model()->minimum() + 1;
+            const int tick = std::max(model()->tickFrequency(), length / kMostTicks);
+            view().setTickInterval(tick);
+            view().setPageStep(tick);
         }
         if (aspect == Aspect::Range || aspect == Aspect::Value)
             view().setValue(model()->value());

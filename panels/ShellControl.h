@@ -30,13 +30,11 @@ class ProductTable {
 
 /// Start values that the start panel sets and device panels look at.
 struct ShellState {
-    bool lm73Enabled = true; ///< the start panel's choice; nothing reads it
-    bool returningToMenu =
-        false; ///< a device panel closes to go back to the start panel, not to end the program
-    bool reloadI2CList = false; ///< set by the product table, read by the list actions
+    bool lm73Enabled = true;      ///< the start panel's choice; nothing reads it
+    bool returningToMenu = false; ///< a device panel closes to go back to the menu, not to end the program
+    bool reloadI2CList = false;   ///< set by the product table, read by the list actions
     bool reloadSPIList = false;
-    bool showConsoles =
-        false; ///< by a double click on the start panel's picture: they come with the next device panel
+    bool showConsoles = false; ///< the next device panel brings both consoles along
 };
 
 } // namespace vrk

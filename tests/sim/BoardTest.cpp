@@ -1,4 +1,6 @@
+#include "sim/Board.h"
 #include "platform/runtime/Clock.h"
+#include "sim/Firmware.h"
 #include "sim/SimulatedBus.h"
 
 #include <gtest/gtest.h>
@@ -192,6 +194,57 @@ TEST_F(BoardTest, LongestRequestsFitAndLongerOnesAreRefused) {
          {"06 51 3F 01 00", "01 02 00"},
          {"06 50 3B 01 00", "01 02"},
          {"09 00 01 00 00 FF 50 B0", "01 00"}});
+}
+
+TEST_F(BoardTest, OptionsFormTheI2cFrame) {
+    // A part that writes down what the bus does.
+    struct Scribe final : Part {
+        Scribe(std::string& out) : Part("scribe"), log(out) {}
+        void i2cStart() override { log += "S "; }
+        bool i2cWrite(std::uint8_t byte) override { return note(byte), true; }
+        std::uint8_t i2cRead(bool acknowledged) override {
+            log += acknowledged ? "r+ " : "r- ";
+            return 0x5A;
+        }
+        void i2cStop() override { log += "P"; }
+        double wiperRatio(int) const override { return 0.0; }
+        PartState state() const override { return {}; }
+        void onPowerUp() override {}
+        void onPowerDown() override {}
+        void note(std::uint8_t byte) {
+            char two[8];
+            std::snprintf(two, sizeof two, "%02X ", byte);
+            log += two;
+        }
+        std::string& log;
+    };
+    std::string log;
+    Faults faults;
+    Board board(1, faults);
+    Firmware firmware(board, faults);
+    board.powerUp();
+    board.socket(std::make_unique<Scribe>(log));
+    const auto frameOf = [&](const std::string& command) {
+        log.clear();
+        firmware.handle(zeroFilled(bytes("01 " + command)));
+        return log;
+    };
+    frameOf("12 00 A0 30");
+    const struct {
+        const char *options, *command, *frame;
+    } cases[] = {
+        {"01", "06 51 02 01 03", "S 50 03 S 51 r+ r- P"},
+        {"02", "06 51 01 01 03", "S 50 03 PS 51 r- P"},
+        {"09", "06 51 01 01 92", "S 51 92 r- P"},
+        {"01", "06 51 01 00", "S 51 r- P"},
+        {"01", "06 50 02 01 03 AA 55", "S 50 03 AA 55 P"},
+        {"01", "06 50 01 00 AA", "S 50 AA P"},
+        {"01", "06 50 00 00", "S 50 P"},
+    };
+    for (const auto& c : cases) {
+        frameOf(std::string("04 00 ") + c.options);
+        EXPECT_EQ(frameOf(c.command), c.frame) << c.options << ": " << c.command;
+    }
 }
 
 TEST_F(BoardTest, PinsFollowLatchAndMode) {

@@ -20,14 +20,7 @@ constexpr int kFirstWiperChannelRow = 6; ///< VIN0 on the channel list
 
 WiperPanel::WiperPanel(PanelContext& context, std::string name, std::string title, Uses uses,
                        WiperState& state)
-    : DevicePanel(context, std::move(name), std::move(title), std::move(uses)),
-      wipers(state),
-      TapCount(state.TapCount),
-      channelCount(state.channelCount),
-      ChanReg(state.ChanReg),
-      WiperWrite(state.WiperWrite),
-      WiperWriteHex(state.WiperWriteHex),
-      WiperRead(state.WiperRead) {
+    : DevicePanel(context, std::move(name), std::move(title), std::move(uses)), wipers(state) {
     lblProduct.setCaption("Manual Setup");
     OptChans.setCaptions({"1", "2", "4"});
     OptTaps.setCaptions({"16", "32", "64", "100", "128", "256", "512", "1024"});
@@ -58,7 +51,7 @@ WiperPanel::WiperPanel(PanelContext& context, std::string name, std::string titl
 
 void WiperPanel::wireChannel(int index) {
     Slider& slider = Slider1[index];
-    slider.setRange(1, TapCount);
+    slider.setRange(1, wipers.TapCount);
     slider.setValue(1);
     slider.onChange([this] {
         if (!wipers.SuppressTouch)
@@ -111,10 +104,10 @@ void WiperPanel::loadChannels() {
     wipers.SuppressTouch = wipers.SliderDrag = wipers.ListDrive = wipers.HexPending = wipers.DecPending =
         wipers.EntryDone = false;
     for (int index = 0; index < kChannels; ++index) {
-        ProgressBar1[index].setMaximum(TapCount);
-        Slider1[index].setMaximum(TapCount);
+        ProgressBar1[index].setMaximum(wipers.TapCount);
+        Slider1[index].setMaximum(wipers.TapCount);
     }
-    channelCount = 1;
+    wipers.channelCount = 1;
     resetChannelRegisters();
     OptChans_Click(0);
     fillLists();
@@ -129,7 +122,7 @@ void WiperPanel::numberChannels() {
 
 void WiperPanel::resetChannelRegisters() {
     for (int index = 0; index < kChannels; ++index)
-        ChanReg[index] = index;
+        wipers.ChanReg[index] = index;
 }
 
 void WiperPanel::clearTouched() {
@@ -140,7 +133,7 @@ void WiperPanel::clearTouched() {
 void WiperPanel::fillLists() {
     // One row more than the taps: the highest row is out of the slider's reach.
     std::vector<RowControl::Row> rows;
-    for (int value = 0; value <= TapCount; ++value)
+    for (int value = 0; value <= wipers.TapCount; ++value)
         rows.push_back({decimalText(value), 0});
     for (auto& list : List1)
         list->setRows(rows);
@@ -166,17 +159,17 @@ void WiperPanel::OptTaps_Click(int index) {
     if (index < 0 || index >= static_cast<int>(kTapChoices.size()))
         throw subscriptOutOfRange();
     const TapChoice& choice = kTapChoices.at(static_cast<std::size_t>(index));
-    TapCount = choice.taps;
+    wipers.TapCount = choice.taps;
     const bool before = std::exchange(wipers.SuppressTouch, true);
     OnScopeExit restore([this, before] { wipers.SuppressTouch = before; });
     for (int channel = 0; channel < kChannels; ++channel) {
-        ProgressBar1[channel].setMaximum(TapCount);
+        ProgressBar1[channel].setMaximum(wipers.TapCount);
         ProgressBar1[channel].setValue(1);
-        Slider1[channel].setMaximum(TapCount);
+        Slider1[channel].setMaximum(wipers.TapCount);
         Slider1[channel].setTickFrequency(choice.tick);
     }
     fillLists();
-    const bool wide = TapCount > 256;
+    const bool wide = wipers.TapCount > 256;
     for (int channel = 0; channel < kChannels; ++channel) {
         Slider1[channel].setValue(1);
         txtDECDataWrt[channel].setText(wide ? "0000" : "000");
@@ -198,7 +191,7 @@ void WiperPanel::CMDxMIT_Click(int index) {
         txtDECDataWrt_KeyPress(wipers.DecPendingIndex, kEnterKey);
     pump();
     setAddressBytes();
-    Wrt_VRK(ChanReg[index]);
+    Wrt_VRK(wipers.ChanReg[index]);
     pump();
     if (ChkAutoRead[index].checked()) {
         wait(Milliseconds{50});
@@ -216,8 +209,8 @@ void WiperPanel::cmdI2Read_Click(int index) {
     DisabledWhile busy({&CMDxMIT[index], &cmdI2Read[index], &cmdACRWrite, &cmdACRRead});
     pump();
     setAddressBytes();
-    Read_VRK(ChanReg[index]);
-    const int value = std::min(WiperRead[kWiperElement], TapCount);
+    Read_VRK(wipers.ChanReg[index]);
+    const int value = std::min(wipers.WiperRead[kWiperElement], wipers.TapCount);
     ProgressBar1[index].setValue(value);
     lblPotRead[index].setCaption(decimalText(value));
     lblPotReadhex[index].setCaption(hexText(value, 2));
@@ -247,9 +240,9 @@ void WiperPanel::ChkAutoRead_Click(int index) {
 }
 
 void WiperPanel::showWriteValue(int index, int value) {
-    WiperWrite[kWiperElement] = value;
-    WiperWriteHex[kWiperElement] = hexText(value, 2);
-    txtHexDataWrt[index].setText(WiperWriteHex[kWiperElement]);
+    wipers.WiperWrite[kWiperElement] = value;
+    wipers.WiperWriteHex[kWiperElement] = hexText(value, 2);
+    txtHexDataWrt[index].setText(wipers.WiperWriteHex[kWiperElement]);
     txtDECDataWrt[index].setText(decimalText(value));
 }
 
@@ -312,9 +305,9 @@ void WiperPanel::List1_Click(int index) {
 }
 
 void WiperPanel::takeTypedValue(int index) {
-    WiperWrite[kWiperElement] = hexToInt(txtHexDataWrt[index].text());
-    txtDECDataWrt[index].setText(decimalText(WiperWrite[kWiperElement]));
-    moveControls(index, WiperWrite[kWiperElement] + 1);
+    wipers.WiperWrite[kWiperElement] = hexToInt(txtHexDataWrt[index].text());
+    txtDECDataWrt[index].setText(decimalText(wipers.WiperWrite[kWiperElement]));
+    moveControls(index, wipers.WiperWrite[kWiperElement] + 1);
     CMDxMIT_Click(index);
     pump();
 }
@@ -331,7 +324,7 @@ int WiperPanel::txtHexDataWrt_KeyPress(int index, int key) {
     const std::string zero(static_cast<std::size_t>(wiperHexDigits()), '0');
     std::string text = upperCase(box.text());
     const int value = hexToInt(text);
-    if (value <= 0 || value > TapCount)
+    if (value <= 0 || value > wipers.TapCount)
         text = zero;
     if (text.size() < zero.size())
         text.insert(0, zero.size() - text.size(), '0');
@@ -353,7 +346,7 @@ int WiperPanel::txtDECDataWrt_KeyPress(int index, int key) {
     if (hexToInt(txtHexDataWrt[index].text()) == 0)
         txtHexDataWrt[index].setText("0");
     int value = decimalInt(box.text());
-    if (value < 0 || value > TapCount) {
+    if (value < 0 || value > wipers.TapCount) {
         value = 0;
         box.setText("0");
     }

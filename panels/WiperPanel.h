@@ -68,13 +68,8 @@ class WiperPanel : public DevicePanel {
     Button cmdACRRead{*this, "cmdACRRead"};
     Button cmdACRWrite{*this, "cmdACRWrite"};
 
+    /// Of this panel's bus.
     WiperState& wipers;
-    int& TapCount;
-    int& channelCount;
-    CheckedArray<int, 11>& ChanReg;
-    CheckedArray<int, 11>& WiperWrite;
-    CheckedArray<std::string, 11>& WiperWriteHex;
-    CheckedArray<int, 11>& WiperRead;
     static constexpr int kWiperElement = 6;
 
     /// One write or read of the register `reg`, which is the channel's field index too. Lamps and a message
@@ -109,7 +104,7 @@ class WiperPanel : public DevicePanel {
   protected:
     WiperPanel(PanelContext& context, std::string name, std::string title, Uses uses, WiperState& state);
 
-    /// The load's part of this block: flags, ranges and lists for `TapCount`, channel 0 alone shown.
+    /// The load's part of this block: flags, ranges and lists for the taps, channel 0 alone shown.
     void loadChannels();
     void numberChannels();
     void fillLists();
@@ -121,7 +116,7 @@ class WiperPanel : public DevicePanel {
     /// Moves slider and list without counting as the user's hand.
     void moveControls(int index, int sliderValue);
     void clearTouched();
-    int wiperHexDigits() const { return TapCount > 256 ? 3 : 2; }
+    int wiperHexDigits() const { return wipers.TapCount > 256 ? 3 : 2; }
 
     void goodWrite();
     void goodRead();

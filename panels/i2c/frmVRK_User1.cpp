@@ -10,10 +10,7 @@ constexpr int kBaseAddress = 0x50;
 } // namespace
 
 frmVRK_User1::frmVRK_User1(PanelContext& context, Uses panelUses, WiperState& state)
-    : WiperPanel(context, "frmVRK_User1", "VRK I2C Evaluation", std::move(panelUses), state),
-      ACRImage(state.ACRImage),
-      I2CWriteAddress(state.I2CWriteAddress),
-      I2CReadAddress(state.I2CReadAddress) {
+    : WiperPanel(context, "frmVRK_User1", "VRK I2C Evaluation", std::move(panelUses), state) {
     wireSetup();
     wireRegisters();
     wireFamilies();
@@ -74,7 +71,7 @@ void frmVRK_User1::Form_Load() {
     txtACRAddress.setText("02");
     deviceAddressByte_ = kBaseAddress;
     txtDeviceAdr.setText("50");
-    TapCount = 128;
+    wipers.TapCount = 128;
     loadChannels();
     pump();
     uses().motherboard.initSupplyDefaults();
@@ -97,8 +94,8 @@ void frmVRK_User1::choosePart(const PartEntry& part) {
     txtACRAddress.setText(part.acrText);
     deviceAddressByte_ = static_cast<std::uint8_t>(part.address);
     txtDeviceAdr.setText(hexText(part.address, 2));
-    TapCount = part.taps;
-    channelCount = part.channels;
+    wipers.TapCount = part.taps;
+    wipers.channelCount = part.channels;
     resetChannelRegisters();
     lblProduct.setCaption(part.product);
     OptChans[part.chansOption].setValue(true);
@@ -173,8 +170,8 @@ void frmVRK_User1::cboI2CClock_Click() {
 }
 
 void frmVRK_User1::setAddressBytes() {
-    I2CWriteAddress = hexToByte(txtDeviceAdr.text());
-    I2CReadAddress = static_cast<std::uint8_t>(I2CWriteAddress + 1);
+    wipers.I2CWriteAddress = hexToByte(txtDeviceAdr.text());
+    wipers.I2CReadAddress = static_cast<std::uint8_t>(wipers.I2CWriteAddress + 1);
 }
 
 void frmVRK_User1::setBusAddress() {
@@ -247,12 +244,12 @@ void frmVRK_User1::Read_VRK(int reg) {
         if (size == 1) {
             f340.txtStartRegRD.setText(hexText(reg, 2));
             f340.cmdRead_Click();
-            WiperRead[kWiperElement] = hexToInt(f340.txtReadVal[reg].text());
+            wipers.WiperRead[kWiperElement] = hexToInt(f340.txtReadVal[reg].text());
         } else if (size == 2) {
             f340.txtStartRegRD.setText("80");
             f340.cmdRead_Click();
-            WiperRead[kWiperElement] = twoByteReading();
-            lblRdq331x[0].setCaption(hexText(WiperRead[kWiperElement]));
+            wipers.WiperRead[kWiperElement] = twoByteReading();
+            lblRdq331x[0].setCaption(hexText(wipers.WiperRead[kWiperElement]));
         }
     }
     readOutcome();
@@ -276,7 +273,7 @@ void frmVRK_User1::readThroughInstruction(int reg) {
     wait(Milliseconds{20});
     f340.txtStartRegRD.setText(hexText(0x90 + reg, 2));
     f340.cmdRead_Click();
-    WiperRead[kWiperElement] = hexToInt(f340.TXTI2C[0].text());
+    wipers.WiperRead[kWiperElement] = hexToInt(f340.TXTI2C[0].text());
     changePort0([](int value) { return value & 0xBF; });
 }
 

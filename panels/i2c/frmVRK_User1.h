@@ -110,9 +110,6 @@ class frmVRK_User1 final : public WiperPanel {
     void Wrt_VRK(int reg) override;
     void Read_VRK(int reg) override;
 
-    int& ACRImage;
-    std::uint8_t& I2CWriteAddress;
-    std::uint8_t& I2CReadAddress;
     /// Options of the I2C service, as a load or a selection leaves them.
     std::array<int, 4> I2COptionValues{3, 1, -1, 0};
 

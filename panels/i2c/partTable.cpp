@@ -72,8 +72,8 @@ void frmVRK_User1::takeTableRow() {
     lblGDRs.setCaption(none ? "None Available" : general);
     txtGPAddress.setText(none ? "NA" : "0" + general.substr(0, 1));
     txtDeviceAdr.setText(table.field(kAddress));
-    TapCount = toInt16(decimalInt(table.field(kTaps)));
-    channelCount = toInt16(decimalInt(table.field(kChannelCount)));
+    wipers.TapCount = toInt16(decimalInt(table.field(kTaps)));
+    wipers.channelCount = toInt16(decimalInt(table.field(kChannelCount)));
     lblProduct.setCaption(table.field(kProduct));
     const auto selectSize = [](ComboBox& list, const std::string& text) {
         list.setListIndex(isNumeric(text) ? decimalInt(text) : 1);
@@ -81,7 +81,7 @@ void frmVRK_User1::takeTableRow() {
     selectSize(cboRegSize, table.field(kRegisterSize));
     selectSize(cboDataSize, table.field(kDataSize));
     resetChannelRegisters();
-    switch (channelCount) {
+    switch (wipers.channelCount) {
     case 1:
         OptChans[0].setValue(true);
         break;
@@ -94,7 +94,7 @@ void frmVRK_User1::takeTableRow() {
     default:
         break; // the panel keeps the option that it had
     }
-    switch (TapCount) {
+    switch (wipers.TapCount) {
     case 16:
         OptTaps[0].setValue(true);
         break;

@@ -41,7 +41,7 @@ void frmVRK_User1::wireRegisters() {
                                          &Shape2[2], &Shape2[3], &lblGDRs})
         control->setContainer(frmRegisterWrite);
 
-    hexEntry(txtACR[0], "00", [this] { ACRImage = hexToInt(txtACR[0].text()); });
+    hexEntry(txtACR[0], "00", [this] { wipers.ACRImage = hexToInt(txtACR[0].text()); });
     txtACR[1].onKeyPress(hexKeyFilter); // its "--" is no entry, and stays when the field is left
     for (TextBox* box : {&txtACRAddress, &txtGPAddress}) {
         hexEntry(*box, "00");
@@ -66,17 +66,17 @@ void frmVRK_User1::wireRegisters() {
 }
 
 void frmVRK_User1::Option1_Click(int index) {
-    ACRImage = (index == 1 ? 0x80 : 0) + (chkShutdown.checked() ? 0x40 : 0);
-    txtACR[0].setText(hexText(ACRImage));
+    wipers.ACRImage = (index == 1 ? 0x80 : 0) + (chkShutdown.checked() ? 0x40 : 0);
+    txtACR[0].setText(hexText(wipers.ACRImage));
 }
 
 void frmVRK_User1::chkShutdown_Click() {
     if (chkShutdown.checked())
-        ACRImage |= 0x40;
+        wipers.ACRImage |= 0x40;
     else
-        ACRImage &= 0xBF;
+        wipers.ACRImage &= 0xBF;
     lblShutDown.setVisible(!chkShutdown.checked());
-    txtACR[0].setText(hexText(ACRImage));
+    txtACR[0].setText(hexText(wipers.ACRImage));
 }
 
 bool frmVRK_User1::hasNone(const TextBox& address, const char* message) {
@@ -121,7 +121,7 @@ void frmVRK_User1::cmdACRWrite_Click() {
     DisabledWhile busy({&cmdACRRead, &cmdACRWrite});
     pump();
     warnIfVccOff();
-    ACRImage = hexToByte(txtACR[0].text());
+    wipers.ACRImage = hexToByte(txtACR[0].text());
     pump();
     setBusAddress();
     console().txtNumToWrite.setText("1");
@@ -175,15 +175,15 @@ void frmVRK_User1::cmdWriteGP_Click() {
 }
 
 void frmVRK_User1::cmdReadAllWipers_Click(int index) {
-    for (int channel = 0; channel < channelCount; ++channel) {
+    for (int channel = 0; channel < wipers.channelCount; ++channel) {
         if (index == 0) {
             cmdI2Read_Click(channel);
             continue;
         }
-        WiperWrite[kWiperElement] = hexToInt(lblPotReadhex[channel].caption());
+        wipers.WiperWrite[kWiperElement] = hexToInt(lblPotReadhex[channel].caption());
         // The box of channel 1 for every channel: the button's own index is used there. Deliberate.
-        txtDECDataWrt[1].setText(decimalText(WiperWrite[kWiperElement]));
-        moveControls(channel, WiperWrite[kWiperElement] + 1);
+        txtDECDataWrt[1].setText(decimalText(wipers.WiperWrite[kWiperElement]));
+        moveControls(channel, wipers.WiperWrite[kWiperElement] + 1);
         pump();
     }
     pump();

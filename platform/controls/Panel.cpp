@@ -32,6 +32,12 @@ const Panel::Action* Panel::findAction(const std::string& name) const {
     return nullptr;
 }
 
+namespace {
+ArgumentError wrongArgument(std::size_t index, const std::string& wanted) {
+    return ArgumentError("argument " + std::to_string(index + 1) + " must be " + wanted);
+}
+} // namespace
+
 double numberArgument(const ActionArgs& args, std::size_t index) {
     const ActionValue& value = args.at(index);
     if (const auto* whole = std::get_if<std::int64_t>(&value))
@@ -42,15 +48,13 @@ double numberArgument(const ActionArgs& args, std::size_t index) {
         return *flag ? 1 : 0;
     if (const auto* text = std::get_if<std::string>(&value); text != nullptr && isNumeric(*text))
         return leadingNumber(*text);
-    throw ArgumentError("argument " + decimalText(static_cast<std::int64_t>(index) + 1) +
-                        " must be a number");
+    throw wrongArgument(index, "a number");
 }
 
 std::int64_t wholeArgument(const ActionArgs& args, std::size_t index) {
     const double number = numberArgument(args, index);
     if (number != std::floor(number))
-        throw ArgumentError("argument " + decimalText(static_cast<std::int64_t>(index) + 1) +
-                            " must be whole");
+        throw wrongArgument(index, "a whole number");
     return roundHalfEven(number);
 }
 
@@ -62,13 +66,13 @@ std::string textArgument(const ActionArgs& args, std::size_t index) {
         return decimalText(*whole);
     if (const auto* number = std::get_if<double>(&value))
         return doubleText(*number);
-    throw ArgumentError("argument " + decimalText(static_cast<std::int64_t>(index) + 1) + " must be a text");
+    throw wrongArgument(index, "a text");
 }
 
 void requireArguments(const ActionArgs& args, std::size_t count) {
     if (args.size() != count)
-        throw ArgumentError("it takes " + decimalText(static_cast<std::int64_t>(count)) + " arguments, not " +
-                            decimalText(static_cast<std::int64_t>(args.size())));
+        throw ArgumentError("it takes " + std::to_string(count) + " arguments, not " +
+                            std::to_string(args.size()));
 }
 
 PanelSlotBase::PanelSlotBase(PanelContext& context, std::string name, std::string title)

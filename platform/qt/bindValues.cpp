@@ -1,9 +1,7 @@
 #include "platform/qt/PanelUi.h"
 #include "platform/qt/PictureWidget.h"
 #include "platform/qt/bind.h"
-
 #include "platform/qt/layout.h"
-#include <algorithm>
 
 #include <QCheckBox>
 #include <QLabel>

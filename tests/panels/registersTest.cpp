@@ -16,7 +16,7 @@ TEST_F(RegistersTest, ControlByteIsComposedFromItsOptionsAndNotSent) {
             i2c().chkShutdown.userClick();
         i2c().Option1[option].userClick();
         EXPECT_EQ(i2c().txtACR[0].text(), byte);
-        EXPECT_EQ(i2c().ACRImage, hexToInt(byte));
+        EXPECT_EQ(i2c().wipers.ACRImage, hexToInt(byte));
         EXPECT_EQ(i2c().lblShutDown.visible(), !shutdownBit);
     }
     EXPECT_THAT(sent(), IsEmpty());

@@ -40,9 +40,9 @@ TEST_F(SetupTest, PartEntriesConfigureThePanelForTheirPart) {
         EXPECT_THAT(sent(Command::I2cTransfer), IsEmpty());
         EXPECT_EQ(i2c().txtDeviceAdr.text(), c.address);
         EXPECT_EQ(i2c().txtCalcAddr.text(), c.address);
-        EXPECT_EQ(i2c().I2CReadAddress, hexToInt(c.address) + 1);
-        EXPECT_EQ(i2c().TapCount, c.taps);
-        EXPECT_EQ(i2c().channelCount, c.channels);
+        EXPECT_EQ(i2c().wipers.I2CReadAddress, hexToInt(c.address) + 1);
+        EXPECT_EQ(i2c().wipers.TapCount, c.taps);
+        EXPECT_EQ(i2c().wipers.channelCount, c.channels);
         EXPECT_TRUE(i2c().OptChans[c.chans].value());
         EXPECT_TRUE(i2c().OptTaps[c.tapsRow].value());
         EXPECT_EQ(i2c().Slider1[0].maximum(), c.taps);
@@ -120,7 +120,7 @@ TEST_F(SetupTest, TapsSetEveryRangeAndBlankTheValues) {
         wire.clear();
         act([&] { i2c().OptTaps_Click(index); });
         EXPECT_THAT(sent(), IsEmpty());
-        EXPECT_EQ(i2c().TapCount, taps);
+        EXPECT_EQ(i2c().wipers.TapCount, taps);
         for (const int channel : {0, 3}) {
             EXPECT_EQ(i2c().Slider1[channel].maximum(), taps);
             EXPECT_EQ(i2c().Slider1[channel].value(), 1);

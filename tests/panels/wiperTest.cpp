@@ -162,7 +162,7 @@ TEST_F(WiperTest, WithoutABoardTheFieldsFollowAndNothingIsSent) {
     EXPECT_EQ(i2c().Slider1[0].value(), 19);
     i2c().Slider1[0].userDrag(101);
     EXPECT_EQ(i2c().txtDECDataWrt[0].text(), "100");
-    EXPECT_EQ(i2c().WiperWriteHex[6], "64");
+    EXPECT_EQ(i2c().wipers.WiperWriteHex[6], "64");
     EXPECT_THAT(sent(), IsEmpty());
     EXPECT_TRUE(i2c().List1[0].enabled());
 }
@@ -220,7 +220,7 @@ TEST_F(WiperTest, ReadingAboveTheTapsIsClipped) {
     EXPECT_EQ(i2c().ProgressBar1[0].value(), 128);
     EXPECT_EQ(i2c().lblPotRead[0].caption(), "128");
     EXPECT_EQ(i2c().lblPotReadhex[0].caption(), "80");
-    EXPECT_EQ(i2c().WiperRead[6], 200);
+    EXPECT_EQ(i2c().wipers.WiperRead[6], 200);
     bus.reply(6, {0x01, 0x00, 0x07});
     i2c().cmdI2Read[0].userClick();
     EXPECT_EQ(i2c().lblPotReadhex[0].caption(), "07");
@@ -301,7 +301,7 @@ TEST_F(WiperTest, TwoWirePartsSendTheInstructionAndAreReadWithTheirAddressPinHig
     EXPECT_THAT(sent(5),
                 ElementsAre("01 12 01 80 00", "01 12 00 80 " + hexText(before | 0x40, 2), "01 06 51 01 01",
                             "01 12 01 80 00", "01 12 00 80 " + hexText(raised & 0xBF, 2)));
-    EXPECT_EQ(i2c().WiperRead[6], 0x2A);
+    EXPECT_EQ(i2c().wipers.WiperRead[6], 0x2A);
 }
 
 } // namespace

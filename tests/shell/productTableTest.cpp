@@ -244,7 +244,7 @@ TEST_F(ProductTableTest, WindowClosedWithoutAChoiceLeavesThePanelAsItWas) {
     EXPECT_THAT(boxes(),
                 ElementsAre(EndsWith("parts-I2C.csv]"), "No Device was selected from the list [OK]"));
     EXPECT_EQ(i2c().txtDeviceAdr.text(), "6A");
-    EXPECT_EQ(i2c().TapCount, 128);
+    EXPECT_EQ(i2c().wipers.TapCount, 128);
 }
 
 TEST_F(ProductTableTest, WrittenFileEndsItsLinesInCommaAndBlank) {

@@ -6,8 +6,7 @@
 namespace vrk {
 
 Bench::Bench(const Parts& parts)
-    : context_{parts.events, parts.dialogs,       parts.clipboard,    {},
-               nullptr,      parts.programFolder, parts.workingFolder},
+    : context_{parts.events, parts.dialogs, parts.clipboard, parts.programFolder, parts.workingFolder},
       link_(context_, parts.host, trace_),
       frmStartup(context_, "frmStartup", "VRK Evaluation",
                  [this] {

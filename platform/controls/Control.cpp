@@ -16,6 +16,11 @@ std::string_view colourName(Colour colour) {
     return kNames[static_cast<std::size_t>(colour)];
 }
 
+std::string_view freshnessName(Freshness::State state) {
+    static constexpr std::array<std::string_view, 3> kNames = {"never", "fresh", "stale"};
+    return kNames[static_cast<std::size_t>(state)];
+}
+
 Control::Control(Panel& panel, std::string name, int index)
     : panel_(panel), name_(std::move(name)), index_(index) {
     panel_.controls_.push_back(this);
@@ -58,6 +63,31 @@ void Control::setToolTip(const std::string& tip) {
         return;
     toolTip_ = tip;
     notify(Aspect::ToolTip);
+}
+
+void Control::markUnread() {
+    freshness_.emplace();
+    notify(Aspect::Freshness);
+}
+
+void Control::markRead() {
+    freshness_ = Freshness{Freshness::State::Fresh, panel_.context().clock().now(), {}, false};
+    notify(Aspect::Freshness);
+}
+
+void Control::markStale(const std::string& cause, bool failed) {
+    if (!freshness_)
+        markUnread();
+    if (freshness_->state == Freshness::State::Never) {
+        // A first read that failed leaves nothing to be stale, but the failure is worth telling.
+        if (std::exchange(freshness_->failed, failed) == failed)
+            return;
+    } else {
+        freshness_->state = Freshness::State::Stale;
+        freshness_->failed = failed;
+    }
+    freshness_->cause = cause;
+    notify(Aspect::Freshness);
 }
 
 bool Control::reachable() const {

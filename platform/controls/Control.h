@@ -4,6 +4,7 @@
 #include "platform/runtime/Signal.h"
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -23,8 +24,27 @@ enum class Aspect {
     Colour,
     Enabled,
     Visible,
-    Selection ///< selected text of a TextBox
+    Selection, ///< selected text of a TextBox
+    Freshness  ///< what the shown reading is worth
 };
+
+/// What a value that the board told is worth. A number on the screen looks the same whether it was read a
+/// second ago or belongs to another part; this tells them apart.
+struct Freshness {
+    enum class State {
+        Never, ///< not read yet: what the control shows is a start value
+        Fresh, ///< as the last exchange told it
+        Stale  ///< read once, but the part, its address or its supply has changed since, or the last read
+               ///< failed
+    };
+    State state = State::Never;
+    Milliseconds since{0}; ///< time of the last good read, on the bench's clock
+    std::string cause;     ///< why it is stale, in words: "the address changed since"
+    bool failed = false;   ///< stale because the last read failed
+};
+
+/// "never", "fresh" or "stale".
+std::string_view freshnessName(Freshness::State state);
 
 /// The 16-colour console palette, and the two pure colours that some grids use.
 enum class Colour {
@@ -107,6 +127,16 @@ class Control {
     /// Enabled, and every group and the panel as well.
     bool responsive() const;
 
+    /// Nothing for a control that shows no reading.
+    const std::optional<Freshness>& freshness() const { return freshness_; }
+    /// Makes the control one that shows readings, without one so far.
+    void markUnread();
+    /// What the control shows has just been read.
+    void markRead();
+    /// What it shows no longer holds. A control that never had a reading stays as it is.
+    /// \param failed true if a read has failed. \param cause in words, for the user.
+    void markStale(const std::string& cause, bool failed = false);
+
     /// True while the user's keys go to this control.
     bool focused() const;
 
@@ -146,6 +176,7 @@ class Control {
     std::string caption_;
     std::string toolTip_;
     const Frame* container_ = nullptr;
+    std::optional<Freshness> freshness_;
     Signal<Aspect> changed_;
     std::function<void()> gotFocus_;
     std::function<void()> lostFocus_;

@@ -25,6 +25,14 @@ Control* Panel::find(const std::string& name, int index) const {
     return found == controls_.end() ? nullptr : *found;
 }
 
+void Panel::tell(bool good, const std::string& text, const std::string& detail, const Control* field) const {
+    context_.results.add({.good = good,
+                          .text = text,
+                          .detail = detail,
+                          .field = field == nullptr ? "" : field->panel().name() + "." + field->path(),
+                          .time = context_.clock().wallTime()});
+}
+
 const Panel::Action* Panel::findAction(const std::string& name) const {
     for (const NamedAction& action : actions_)
         if (action.name == name)
@@ -82,9 +90,16 @@ Panel& PanelSlotBase::load() {
     if (!panel_) {
         panel_ = create();
         // Reachable before its load runs, which calls services of others that look back at this panel.
-        Panel& panel = *panel_;
+        const std::shared_ptr<Panel> panel = panel_;
         changed_.emit(SlotEvent::Loaded);
-        panel.Form_Load();
+        try {
+            panel->Form_Load();
+        } catch (...) {
+            // A panel that is half set up must not count as loaded: its next use begins anew.
+            if (panel_ == panel)
+                forget();
+            throw;
+        }
     }
     return *panel_;
 }
@@ -118,10 +133,14 @@ void PanelSlotBase::unload() {
     panel->Form_Unload();
     if (panel_ != panel)
         return; // its unload has unloaded it already
+    forget();
+}
+
+void PanelSlotBase::forget() {
     if (context_.front == this)
         context_.front = nullptr;
     visible_ = false;
-    panel_.reset();
+    const std::shared_ptr<Panel> panel = std::exchange(panel_, nullptr);
     changed_.emit(SlotEvent::Unloaded);
     context_.events.retire(panel);
 }

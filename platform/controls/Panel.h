@@ -1,6 +1,8 @@
 #pragma once
 
 #include "platform/clipboard/Clipboard.h"
+#include "platform/controls/Activities.h"
+#include "platform/controls/ResultLog.h"
 #include "platform/controls/controls.h"
 #include "platform/dialogs/Dialogs.h"
 #include "platform/runtime/EventLoop.h"
@@ -41,13 +43,15 @@ struct PanelContext {
     EventLoop& events;
     Dialogs& dialogs;
     Clipboard& clipboard;
-    FocusKeeper focus{};
-    /// The panel whose window is in front; nullptr if none is.
-    PanelSlotBase* front = nullptr;
     /// Holds the calibration file.
     std::filesystem::path programFolder{};
     /// Where register files and relative names are looked for.
     std::filesystem::path workingFolder{};
+    FocusKeeper focus{};
+    /// The panel whose window is in front; nullptr if none is.
+    PanelSlotBase* front = nullptr;
+    ResultLog results{};
+    Activities activities{events.clock()};
 
     Clock& clock() const { return events.clock(); }
     /// A message with OK alone.
@@ -69,6 +73,14 @@ class Panel {
     const std::string& title() const { return title_; }
     PanelContext& context() const { return context_; }
     EventLoop& events() const { return context_.events; }
+
+    /// Lets pending events run, as an action does between its steps. \throws ProgramEnded
+    void pump() const { context_.events.letEventsRun(); }
+    /// A fixed wait of an action: blocks, and lets no events run.
+    void wait(Milliseconds duration) const { context_.clock().sleep(duration); }
+    /// Tells the user in one line what an action came to. \param field where to look, or nullptr.
+    void tell(bool good, const std::string& text, const std::string& detail = {},
+              const Control* field = nullptr) const;
 
     /// A disabled panel refuses every gesture.
     bool enabled() const { return enabled_; }
@@ -105,30 +117,41 @@ class Panel {
     /// arguments that do not fit.
     template <class P, class R, class... A>
     void action(const std::string& name, R (P::*method)(A...)) {
-        auto* self = static_cast<P*>(this);
-        addAction(name, [self, method](const ActionArgs& args) -> ActionValue {
-            return invoke(self, method, args, std::index_sequence_for<A...>{});
-        });
+        bindActionTo(static_cast<P*>(this), name, method);
     }
     void addAction(const std::string& name, Action run) { actions_.push_back({name, std::move(run)}); }
 
     /// Ties the control's click to its handler, which becomes callable as "<control>_Click".
     template <class C, class P>
     void wireClick(C& control, void (P::*method)()) {
-        auto* self = static_cast<P*>(this);
-        control.onClick([self, method] { (self->*method)(); });
-        action(control.name() + "_Click", method);
+        bindClickTo(static_cast<P*>(this), control, method);
     }
     template <class C, class P>
     void wireClick(ControlArray<C>& array, void (P::*method)(int)) {
-        auto* self = static_cast<P*>(this);
-        for (auto& control : array)
-            control->onClick([self, method, index = control->index()] { (self->*method)(index); });
-        action(array.name() + "_Click", method);
+        bindClickTo(static_cast<P*>(this), array, method);
     }
 
   private:
     friend class Control;
+    friend class PanelBlock;
+
+    template <class P, class R, class... A>
+    void bindActionTo(P* self, const std::string& name, R (P::*method)(A...)) {
+        addAction(name, [self, method](const ActionArgs& args) -> ActionValue {
+            return invoke(self, method, args, std::index_sequence_for<A...>{});
+        });
+    }
+    template <class P, class C>
+    void bindClickTo(P* self, C& control, void (P::*method)()) {
+        control.onClick([self, method] { (self->*method)(); });
+        bindActionTo(self, control.name() + "_Click", method);
+    }
+    template <class P, class C>
+    void bindClickTo(P* self, ControlArray<C>& array, void (P::*method)(int)) {
+        for (auto& control : array)
+            control->onClick([self, method, index = control->index()] { (self->*method)(index); });
+        bindActionTo(self, array.name() + "_Click", method);
+    }
 
     template <class T>
     static T argument(const ActionArgs& args, std::size_t index);
@@ -214,6 +237,7 @@ class PanelSlotBase {
 
   private:
     void bringToFront();
+    void forget();
 
     PanelContext& context_;
     std::string name_;

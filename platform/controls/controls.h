@@ -280,10 +280,28 @@ class ProgressBar final : public Control {
 };
 
 /// Text is the caption.
-class Label final : public Control {
+class Label : public Control {
   public:
     Label(Panel& panel, std::string name, int index = kNoIndex) : Control(panel, std::move(name), index) {}
-    Kind kind() const override { return Kind::Label; }
+    Kind kind() const final { return Kind::Label; }
+};
+
+/// A label whose text came from the board.
+class Reading final : public Label {
+  public:
+    Reading(Panel& panel, std::string name, int index = kNoIndex) : Label(panel, std::move(name), index) {
+        markUnread();
+    }
+    /// Shows what has just been read.
+    void showRead(const std::string& text) {
+        setCaption(text);
+        markRead();
+    }
+    /// Shows a start text: nothing has been read for what the panel is set to now.
+    void showUnread(const std::string& text) {
+        setCaption(text);
+        markUnread();
+    }
 };
 
 class Lamp final : public Control {

@@ -5,7 +5,7 @@
 #include "platform/dialogs/Dialogs.h"
 #include "platform/hid/WireRecorder.h"
 #include "platform/runtime/EventLoop.h"
-#include "shell/SharedValues.h"
+#include "platform/controls/SharedValues.h"
 #include "sim/SimulatedBus.h"
 
 #include <functional>

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/controls/SharedValues.h"
 #include "platform/runtime/Fault.h"
 
 #include <array>
@@ -50,5 +51,9 @@ struct SupplyState {
     bool TrackOn = true;                  ///< V- follows VCC
     CheckedArray<std::string, 21> VCCHex; ///< code of each row of the volts list
 };
+
+void publish(SharedValues& values, AnalogState& state);
+void publish(SharedValues& values, PortState& state);
+void publish(SharedValues& values, SupplyState& state);
 
 } // namespace vrk

@@ -33,20 +33,20 @@ Bench::Bench(const Parts& parts)
                                                           supply_, [this] { frmMotherboardDAQ2.unload(); }});
                          }),
       frmVRK_User1(context_, "frmVRK_User1", "VRK I2C Evaluation",
-                   [this] {
-                       return std::make_shared<class frmVRK_User1>(
-                           context_, deviceUses([this] { frmVRK_User1.hide(); }), i2cWipers_);
-                   }),
+                   [this] { return std::make_shared<class frmVRK_User1>(context_, services_, i2cWipers_); }),
       ProductExec(context_, "ProductExec", "VRK Product Selection Parameter Table",
                   [this] {
                       return std::make_shared<class ProductExec>(
-                          context_, ProductExec::Uses{busMode_, shell_, choice_, [this] {
-                                                          ProductExec.hide();
-                                                          frmVRK_User1.show();
-                                                      }});
+                          context_,
+                          ProductExec::Uses{busMode_, shell_, choice_, [this] { leaveProductTable(); }});
                   }),
       motherboard_(context_, link_, analog_, supply_, frmMotherboardDAQ2),
-      panels_{&frmStartup, &frmMotherboardDAQ2, &frmMainF340, &frmVRK_User1, &ProductExec, &Doco} {
+      services_{frmMainF340, frmMotherboardDAQ2, motherboard_, link_, analog_, ports_, supply_, shell_, *this,
+                *this},
+      table_(makePanelTable(*this)) {
+    for (const PanelRow& row : table_)
+        panels_.push_back(row.slot);
+    followDevicePanels();
     trace_.setSink([this](std::string_view text) { Doco->rtxt1.append(text); });
     link_.setBoardsListed([this] { frmMainF340->cboEVB_init(); });
     link_.setGiveUp([this] { endProgram(); });
@@ -59,13 +59,25 @@ Bench::~Bench() {
     context_.events.setFaultHandler({});
 }
 
-DevicePanel::Uses Bench::deviceUses(std::function<void()> hideSelf) {
-    return {frmMainF340, frmMotherboardDAQ2, motherboard_, link_, analog_, ports_, supply_, shell_, *this,
-            *this,       std::move(hideSelf)};
+PanelSlotBase* Bench::panelOfRow(int row) const {
+    for (const PanelRow& entry : table_)
+        if (row != PanelRow::kNoRow && entry.startRow == row)
+            return entry.slot;
+    return nullptr;
 }
 
-PanelSlotBase* Bench::panelOfRow(int row) {
-    return row == frmStartup::kI2C ? &frmVRK_User1 : nullptr;
+void Bench::followDevicePanels() {
+    for (PanelSlotBase* slot : panels_)
+        slotWatches_.push_back(slot->observe([this, slot](SlotEvent event) {
+            const bool device = dynamic_cast<DevicePanel*>(slot->panel()) != nullptr;
+            if (device && (event == SlotEvent::Loaded || event == SlotEvent::Activated))
+                lastDevicePanel_ = slot->name();
+        }));
+}
+
+DevicePanel* Bench::devicePanel() const {
+    const PanelSlotBase* slot = findPanel(lastDevicePanel_);
+    return slot == nullptr ? nullptr : dynamic_cast<DevicePanel*>(slot->panel());
 }
 
 Outcome Bench::start() {
@@ -95,15 +107,26 @@ void Bench::endProgram() {
     context_.events.endProgram();
 }
 
-void Bench::open(Bus bus) {
+void Bench::hidePanel(const Panel& panel) {
+    if (PanelSlotBase* slot = findPanel(panel.name()))
+        slot->hide();
+}
+
+void Bench::open(Bus bus, Panel& opener) {
     busMode_.I2CBusMode = bus == Bus::I2C;
     busMode_.SPIBusMode = bus == Bus::SPI;
+    tableOpener_ = opener.name();
     ProductExec->forgetChoice();
     ProductExec.show();
 }
 
+bool Bench::isOpen() const {
+    return ProductExec.visible();
+}
+
 bool Bench::returned() const {
-    return choice_.ProductReturned;
+    // Taken away by whomever, it cannot be returned from any more.
+    return choice_.ProductReturned || !ProductExec.loaded();
 }
 
 bool Bench::selected() const {
@@ -111,12 +134,18 @@ bool Bench::selected() const {
 }
 
 std::string Bench::field(int column) const {
-    auto* table = ProductExec.loadedPanel();
+    const auto* table = ProductExec.loadedPanel();
     return table == nullptr ? std::string() : table->lblDeviceSel[column].caption();
 }
 
 void Bench::unload() {
     ProductExec.unload();
+}
+
+void Bench::leaveProductTable() {
+    ProductExec.hide();
+    if (PanelSlotBase* opener = findPanel(tableOpener_))
+        opener->show();
 }
 
 } // namespace vrk

@@ -4,14 +4,15 @@
 #include "link/modHID.h"
 #include "motherboard/Motherboard.h"
 #include "motherboard/frmMotherboardDAQ2.h"
-#include "panels/ShellControl.h"
+#include "panels/blocks/BenchServices.h"
 #include "panels/i2c/frmVRK_User1.h"
 #include "platform/controls/Panel.h"
+#include "platform/controls/SharedValues.h"
 #include "platform/hid/HidHost.h"
 #include "shell/Doco.h"
 #include "shell/ProductExec.h"
-#include "shell/SharedValues.h"
 #include "shell/frmStartup.h"
+#include "shell/panelTable.h"
 
 #include <filesystem>
 #include <memory>
@@ -47,6 +48,10 @@ class Bench final : private ShellControl, private ProductTable {
     const std::vector<PanelSlotBase*>& panels() const { return panels_; }
     /// nullptr if there is none of that name.
     PanelSlotBase* findPanel(const std::string& name) const;
+    /// What the shell knows of each panel, in the order of panels().
+    const std::vector<PanelRow>& panelTable() const { return table_; }
+    /// The device panel that was in front last, and still lives; nullptr if there is none.
+    DevicePanel* devicePanel() const;
 
     SharedValues& sharedValues() { return sharedValues_; }
     /// An action of a module that is no panel (`initSupplyDefaults`, `initHIDConnection`); nullptr if there
@@ -56,14 +61,17 @@ class Bench final : private ShellControl, private ProductTable {
 
   private:
     void showStartPanel() override;
+    void hidePanel(const Panel& panel) override;
     void endProgram() override;
-    void open(Bus bus) override;
+    void open(Bus bus, Panel& opener) override;
+    bool isOpen() const override;
     bool returned() const override;
     bool selected() const override;
     std::string field(int column) const override;
     void unload() override;
-    PanelSlotBase* panelOfRow(int row);
-    DevicePanel::Uses deviceUses(std::function<void()> hideSelf);
+    void leaveProductTable();
+    PanelSlotBase* panelOfRow(int row) const;
+    void followDevicePanels();
     void registerSharedValues();
     void registerModuleActions();
 
@@ -76,7 +84,10 @@ class Bench final : private ShellControl, private ProductTable {
     ShellState shell_;
     BusMode busMode_;
     ProductChoice choice_;
+    RunState run_;
     WiperState i2cWipers_;
+    std::string lastDevicePanel_; ///< name; the panel may be gone
+    std::string tableOpener_;     ///< name of the panel that the product table stands for
 
   public:
     PanelSlot<class frmStartup> frmStartup;
@@ -88,7 +99,10 @@ class Bench final : private ShellControl, private ProductTable {
 
   private:
     Motherboard motherboard_;
+    BenchServices services_;
+    std::vector<PanelRow> table_;
     std::vector<PanelSlotBase*> panels_;
+    std::vector<Subscription> slotWatches_;
     SharedValues sharedValues_;
     std::vector<Panel::NamedAction> moduleActions_;
 };

@@ -53,6 +53,11 @@ void ProductExec::Form_Activate() {
 
 void ProductExec::Form_QueryUnload() {
     // Closing the window returns without a choice.
+    uses_.goBack();
+}
+
+void ProductExec::Form_Unload() {
+    // Whoever waits for the table must not wait for ever.
     forgetChoice();
     uses_.choice.ProductReturned = true;
 }
@@ -91,8 +96,9 @@ void ProductExec::ReadParameters(const std::string& path) {
             break;
         input.skipLineEnds();
     }
-    // The last row is the one behind the data.
-    tGrid.setSize(std::min(row + 1, kMostRows), columns());
+    // The last row is the one behind the data, behind a full table as well: else its last part is out of
+    // reach.
+    tGrid.setSize(row + 1, columns());
     for (int column = 5; column <= lastColumn(); ++column)
         lblField[column].setCaption(tGrid.cell(0, column));
 }
@@ -173,7 +179,7 @@ void ProductExec::tGrid_Click() {
 void ProductExec::cmdReturn_Click() {
     uses_.choice.ProductReturned = true;
     (uses_.mode.SPIBusMode ? uses_.state.reloadSPIList : uses_.state.reloadI2CList) = true;
-    uses_.showDevicePanel();
+    uses_.goBack();
     events().letEventsRun();
 }
 

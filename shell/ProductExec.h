@@ -1,18 +1,12 @@
 #pragma once
 
-#include "panels/ShellControl.h"
+#include "panels/blocks/ShellControl.h"
 #include "platform/controls/Panel.h"
 
 #include <functional>
 #include <string>
 
 namespace vrk {
-
-/// For which bus the product table and the scripts work: exactly one is true while they do.
-struct BusMode {
-    bool I2CBusMode = true;
-    bool SPIBusMode = false;
-};
 
 /// What the product table has come to. Stands whether the panel is loaded or not.
 struct ProductChoice {
@@ -32,7 +26,8 @@ class ProductExec final : public Panel {
         const BusMode& mode;
         ShellState& state;
         ProductChoice& choice;
-        std::function<void()> showDevicePanel;
+        /// Hides the table and brings the panel that opened it to the front.
+        std::function<void()> goBack;
     };
 
     ProductExec(PanelContext& context, Uses uses);
@@ -40,6 +35,7 @@ class ProductExec final : public Panel {
     void Form_Load() override;
     void Form_Activate() override;
     void Form_QueryUnload() override;
+    void Form_Unload() override;
 
     Frame Frame1{*this, "Frame1"};
     Grid tGrid{*this, "tGrid"};

@@ -131,6 +131,11 @@ void frmStartup::loadConsoles() {
 void frmStartup::cboVRKSelect_Click() {
     // The loads let events run; a second selection inside a load that is half done would undo it.
     const DisabledWhile opening({&cboVRKSelect});
+    // A load that faults leaves nothing half open: the choice falls back to the head, and the panel waits on.
+    OnScopeExit failed([this] {
+        cboVRKSelect.showListIndex(kHead);
+        Timer1.setRunning(true);
+    });
     uses_.link.activePanel = this;
     uses_.state.returningToMenu = false;
     if (cboVRKSelect.listIndex() != kHead) {
@@ -151,8 +156,10 @@ void frmStartup::cboVRKSelect_Click() {
 
     const int row = cboVRKSelect.listIndex();
     PanelSlotBase* panel = row == kHead ? nullptr : uses_.panelOfRow(row);
-    if (panel == nullptr)
+    if (panel == nullptr) {
+        failed.dismiss();
         return;
+    }
     if (row != kCalibrate)
         uses_.board->setPin(frmMotherboardDAQ2::kPinMotherboardSwitch, row == kSPI ? 1 : 0);
     if (row == kI2C)
@@ -163,6 +170,7 @@ void frmStartup::cboVRKSelect_Click() {
     }
     panel->show();
     uses_.self().hide();
+    failed.dismiss();
 }
 
 } // namespace vrk

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "motherboard/frmMotherboardDAQ2.h"
-#include "panels/ShellControl.h"
+#include "panels/blocks/ShellControl.h"
 #include "platform/controls/Panel.h"
 
 #include <array>

@@ -184,7 +184,7 @@ WiperPlotWindow::WiperPlotWindow(PanelWindow& owner, WiperPanel& panel)
     QWidget* body = block(content);
     content->setContentsMargins(kUnit, kUnit, kUnit, kUnit);
     setCentralWidget(body);
-    owner.ui().keep(panel.observeReadings([this](const WiperPanel::Reading& reading) {
+    owner.ui().keep(panel.observePoints([this](const WiperPanel::Point& reading) {
         plot_->add(reading.channel, reading.position, reading.volts);
     }));
     // Another part or another number of taps: what was read no longer belongs together.

@@ -18,16 +18,18 @@ namespace {
 
 constexpr int kListRows = 5;
 
-/// A lamp beside the button that caused the transaction: follows the panel's lamp while this channel is at
-/// work.
-LampWidget* resultLamp(PanelUi& ui, Lamp& panelLamp, const Button& cause, const QString& name) {
+/// A lamp beside the button that caused the transaction: the panel's lamp tells of any channel, this one of
+/// its own.
+LampWidget* resultLamp(PanelUi& ui, WiperPanel& panel, int channel, WiperPanel::Transfer kind,
+                       const QString& name) {
     auto* lamp = new LampWidget;
     lamp->setObjectName(name);
     lamp->setToolTip("Result of the last transaction of this channel");
     lamp->setAccessibleName(lamp->toolTip());
-    ui.keep(panelLamp.observeAssignments([lamp, &panelLamp, &cause] {
-        if (cause.enabled())
-            return; // another channel's transaction
+    Lamp& panelLamp = panel.Shape1[kind == WiperPanel::Transfer::Write ? 1 : 2];
+    ui.keep(panel.observeTransfers([lamp, &panelLamp, channel, kind](const WiperPanel::Transferred& done) {
+        if (done.channel != channel || done.kind != kind)
+            return;
         lamp->setColour(panelLamp.colour());
         lamp->blink();
     }));
@@ -95,10 +97,11 @@ WiperStrip::WiperStrip(PanelWindow& window, WiperPanel& panel, int channel) {
             {row({quietText("Write to"), target, stretch}), slider,
              tightRow({withoutMnemonic(caption("Dec", decimal)), decimal, stretch,
                        withoutMnemonic(caption("Hex", entry_)), entry_}),
-             tightRow({narrow(ui(panel.CMDxMIT[channel])),
-                       resultLamp(ui, panel.Shape1[1], panel.CMDxMIT[channel], "written(" + number + ")")}),
+             tightRow(
+                 {narrow(ui(panel.CMDxMIT[channel])),
+                  resultLamp(ui, panel, channel, WiperPanel::Transfer::Write, "written(" + number + ")")}),
              tightRow({narrow(ui(panel.cmdI2Read[channel])),
-                       resultLamp(ui, panel.Shape1[2], panel.cmdI2Read[channel], "read(" + number + ")")}),
+                       resultLamp(ui, panel, channel, WiperPanel::Transfer::Read, "read(" + number + ")")}),
              row({withoutMnemonic(ui(panel.ChkAutoRead[channel])), stretch}),
              narrow(ui(panel.cmdSampleWiper[channel])), list,
              tightRow({withoutMnemonic(caption("AD factor", factor)), stretch, factor})})));

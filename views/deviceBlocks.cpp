@@ -53,7 +53,7 @@ QWidget* makeBand(PanelWindow& window, DevicePanel& panel, QLabel* part,
     bus->setObjectName("band.bus");
     bus->setFont(valueFont(1.35));
     for (Control* field : addressFields)
-        ui.watch(*field, [bus, &panel] { bus->setText(QString::fromStdString(panel.busText())); });
+        ui.watch(*field, [bus, &panel] { bus->setText(QString::fromStdString(panel.busName() + " " + panel.busAddress())); });
 
     auto* volts = new ValueLabel("00.000", 1.35);
     volts->setObjectName("band.volts");

@@ -1,4 +1,5 @@
 #include "panels/i2c/frmVRK_User1.h"
+#include "platform/runtime/text.h"
 
 #include <array>
 
@@ -79,23 +80,27 @@ void frmVRK_User1::wireFamilies() {
 // Ten-bit parts: value bits 9 and 8 in the first byte, 7 to 0 in the second
 
 void frmVRK_User1::CMDq331X_Read_Click(int index) {
-    warnIfVccOff();
+    (void)requireVcc(); // the exchange runs all the same
     setBusAddress();
     console().txtNumToRead.setText(" 2");
     console().txtStartRegRD.setText(entryOf(kRead331x, index));
     console().cmdRead_Click();
     lblRdq331x[index].setCaption(hexText(twoByteReading()));
+    if (lastTransferGood())
+        lblRdq331x[index].markRead();
+    else
+        lblRdq331x[index].markStale("last read failed", true);
     readOutcome();
 }
 
 void frmVRK_User1::CMDq331X_Write_Click(int index) {
-    warnIfVccOff();
+    (void)requireVcc(); // the exchange runs all the same
     setBusAddress();
     console().txtNumToWrite.setText(" 2");
     console().txtStartRegWr.setText(entryOf(kWrite331x, index));
     splitTwoBytes(txtWrQ3319[index].text());
     console().cmdWrite_Click();
-    // The read's lamps and message, for a write as well when it fails: deliberate.
+    // A write that fails shows on the read's lamps and with its message too, as users of these parts know it.
     if (link().i2cStatus == kLinkGood)
         goodWrite();
     else
@@ -103,7 +108,7 @@ void frmVRK_User1::CMDq331X_Write_Click(int index) {
 }
 
 void frmVRK_User1::transferInstruction(const char* instruction) {
-    warnIfVccOff();
+    (void)requireVcc(); // the exchange runs all the same
     setBusAddress();
     class frmMainF340& f340 = console();
     const auto setOptions = [this, &f340](int twoWireCommand, int random) {

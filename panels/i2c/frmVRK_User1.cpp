@@ -1,16 +1,15 @@
 #include "panels/i2c/frmVRK_User1.h"
 
-#include <utility>
+#include "panels/blocks/choices.h"
+#include "panels/blocks/entries.h"
+#include "platform/runtime/text.h"
+
+#include <algorithm>
 
 namespace vrk {
 
-namespace {
-constexpr int kFirstAddressPin = 6; ///< A0 to A3 are P0.6, P0.7, P1.0, P1.1
-constexpr int kBaseAddress = 0x50;
-} // namespace
-
-frmVRK_User1::frmVRK_User1(PanelContext& context, Uses panelUses, WiperState& state)
-    : WiperPanel(context, "frmVRK_User1", "VRK I2C Evaluation", std::move(panelUses), state) {
+frmVRK_User1::frmVRK_User1(PanelContext& panelContext, BenchServices& panelServices, WiperState& state)
+    : WiperPanel(panelContext, "frmVRK_User1", "VRK I2C Evaluation", panelServices, state, "/ShutDown /Wp") {
     wireSetup();
     wireRegisters();
     wireFamilies();
@@ -18,35 +17,28 @@ frmVRK_User1::frmVRK_User1(PanelContext& context, Uses panelUses, WiperState& st
 }
 
 void frmVRK_User1::wireSetup() {
-    mnuDeviceSelect.setCaption("Device Select");
     mnu_I2cList.setCaption("I2C Parameter File");
-    mnu_KV4071.setCaption("KV4071");
-    mnu_KV4074.setCaption("KV4074");
-    mnuKV4078.setCaption("KV4078");
-    mnuKV6021.setCaption("KV6021");
-    chkI2CAdr.setCaptions({"A0", "A1", "A2", "A3"});
-    txtCalcAddr.setText("50");
-    txtCalcAddr.setToolTip("Address computed from the pins");
-    cmdCopyAdr.setCaption("Copy");
-    txtDeviceAdr.setText("50");
-    txtDeviceAdr.setToolTip("Active I2C address");
-    cmdSlave.setCaption("Set 50");
-    cboRegSize.setCaption("Address Size");
-    cboDataSize.setCaption("Data Size");
+    OptChans.setCaptions({"1", "2", "4"});
     cboI2CClock.setCaption("I2C Clock  (kHz)");
-    for (Control* control : std::initializer_list<Control*>{&chkI2CAdr[0], &chkI2CAdr[1], &chkI2CAdr[2],
-                                                            &chkI2CAdr[3], &txtCalcAddr, &cmdCopyAdr})
-        control->setContainer(fraADDRSelect);
+    cmdSampleWiper.setCaptions({"Rd Volts", "Rd Volts", "Rd Volts", "Rd Volts"});
+    for (auto& button : cmdI2Read)
+        button->setToolTip("Executes an I2C read of the VRK's wiper position.");
     hexEntry(txtDeviceAdr, "50");
     wireClick(mnu_I2cList, &frmVRK_User1::mnu_I2cList_Click);
     wireClick(mnu_KV4071, &frmVRK_User1::mnu_KV4071_Click);
     wireClick(mnu_KV4074, &frmVRK_User1::mnu_KV4074_Click);
     wireClick(mnuKV4078, &frmVRK_User1::mnuKV4078_Click);
     wireClick(mnuKV6021, &frmVRK_User1::mnuKV6021_Click);
-    wireClick(chkI2CAdr, &frmVRK_User1::chkI2CAdr_Click);
-    wireClick(cmdCopyAdr, &frmVRK_User1::cmdCopyAdr_Click);
-    wireClick(cmdSlave, &frmVRK_User1::cmdSlave_Click);
     wireClick(cboI2CClock, &frmVRK_User1::cboI2CClock_Click);
+    action("Wrt_VRK", &frmVRK_User1::Wrt_VRK);
+    action("Read_VRK", &frmVRK_User1::Read_VRK);
+    const auto entries = partEntries();
+    for (std::size_t part = 0; part < kI2cParts.size(); ++part)
+        entries.at(part + 1)->setCaption(std::string(kI2cParts.at(part).name));
+}
+
+std::vector<MenuEntry*> frmVRK_User1::partEntries() {
+    return {&mnu_I2cList, &mnu_KV4071, &mnu_KV4074, &mnuKV4078, &mnuKV6021};
 }
 
 void frmVRK_User1::Form_Load() {
@@ -66,95 +58,78 @@ void frmVRK_User1::Form_Load() {
         box->setVisible(true);
     txtCalcAddr.setVisible(true);
     cmdCopyAdr.setVisible(true);
-    resetI2cOptions();
-    acrAddressByte_ = 2;
     txtACRAddress.setText("02");
-    deviceAddressByte_ = kBaseAddress;
     txtDeviceAdr.setText("50");
     wipers.TapCount = 128;
     loadChannels();
     pump();
-    uses().motherboard.initSupplyDefaults();
+    services().motherboard.initSupplyDefaults();
     lblUserVCC.setVisible(false);
     txtUserVCC.setVisible(false);
-    cboRegSize.setRows({{"None", 0}, {"1 Byte", 1}, {"2 Bytes", 2}});
-    cboDataSize.setRows({{"None", 0}, {"1-Byte", 1}, {"2-Bytes", 2}});
-    cboRegSize.setListIndex(1);
-    cboDataSize.setListIndex(1);
+    fillSizes();
     Option1[1].setValue(true);
     mirrorClocks();
     board().setPin(frmMotherboardDAQ2::kPinMotherboardSwitch, 0);
     pump();
 }
 
-void frmVRK_User1::choosePart(const PartEntry& part) {
-    resetI2cOptions();
+void frmVRK_User1::choosePart(const I2cPartFacts& part) {
+    dropPending();
     leaveFamily();
-    acrAddressByte_ = static_cast<std::uint8_t>(part.acrByte);
-    txtACRAddress.setText(part.acrText);
-    deviceAddressByte_ = static_cast<std::uint8_t>(part.address);
+    txtACRAddress.setText(std::string(part.acrAddress));
     txtDeviceAdr.setText(hexText(part.address, 2));
     wipers.TapCount = part.taps;
     wipers.channelCount = part.channels;
     resetChannelRegisters();
-    lblProduct.setCaption(part.product);
-    OptChans[part.chansOption].setValue(true);
-    OptTaps[part.tapsOption].setValue(true);
-    OptTaps_Click(part.tapsOption);
+    lblProduct.setCaption(std::string(part.product));
+    const int taps = tapOption(part.taps).value();
+    OptChans[channelOption(part.channels).value()].setValue(true);
+    OptTaps[taps].setValue(true);
+    OptTaps_Click(taps);
     pump();
     cboRegSize.setListIndex(1);
     cboDataSize.setListIndex(1);
     lastAddressText_ = txtDeviceAdr.text();
     txtCalcAddr.setText(lastAddressText_);
     setAddressBytes();
+    tell(true, std::string(part.name) + " chosen",
+         "address " + txtDeviceAdr.text() + " hex, " + decimalText(part.taps) + " taps", &lblProduct);
 }
 
 void frmVRK_User1::mnu_KV4071_Click() {
-    choosePart({2, "02", 0x50, 128, 1, 0, 4, "KV4071, I2C, Single Channel, 128 Tap ZQM"});
+    choosePart(kI2cParts[0]);
 }
 
 void frmVRK_User1::mnu_KV4074_Click() {
-    choosePart({8, "08", 0xA0, 128, 4, 2, 4, "KV4074, I2C, Four Channel, 128 Tap ZQM"});
+    choosePart(kI2cParts[1]);
 }
 
 void frmVRK_User1::mnuKV4078_Click() {
-    // The byte says 8, the text 10: deliberate, and the text is right for the part.
-    choosePart({8, "10", 0xA0, 256, 4, 2, 5, "KV4078, I2C, Four Channel, 256 Tap ZQM"});
+    choosePart(kI2cParts[2]);
 }
 
 void frmVRK_User1::mnuKV6021_Click() {
-    choosePart({2, "02", 0x50, 128, 1, 0, 4, "KV6021, I2C, Single Channel, 128 Tap ZQM"});
+    choosePart(kI2cParts[3]);
 }
 
-void frmVRK_User1::clearAddressPins() {
-    for (int pin = 0; pin < chkI2CAdr.count(); ++pin)
-        board().chkPData[kFirstAddressPin + pin].setValue(0);
+void frmVRK_User1::partChanged() {
+    WiperPanel::partChanged();
+    markDataRegistersStale("the part was chosen since");
 }
 
-void frmVRK_User1::raiseAddressPins() {
-    for (int pin = 0; pin < chkI2CAdr.count(); ++pin)
-        if (chkI2CAdr[pin].checked())
-            board().chkPData[kFirstAddressPin + pin].setValue(1);
+void frmVRK_User1::addressChanged() {
+    WiperPanel::addressChanged();
+    markDataRegistersStale("the address changed since");
 }
 
-void frmVRK_User1::chkI2CAdr_Click(int /*index*/) {
-    clearAddressPins();
-    raiseAddressPins();
-    int address = kBaseAddress;
-    for (int pin = 0; pin < chkI2CAdr.count(); ++pin)
-        if (chkI2CAdr[pin].checked())
-            address += 2 << pin;
-    txtCalcAddr.setText(hexText(address));
-    board().cmdWrtPipe1_Click();
-    pump();
+void frmVRK_User1::supplyChanged() {
+    WiperPanel::supplyChanged();
+    markDataRegistersStale("the supply changed since");
 }
 
-void frmVRK_User1::cmdCopyAdr_Click() {
-    txtDeviceAdr.setText(txtCalcAddr.text());
-}
-
-void frmVRK_User1::cmdSlave_Click() {
-    txtDeviceAdr.setText("50");
+void frmVRK_User1::markDataRegistersStale(const std::string& cause) {
+    for (auto& shown : lblRdq331x)
+        shown->markStale(cause);
 }
 
 void frmVRK_User1::mirrorClocks() {
@@ -190,7 +165,7 @@ void frmVRK_User1::splitTwoBytes(const std::string& hex) {
 }
 
 void frmVRK_User1::Wrt_VRK(int reg) {
-    warnIfVccOff();
+    (void)requireVcc(); // the exchange runs all the same
     const int size = cboDataSize.listIndex();
     setBusAddress();
     class frmMainF340& f340 = console();
@@ -216,13 +191,35 @@ void frmVRK_User1::Wrt_VRK(int reg) {
     writeOutcome();
 }
 
+bool frmVRK_User1::lastTransferGood() const {
+    // A reply that never came leaves the status of the exchange before it.
+    return link().lastTransfer() == kLinkGood && link().i2cStatus == kLinkGood;
+}
+
+bool frmVRK_User1::writeWiper(int channel) {
+    setAddressBytes();
+    Wrt_VRK(wipers.ChanReg[channel]);
+    return lastTransferGood();
+}
+
+std::optional<int> frmVRK_User1::readWiper(int channel) {
+    setAddressBytes();
+    Read_VRK(wipers.ChanReg[channel]);
+    if (!lastTransferGood())
+        return std::nullopt;
+    return wipers.WiperRead[kWiperElement];
+}
+
+int frmVRK_User1::shownPosition(int value) const {
+    return std::min(value, wipers.TapCount);
+}
+
 void frmVRK_User1::writeOutcome() {
     if (link().i2cStatus == kLinkGood) {
         goodWrite();
         return;
     }
-    Shape1[4].setColour(Colour::LightRed);
-    Shape1[1].setColour(Colour::LightRed);
+    badWrite();
     pump();
     context().say("Write VRK Error, Check Device Address, VCC & AVDD Power and I2C Connections ",
                   " Error during Write to VRK ");
@@ -233,7 +230,7 @@ int frmVRK_User1::twoByteReading() {
 }
 
 void frmVRK_User1::Read_VRK(int reg) {
-    warnIfVccOff();
+    (void)requireVcc(); // the exchange runs all the same
     class frmMainF340& f340 = console();
     if (productStarts("Q4410/9")) {
         readThroughInstruction(reg);
@@ -250,6 +247,10 @@ void frmVRK_User1::Read_VRK(int reg) {
             f340.cmdRead_Click();
             wipers.WiperRead[kWiperElement] = twoByteReading();
             lblRdq331x[0].setCaption(hexText(wipers.WiperRead[kWiperElement]));
+            if (lastTransferGood())
+                lblRdq331x[0].markRead();
+            else
+                lblRdq331x[0].markStale("last read failed", true);
         }
     }
     readOutcome();
@@ -282,8 +283,7 @@ void frmVRK_User1::readOutcome() {
         goodRead();
         return;
     }
-    Shape1[2].setColour(Colour::LightRed);
-    Shape1[4].setColour(Colour::LightRed);
+    badRead();
     pump();
     context().say("Read VRK Error, Check Device Addreess, VCC & AVDD Power and I2C Connections ",
                   " Error during VRK Read ");

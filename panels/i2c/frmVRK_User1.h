@@ -1,8 +1,11 @@
 #pragma once
 
 #include "panels/WiperPanel.h"
+#include "panels/i2c/i2cParts.h"
 
-#include <array>
+#include <optional>
+#include <string>
+#include <vector>
 
 namespace vrk {
 
@@ -10,25 +13,16 @@ namespace vrk {
 /// control register, taps, channels, and the sizes of address and data.
 class frmVRK_User1 final : public WiperPanel {
   public:
-    frmVRK_User1(PanelContext& context, Uses uses, WiperState& state);
+    frmVRK_User1(PanelContext& context, BenchServices& services, WiperState& state);
 
     void Form_Load() override;
 
     // Set-up
-    MenuEntry mnuDeviceSelect{*this, "mnuDeviceSelect"};
     MenuEntry mnu_I2cList{*this, "mnu_I2cList"};
     MenuEntry mnu_KV4071{*this, "mnu_KV4071"};
     MenuEntry mnu_KV4074{*this, "mnu_KV4074"};
     MenuEntry mnuKV4078{*this, "mnuKV4078"};
     MenuEntry mnuKV6021{*this, "mnuKV6021"};
-    Frame fraADDRSelect{*this, "fraADDRSelect"};
-    ControlArray<CheckBox> chkI2CAdr{*this, "chkI2CAdr", 0, 3};
-    TextBox txtCalcAddr{*this, "txtCalcAddr"};
-    Button cmdCopyAdr{*this, "cmdCopyAdr"};
-    TextBox txtDeviceAdr{*this, "txtDeviceAdr"};
-    Button cmdSlave{*this, "cmdSlave"};
-    ComboBox cboRegSize{*this, "cboRegSize"};
-    ComboBox cboDataSize{*this, "cboDataSize"};
     ComboBox cboI2CClock{*this, "cboI2CClock"};
 
     /// Selection from the product table; stands until the user has returned from it.
@@ -37,37 +31,18 @@ class frmVRK_User1 final : public WiperPanel {
     void mnu_KV4074_Click();
     void mnuKV4078_Click();
     void mnuKV6021_Click();
-    void chkI2CAdr_Click(int index);
-    void cmdCopyAdr_Click();
-    void cmdSlave_Click();
     void cboI2CClock_Click();
 
     // Registers
     Label Label2{*this, "Label2"};
     TextBox txtACRAddress{*this, "txtACRAddress"};
-    /// 0 to write, 1 read
-    ControlArray<TextBox> txtACR{*this, "txtACR", 0, 1};
-    ControlArray<OptionButton> Option1{*this, "Option1", 0, 1};
-    Frame FrmShutdown{*this, "FrmShutdown"};
-    CheckBox chkShutdown{*this, "chkShutdown"};
-    Label lblShutDown{*this, "lblShutDown"};
-    Frame frmRegisterWrite{*this, "frmRegisterWrite"};
     TextBox txtGPAddress{*this, "txtGPAddress"};
-    TextBox txtGPWrite{*this, "txtGPWrite"};
-    Label lblGPRead{*this, "lblGPRead"};
-    Label lblGDRs{*this, "lblGDRs"};
-    Button cmdGPRead{*this, "cmdGPRead"};
-    Button cmdWriteGP{*this, "cmdWriteGP"};
-    /// 0 ACR write, 1 ACR read, 2 general register write, 3 its read
-    ControlArray<Lamp> Shape2{*this, "Shape2", 0, 3};
     ControlArray<Button> cmdReadAllWipers{*this, "cmdReadAllWipers", 0, 1};
 
-    void cmdACRRead_Click();
-    void cmdACRWrite_Click();
-    void Option1_Click(int index);
-    void chkShutdown_Click();
-    void cmdGPRead_Click();
-    void cmdWriteGP_Click();
+    void cmdACRRead_Click() override;
+    void cmdACRWrite_Click() override;
+    void cmdGPRead_Click() override;
+    void cmdWriteGP_Click() override;
     /// 0 reads every channel, 1 takes what was read as the values to write
     void cmdReadAllWipers_Click(int index);
 
@@ -76,7 +51,7 @@ class frmVRK_User1 final : public WiperPanel {
     Frame Frq4422{*this, "Frq4422"};
     Frame frq331x{*this, "frq331x"};
     ControlArray<TextBox> txtWrQ3319{*this, "txtWrQ3319", 0, 4};
-    ControlArray<Label> lblRdq331x{*this, "lblRdq331x", 0, 4};
+    ControlArray<Reading> lblRdq331x{*this, "lblRdq331x", 0, 4};
 
     // Parts with a ten-bit wiper and four data registers
     ControlArray<Button> CMDq331X_Read{*this, "CMDq331X_Read", 0, 4};
@@ -107,59 +82,54 @@ class frmVRK_User1 final : public WiperPanel {
     void cmdSampleq44_Click();
     void cdmAuto_Init_Click();
 
-    void Wrt_VRK(int reg) override;
-    void Read_VRK(int reg) override;
+    /// One write or read of the register `reg`, which is the channel's field index too. Lamps and a message
+    /// tell the outcome.
+    void Wrt_VRK(int reg);
+    void Read_VRK(int reg);
 
-    /// Options of the I2C service, as a load or a selection leaves them.
-    std::array<int, 4> I2COptionValues{3, 1, -1, 0};
+    std::string busName() const override { return "I2C"; }
+    std::vector<MenuEntry*> partEntries() override;
 
-    std::string busText() const override { return "I2C " + txtDeviceAdr.text(); }
+  protected:
+    void partChanged() override;
+    void addressChanged() override;
+    void supplyChanged() override;
 
   private:
-    /// What the menu knows of a part. The ACR byte and its text may differ; the text is what actions use.
-    struct PartEntry {
-        int acrByte;
-        const char* acrText;
-        int address;
-        int taps;
-        int channels;
-        int chansOption;
-        int tapsOption;
-        const char* product;
-    };
-
     void wireSetup();
     void wireRegisters();
     void wireFamilies();
+    void markDataRegistersStale(const std::string& cause);
     void leaveFamily();
     void takeTableRow();
     void applyFamily();
-    void beforeRead(int index) override;
+    void beforeRead(int channel) override;
+    bool writeWiper(int channel) override;
+    std::optional<int> readWiper(int channel) override;
+    int shownPosition(int value) const override;
     void labelBank();
     void transferInstruction(const char* instruction);
     void setDirectPin(int index, int value);
-    void choosePart(const PartEntry& part);
-    void resetI2cOptions() { I2COptionValues = {3, 1, -1, 0}; }
-    void setAddressBytes() override;
+    void choosePart(const I2cPartFacts& part);
+    void setAddressBytes();
     void setBusAddress();
     void mirrorClocks();
-    void clearAddressPins();
-    /// Drives the pins whose boxes are checked.
-    void raiseAddressPins();
     /// Spreads a value of two bytes over the console's write fields.
     void splitTwoBytes(const std::string& hex);
     int twoByteReading();
     void readThroughInstruction(int reg);
+    bool lastTransferGood() const;
     void writeOutcome();
     void readOutcome();
-    /// True if the part has no such register; then the user has been told.
-    bool hasNone(const TextBox& address, const char* message);
+    /// True if the part has no control register; then the user has been told and the buttons stay off.
+    bool hasNoControlRegister();
+    bool hasNoGeneralRegister();
+    /// Lamp of the register and of the panel after an exchange with one of its registers.
+    void showRegisterOutcome(int registerLamp, int panelLamp, const std::string& what, const Control& field);
 
-    std::uint8_t acrAddressByte_ = 2;
-    std::uint8_t deviceAddressByte_ = 0x50;
     std::string lastAddressText_ = "50";
-    OptionGroup optionGroup_;
     OptionGroup bankGroup_;
+    bool choosing_ = false;      ///< the product table stands for this panel
     bool familyOptions_ = false; ///< a family has changed captions and bus options
     Subscription clocks_;
 };

@@ -1,4 +1,6 @@
+#include "panels/blocks/choices.h"
 #include "panels/i2c/frmVRK_User1.h"
+#include "platform/runtime/text.h"
 
 namespace vrk {
 
@@ -28,12 +30,55 @@ int selectedOption(const ControlArray<OptionButton>& options) {
     return -1;
 }
 
+bool isHexByte(const std::string& text) {
+    return !text.empty() && text.size() <= 2 &&
+           text.find_first_not_of("0123456789ABCDEFabcdef") == std::string::npos;
+}
+
+bool isWholeUpTo(const std::string& text, int most) {
+    if (!isNumeric(text))
+        return false;
+    const double value = leadingNumber(text);
+    return value >= 0 && value <= most && value == static_cast<int>(value);
+}
+
+/// What is wrong with a row of the table; empty if the panel can take it.
+std::string rowFault(const ProductTable& table) {
+    constexpr int kMostTaps = 1024;
+    const auto complaint = [&table](int column, const char* wanted) {
+        return "column " + decimalText(column) + " holds \"" + table.field(column) + "\", not " + wanted;
+    };
+    if (!isWholeUpTo(table.field(kChannelCount), WiperPanel::kChannels) ||
+        decimalInt(table.field(kChannelCount)) < 1)
+        return complaint(kChannelCount, "a number of channels from 1 to 4");
+    if (!isWholeUpTo(table.field(kTaps), kMostTaps) || decimalInt(table.field(kTaps)) < 1)
+        return complaint(kTaps, "a number of taps up to 1024");
+    if (!isHexByte(table.field(kAddress)))
+        return complaint(kAddress, "a bus address of two hexadecimal digits");
+    for (const int column : {kAcrAddress, kAcr})
+        if (table.field(column) != "NA" && !isHexByte(table.field(column)))
+            return complaint(column, "a byte of two hexadecimal digits or NA");
+    const std::string general = table.field(kGeneralRegister);
+    if (general != "NA" && !isHexByte(general.substr(0, 1)))
+        return complaint(kGeneralRegister, "a register's hexadecimal digit or NA");
+    for (const int column : {kRegisterSize, kDataSize})
+        if (isNumeric(table.field(column)) && !isWholeUpTo(table.field(column), 2))
+            return complaint(column, "a size of 0, 1 or 2 bytes");
+    return {};
+}
+
 } // namespace
 
 void frmVRK_User1::mnu_I2cList_Click() {
+    ProductTable& table = services().products;
+    if (choosing_) {
+        table.open(ProductTable::Bus::I2C, *this); // once more to the front; who waits for it goes on waiting
+        return;
+    }
+    choosing_ = true;
+    const OnScopeExit chosen([this] { choosing_ = false; });
     pump();
-    I2COptionValues[0] = 3;
-    I2COptionValues[1] = 1;
+    dropPending();
     for (Frame* frame : {&fraADDRSelect, &SSFrame2, &FrmShutdown, &frmRegisterWrite})
         frame->setVisible(true);
     Frq4410Show.setVisible(false);
@@ -48,10 +93,16 @@ void frmVRK_User1::mnu_I2cList_Click() {
     clearAddressPins();
     board().chkPData[frmMotherboardDAQ2::kPinShutdown].setValue(1);
     board().cmdWrtPipe1_Click();
-    ProductTable& table = uses().products;
-    table.open(ProductTable::Bus::I2C);
-    while (!table.returned())
-        events().waitForEvents();
+    {
+        // What stands under the table waits with the action that opened it.
+        const OnScopeExit usable([this] { setEnabled(true); });
+        setEnabled(false);
+        table.open(ProductTable::Bus::I2C, *this);
+        while (!table.returned())
+            events().waitForEvents();
+    }
+    if (link().activePanel != this)
+        return; // the panel was left meanwhile: nothing is taken
     if (table.selected())
         takeTableRow();
     else
@@ -64,7 +115,12 @@ void frmVRK_User1::mnu_I2cList_Click() {
 }
 
 void frmVRK_User1::takeTableRow() {
-    const ProductTable& table = uses().products;
+    const ProductTable& table = services().products;
+    if (const std::string fault = rowFault(table); !fault.empty()) {
+        context().say("This row cannot be taken: " + fault + ".");
+        return;
+    }
+    dropPending();
     txtACRAddress.setText(twoDigits(table.field(kAcrAddress)));
     txtACR[0].setText(twoDigits(table.field(kAcr)));
     const std::string general = table.field(kGeneralRegister);
@@ -81,44 +137,12 @@ void frmVRK_User1::takeTableRow() {
     selectSize(cboRegSize, table.field(kRegisterSize));
     selectSize(cboDataSize, table.field(kDataSize));
     resetChannelRegisters();
-    switch (wipers.channelCount) {
-    case 1:
-        OptChans[0].setValue(true);
-        break;
-    case 2:
-        OptChans[1].setValue(true);
-        break;
-    case 4:
-        OptChans[2].setValue(true);
-        break;
-    default:
-        break; // the panel keeps the option that it had
-    }
-    switch (wipers.TapCount) {
-    case 16:
-        OptTaps[0].setValue(true);
-        break;
-    case 32:
-        OptTaps[1].setValue(true);
-        break;
-    case 64:
-        OptTaps[2].setValue(true);
-        break;
-    case 100:
-        OptTaps[3].setValue(true);
-        break;
-    case 128:
-        OptTaps[4].setValue(true);
-        break;
-    case 256:
-        OptTaps[5].setValue(true);
-        break;
-    case 1024:
-        OptTaps[7].setValue(true);
-        break;
-    default:
-        break; // 512 has no case on this panel: deliberate
-    }
+    if (const auto option = channelOption(wipers.channelCount))
+        OptChans[*option].setValue(true); // else the panel keeps the option that it had
+    // 512 taps select nothing here: no I2C part has them, and the panel keeps the option that it had.
+    constexpr int kNotOnI2c = 512;
+    if (const auto option = tapOption(wipers.TapCount); option && wipers.TapCount != kNotOnI2c)
+        OptTaps[*option].setValue(true);
     if (const int option = selectedOption(OptChans); option >= 0)
         OptChans_Click(option);
     if (const int option = selectedOption(OptTaps); option >= 0)
@@ -126,6 +150,8 @@ void frmVRK_User1::takeTableRow() {
     setAddressBytes();
     lastAddressText_ = txtDeviceAdr.text();
     txtCalcAddr.setText(lastAddressText_);
+    tell(true, lblProduct.caption() + " chosen from the table", "address " + txtDeviceAdr.text() + " hex",
+         &lblProduct);
 }
 
 void frmVRK_User1::leaveFamily() {
@@ -177,7 +203,7 @@ void frmVRK_User1::applyFamily() {
             box->setVisible(false);
         txtCalcAddr.setVisible(false);
         cmdCopyAdr.setVisible(false);
-        for (const int pin : {0, 1, 3, 3}) // the last one twice, as ever
+        for (const int pin : {0, 1, 3, 3}) // CS twice: harmless, and seen on the wire
             Chq4422[pin].setValue(1);
         fraADDRSelect.setVisible(false);
     } else if (productStarts("Q4410/9")) {

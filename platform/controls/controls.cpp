@@ -493,7 +493,7 @@ void Timer::disarm() {
 
 // Scope guards
 
-DisabledWhile::DisabledWhile(std::initializer_list<Control*> controls) : controls_(controls) {
+DisabledWhile::DisabledWhile(std::vector<Control*> controls) : controls_(std::move(controls)) {
     for (Control* control : controls_)
         control->setEnabled(false);
 }

@@ -470,7 +470,7 @@ class ControlArray {
 /// so; a fault on the way enables them too, so that no button stays dead.
 class DisabledWhile {
   public:
-    explicit DisabledWhile(std::initializer_list<Control*> controls);
+    explicit DisabledWhile(std::vector<Control*> controls);
     ~DisabledWhile() { release(); }
     DisabledWhile(const DisabledWhile&) = delete;
     DisabledWhile& operator=(const DisabledWhile&) = delete;

@@ -1,0 +1,165 @@
+#include "panels/blocks/SupplyBlock.h"
+
+#include "platform/runtime/text.h"
+
+namespace vrk {
+
+namespace {
+constexpr int kUserRow = 10;
+/// VIN4 on the lists of the 320 board; the reading keeps the number on any other board.
+constexpr int kVccSampleRow = 10;
+constexpr Milliseconds kVccSettle{80};
+} // namespace
+
+SupplyBlock::SupplyBlock(Panel& panel, BenchServices& services) : PanelBlock(panel), services_(services) {
+    OptVCC.setCaptions({"On", "Off"});
+    OptVM.setCaptions({"On", "Off"});
+    for (const int index : {0, 1}) {
+        OptVCC[index].join(vccGroup_);
+        OptVM[index].join(minusGroup_);
+        OptVM[index].setEnabled(!services.supply.TrackOn);
+    }
+    OptVCC[1].showSelected();
+    OptVM[1].showSelected();
+    ChkTrack.setCaption("Track V+");
+    ChkTrack.showValue(services.supply.TrackOn ? 1 : 0);
+    ShpVCCon.setCaption("VCC");
+    ShVM.setCaption("V-");
+    CboVCC.setCaption("VCC");
+    cmdUpdateVCC.setCaption("Update VCC");
+    cmdReadVCC.setCaption("Sample VCC");
+    lblVCCVolts.setCaption("0.00");
+    lblSPICode.setCaption("5F");
+    lblUserVCC.setCaption("User");
+    txtUserVCC.setText("5F");
+    txtUserVCC.setToolTip("Hex Programming Code (20-7F) Hex");
+    txtADOffset.setText("0.00");
+    txtADOffset.setCaption("Offset");
+    txtADGain.setText("2.0");
+    txtADGain.setCaption("Gain");
+
+    bindClick(OptVCC, &SupplyBlock::OptVCC_Click);
+    bindClick(OptVM, &SupplyBlock::OptVM_Click);
+    bindClick(ChkTrack, &SupplyBlock::ChkTrack_Click);
+    bindClick(CboVCC, &SupplyBlock::CboVCC_Click);
+    bindClick(cmdUpdateVCC, &SupplyBlock::cmdUpdateVCC_Click);
+    bindClick(cmdReadVCC, &SupplyBlock::cmdReadVCC_Click);
+    CboVCC.onLostFocus([this] {
+        showUserCode();
+        txtUserVCC.setText(upperCase(txtUserVCC.text()));
+    });
+    // The range in its tool tip is not enforced.
+    txtUserVCC.onLostFocus([this] { txtUserVCC.setText(upperCase(txtUserVCC.text())); });
+    txtADOffset.onLostFocus([this] {
+        if (!isNumeric(txtADOffset.text()))
+            txtADOffset.setText("0.00");
+    });
+    txtADGain.onLostFocus([this] {
+        if (!isNumeric(txtADGain.text()))
+            txtADGain.setText("2.00");
+    });
+}
+
+void SupplyBlock::OptVCC_Click(int index) {
+    services_.motherboard.showSupplyState(index);
+    lblVCCVolts.markStale("VCC was switched since");
+    supplyChanged();
+    afterVccSwitch();
+    cmdUpdateVCC_Click();
+    host().tell(true, index == 0 ? "VCC on" : "VCC off", "measured " + lblVCCVolts.caption() + " V");
+}
+
+void SupplyBlock::OptVM_Click(int index) {
+    if (index == 0) {
+        ShVM.setColour(Colour::LightRed);
+        services_.board().OptVCCMinus[0].setValue(true);
+    } else if (index == 1) {
+        services_.board().OptVCCMinus[1].setValue(true);
+        ShVM.setColour(Colour::Black);
+    }
+    host().pump();
+}
+
+void SupplyBlock::ChkTrack_Click() {
+    frmMotherboardDAQ2& board = services_.board();
+    if (ChkTrack.value() == 1) {
+        services_.supply.TrackOn = true;
+        board.ChkTrack.setValue(1);
+        for (auto& option : OptVM)
+            option->setEnabled(false);
+        for (const int state : {0, 1})
+            if (OptVCC[state].value()) {
+                OptVM[state].setValue(true);
+                OptVCC_Click(state);
+            }
+    } else {
+        board.ChkTrack.setValue(0);
+        services_.supply.TrackOn = false;
+        for (auto& option : OptVM)
+            option->setEnabled(true);
+    }
+    host().pump();
+}
+
+void SupplyBlock::CboVCC_Click() {
+    showUserCode();
+}
+
+void SupplyBlock::showUserCode() {
+    const bool user = CboVCC.listIndex() == kUserRow;
+    txtUserVCC.setVisible(user);
+    lblUserVCC.setVisible(user);
+}
+
+void SupplyBlock::cmdUpdateVCC_Click() {
+    DisabledWhile busy({&cmdUpdateVCC});
+    host().pump();
+    frmMotherboardDAQ2& board = services_.board();
+    const std::string before = lblSPICode.caption();
+    // No list of today has a row 10; the branch is for one that offers a code of the user's own.
+    if (CboVCC.listIndex() != kUserRow) {
+        lblSPICode.setCaption(services_.supply.VCCHex[CboVCC.listIndex()]);
+        board.txtSPIwr[7].setText(lblSPICode.caption());
+        txtUserVCC.setText(lblSPICode.caption());
+    } else {
+        lblSPICode.setCaption(txtUserVCC.text());
+        board.txtSPIwr[7].setText(txtUserVCC.text());
+    }
+    if (lblSPICode.caption() != before)
+        supplyChanged();
+    board.cmdSPIWrite2_Click();
+    host().pump();
+    measureVcc(services_.analog.MuxVCCIndex);
+    busy.release();
+    host().pump();
+}
+
+void SupplyBlock::cmdReadVCC_Click() {
+    DisabledWhile busy({&cmdReadVCC});
+    measureVcc(kVccSampleRow);
+    busy.release();
+    host().pump();
+}
+
+void SupplyBlock::measureVcc(int row) {
+    services_.board().Combo1.setListIndex(row);
+    host().pump();
+    const std::string volts = measure();
+    if (services_.link.attached())
+        lblVCCVolts.showRead(volts);
+    else {
+        lblVCCVolts.setCaption(volts);
+        lblVCCVolts.markStale("the board did not answer", true);
+    }
+    host().pump();
+    host().wait(kVccSettle);
+}
+
+std::string SupplyBlock::measure() {
+    services_.board().READ_AD();
+    services_.board().READ_AD();
+    services_.analog.ADVolts += leadingNumber(txtADOffset.text());
+    return formatNumber(services_.analog.ADVolts * leadingNumber(txtADGain.text()), "#0.000");
+}
+
+} // namespace vrk

@@ -170,7 +170,7 @@ QString withMnemonic(const QString& text, const QWidget& widget) {
     return at < 0 ? text : QString(text).insert(at, '&');
 }
 
-void assignMnemonics(QWidget& root, const QString& taken) {
+QString assignMnemonics(QWidget& root, const QString& taken) {
     QString used = taken.toUpper();
     const auto textOf = [](QWidget* widget) {
         if (auto* button = qobject_cast<QAbstractButton*>(widget))
@@ -208,6 +208,7 @@ void assignMnemonics(QWidget& root, const QString& taken) {
             break;
         }
     }
+    return used;
 }
 
 void setTabOrder(const std::vector<QWidget*>& widgets) {

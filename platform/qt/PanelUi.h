@@ -84,8 +84,8 @@ class PanelUi {
 };
 
 /// Gives every button, box and captioned field under `root` that has no mnemonic yet a letter of its own, in
-/// reading order, as long as there are letters. \param taken letters of the menus.
-void assignMnemonics(QWidget& root, const QString& taken);
+/// reading order, as long as there are letters. \param taken letters of the menus. \return all that are taken now
+QString assignMnemonics(QWidget& root, const QString& taken);
 /// Leaves the letters to others: the widget has a shortcut or many twins.
 void keepWithoutMnemonic(QWidget& widget);
 /// Puts "&" before the widget's letter, if it has one and the text holds it.

@@ -125,6 +125,11 @@ Shade currentShade() {
     return desktopShade();
 }
 
+int dp(int measure) {
+    constexpr double kLine = 16.0;
+    return qRound(measure * QFontMetricsF(QApplication::font()).height() / kLine);
+}
+
 QFont valueFont(double scale) {
     QFont font = QFontDatabase::systemFont(QFontDatabase::FixedFont);
     font.setStyleHint(QFont::Monospace);

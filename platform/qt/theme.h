@@ -22,6 +22,14 @@ void applyTheme(QApplication& application, Shade shade);
 Shade currentShade();
 QPalette paletteOf(Shade shade);
 
+/// A measure of 100% in the size that the font asks for: 16 is the height of one line.
+int dp(int measure);
+
+/// Sizes relative to the ordinary text: units and ages, the name of a strip, the name of a page.
+inline constexpr double kSmall = 0.85;
+inline constexpr double kStripScale = 1.15;
+inline constexpr double kNameScale = 1.23;
+
 /// Digits of one width. \param scale size relative to the application's font.
 QFont valueFont(double scale = 1.0);
 

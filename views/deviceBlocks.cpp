@@ -34,7 +34,7 @@ QBoxLayout* supplyWords(PanelUi& ui, const QString& name, Lamp& lamp, QWidget* v
     auto* state = steadyLabel("off", 1.2);
     ui.watch(lamp, [state, &lamp] { state->setText(onOff(lamp)); });
     state->setObjectName("band." + name);
-    std::vector<Item> items{quietText(name), ui.mirror(lamp, LampWidget::Meaning::Supply), state};
+    std::vector<Item> items{quietText(name), ui.mirror(lamp, LampWidget::Role::Supply), state};
     if (value != nullptr) {
         items.emplace_back(value);
         items.emplace_back(quietText("V"));

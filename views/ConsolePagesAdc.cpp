@@ -1,8 +1,8 @@
 #include "link/frmMainF340.h"
 #include "platform/qt/theme.h"
 #include "views/ConsolePages.h"
-#include "views/PanelWindow.h"
 #include "views/consoleWords.h"
+#include "views/workspace/Page.h"
 
 #include <QCheckBox>
 #include <QGridLayout>
@@ -111,8 +111,8 @@ QWidget* externalBlock(PanelUi& ui, frmMainF340& p) {
 
 } // namespace
 
-QWidget* makeAdcPage(PanelWindow& window, frmMainF340& p) {
-    PanelUi& ui = window.ui();
+QWidget* makeAdcPage(PageUi& page, frmMainF340& p) {
+    PanelUi& ui = page.ui();
     auto* settings = settingsBlock(ui, p);
     auto* reading = readingBlock(ui, p);
     auto* external = externalBlock(ui, p);

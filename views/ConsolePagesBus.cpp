@@ -1,8 +1,8 @@
 #include "link/frmMainF340.h"
 #include "platform/qt/theme.h"
 #include "views/ConsolePages.h"
-#include "views/PanelWindow.h"
 #include "views/consoleWords.h"
+#include "views/workspace/Page.h"
 
 #include <QCheckBox>
 #include <QGridLayout>
@@ -154,8 +154,8 @@ QWidget* individualBlock(PanelUi& ui, frmMainF340& p) {
 
 } // namespace
 
-QWidget* makeI2cPage(PanelWindow& window, frmMainF340& p) {
-    PanelUi& ui = window.ui();
+QWidget* makeI2cPage(PageUi& page, frmMainF340& p) {
+    PanelUi& ui = page.ui();
     auto* options = group("Options", column({
                                          ui(p.chkRandom),
                                          ui(p.ChK2WireCommand),
@@ -171,8 +171,8 @@ QWidget* makeI2cPage(PanelWindow& window, frmMainF340& p) {
     return block(row({address, gap, options, gap, transfer, gap, individual, stretch}));
 }
 
-QWidget* makeSpiPage(PanelWindow& window, frmMainF340& p) {
-    PanelUi& ui = window.ui();
+QWidget* makeSpiPage(PageUi& page, frmMainF340& p) {
+    PanelUi& ui = page.ui();
     auto* clock = ui(p.cboSPIClock, 8);
     auto* changeAt = entry(ui, p.txtClockPhaseChangeByte, 3, "Byte at which the clock phase changes");
     auto* count = ui.mirror(p.txtNumToWrite);
@@ -197,8 +197,8 @@ QWidget* makeSpiPage(PanelWindow& window, frmMainF340& p) {
     return block(row({port, gap, gap, transfer, stretch}));
 }
 
-QWidget* makeByteTable(PanelWindow& window, frmMainF340& p) {
-    PanelUi& ui = window.ui();
+QWidget* makeByteTable(PageUi& page, frmMainF340& p) {
+    PanelUi& ui = page.ui();
     std::vector<std::vector<Item>> lines(1);
     std::vector<QWidget*> order;
     std::vector<QWidget*> reads;

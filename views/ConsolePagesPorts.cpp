@@ -1,8 +1,8 @@
 #include "link/frmMainF340.h"
 #include "platform/qt/theme.h"
 #include "views/ConsolePages.h"
-#include "views/PanelWindow.h"
 #include "views/consoleWords.h"
+#include "views/workspace/Page.h"
 
 #include <QCheckBox>
 #include <QGridLayout>
@@ -108,8 +108,8 @@ QGridLayout* sfrRows(PanelUi& ui, frmMainF340& p, int from, int to) {
 
 } // namespace
 
-QWidget* makeGpioPage(PanelWindow& window, frmMainF340& p) {
-    PanelUi& ui = window.ui();
+QWidget* makeGpioPage(PageUi& page, frmMainF340& p) {
+    PanelUi& ui = page.ui();
     auto* actions = allPorts(ui, p);
     auto* p0 = portBlock(ui, p, 0);
     auto* p1 = portBlock(ui, p, 1);
@@ -126,8 +126,8 @@ QWidget* makeGpioPage(PanelWindow& window, frmMainF340& p) {
     }));
 }
 
-QWidget* makeSfrPage(PanelWindow& window, frmMainF340& p) {
-    PanelUi& ui = window.ui();
+QWidget* makeSfrPage(PageUi& page, frmMainF340& p) {
+    PanelUi& ui = page.ui();
     constexpr int kHalf = frmMainF340::kSfrRows / 2;
     auto* left = sfrRows(ui, p, 0, kHalf);
     auto* rightHalf = sfrRows(ui, p, kHalf, frmMainF340::kSfrRows);

@@ -2,9 +2,9 @@
 #include "platform/qt/theme.h"
 #include "shell/Bench.h"
 #include "views/ConsolePages.h"
-#include "views/PanelWindow.h"
 #include "views/consoleWords.h"
 #include "views/panelViews.h"
+#include "views/workspace/Page.h"
 
 #include <QCheckBox>
 #include <QFontMetrics>
@@ -86,21 +86,20 @@ QListView* tabStrip(PanelUi& ui, ComboBox& pages) {
 }
 
 /// The byte table belongs to two pages: it stands still under both of them.
-QWidget* busPages(PanelWindow& window, frmMainF340& p) {
+QWidget* busPages(PageUi& page, frmMainF340& p) {
     auto* upper = new QStackedWidget;
-    upper->addWidget(makeI2cPage(window, p));
-    upper->addWidget(makeSpiPage(window, p));
-    for (const int page : {0, 1})
-        upper->widget(page)->raise(); // the stack has turned their order round
+    upper->addWidget(makeI2cPage(page, p));
+    upper->addWidget(makeSpiPage(page, p));
+    for (const int at : {0, 1})
+        upper->widget(at)->raise(); // the stack has turned their order round
     upper->setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Maximum);
-    window.ui().watch(p.SSTab1,
-                      [upper, &p] { upper->setCurrentIndex(p.SSTab1.listIndex() == kSpi ? 1 : 0); });
-    return block(column({upper, gap, separator(Qt::Horizontal), gap, makeByteTable(window, p), stretch}));
+    page.ui().watch(p.SSTab1, [upper, &p] { upper->setCurrentIndex(p.SSTab1.listIndex() == kSpi ? 1 : 0); });
+    return block(column({upper, gap, separator(Qt::Horizontal), gap, makeByteTable(page, p), stretch}));
 }
 
-void addKeys(PanelWindow& window, frmMainF340& p) {
-    PanelUi& ui = window.ui();
-    window.onRead("Read: the page in front decides what", [&ui, &p] {
+void addKeys(PageUi& page, frmMainF340& p) {
+    PanelUi& ui = page.ui();
+    page.onRead("Read: the page in front decides what", [&ui, &p] {
         switch (p.SSTab1.listIndex()) {
         case kBoard:
             return press(ui, p.cmdFirmwareVersion);
@@ -116,7 +115,7 @@ void addKeys(PanelWindow& window, frmMainF340& p) {
             break;
         }
     });
-    window.onWrite("Write: the page in front decides what", [&ui, &p] {
+    page.onWrite("Write: the page in front decides what", [&ui, &p] {
         switch (p.SSTab1.listIndex()) {
         case kI2c:
             return press(ui, p.cmdWrite);
@@ -132,22 +131,22 @@ void addKeys(PanelWindow& window, frmMainF340& p) {
             break;
         }
     });
-    window.onAbort("Stop the address scan", [&ui, &p] { press(ui, p.cmdStopScan); });
-    for (int page = 0; page < kPages; ++page)
-        window.addKey(QKeySequence(Qt::CTRL | static_cast<Qt::Key>(Qt::Key_1 + page)),
-                      "Page " + QString::fromStdString(p.SSTab1.row(page).text),
-                      [&p, page] { (void)p.SSTab1.userSelect(page); });
+    page.onAbort("Stop the address scan", [&ui, &p] { press(ui, p.cmdStopScan); });
+    for (int tab = 0; tab < kPages; ++tab)
+        page.addKey(QKeySequence(Qt::CTRL | static_cast<Qt::Key>(Qt::Key_1 + tab)),
+                    "Page " + QString::fromStdString(p.SSTab1.row(tab).text),
+                    [&p, tab] { (void)p.SSTab1.userSelect(tab); });
 }
 
 } // namespace
 
-QWidget* makeBoardPage(PanelWindow& window, frmMainF340& p) {
-    PanelUi& ui = window.ui();
+QWidget* makeBoardPage(PageUi& page, frmMainF340& p) {
+    PanelUi& ui = page.ui();
     auto* instance = ui(p.cboEVBinstance, 4);
     auto* lamp = new LampWidget;
     auto* words = heading({}, 1.2);
     words->setObjectName("board.link");
-    const ViewContext context = window.context();
+    const ViewContext context = page.context();
     const auto showLink = [lamp, words, context] {
         const LinkWords link = linkWords(context.bench.link(), context.boardKind, context.boardName);
         lamp->setColour(link.colour);
@@ -175,23 +174,23 @@ QWidget* makeBoardPage(PanelWindow& window, frmMainF340& p) {
     }));
 }
 
-void makeConsoleView(PanelWindow& window, frmMainF340& p) {
-    PanelUi& ui = window.ui();
-    window.setHelpPage("Controller console");
-    QMenu* menu = window.addPanelMenu("&File");
+void makeConsoleView(PageUi& page, frmMainF340& p) {
+    PanelUi& ui = page.ui();
+    page.setHelpPage("Controller console");
+    QMenu* menu = page.menu("&File");
     QAction* leave = ui(p.mnuExit);
     leave->setParent(menu);
     menu->addAction(leave);
 
     auto* strip = tabStrip(ui, p.SSTab1);
     auto* stack = new QStackedWidget;
-    QWidget* board = withLetters(makeBoardPage(window, p));
-    QWidget* buses = withLetters(busPages(window, p));
-    QWidget* gpio = withLetters(makeGpioPage(window, p));
-    QWidget* sfr = withLetters(makeSfrPage(window, p));
-    QWidget* adc = withLetters(makeAdcPage(window, p));
-    for (QWidget* page : {board, buses, gpio, sfr, adc})
-        stack->addWidget(page);
+    QWidget* board = withLetters(makeBoardPage(page, p));
+    QWidget* buses = withLetters(busPages(page, p));
+    QWidget* gpio = withLetters(makeGpioPage(page, p));
+    QWidget* sfr = withLetters(makeSfrPage(page, p));
+    QWidget* adc = withLetters(makeAdcPage(page, p));
+    for (QWidget* each : {board, buses, gpio, sfr, adc})
+        stack->addWidget(each);
     const auto showPage = [stack, &p, board, buses, gpio, sfr, adc] {
         switch (p.SSTab1.listIndex()) {
         case kBoard:
@@ -210,14 +209,14 @@ void makeConsoleView(PanelWindow& window, frmMainF340& p) {
         }
     };
     ui.watch(p.SSTab1, showPage);
-    addKeys(window, p);
+    addKeys(page, p);
 
     auto* content = column({strip, separator(Qt::Horizontal), gap, stack});
     content->setSpacing(0);
     content->setStretch(3, 1);
-    window.setContent(block(content));
+    page.setContent(block(content));
     if (auto* address = ui.find(p.txtI2Caddress))
-        window.setFirstFocus(qobject_cast<QWidget*>(&address->target()));
+        page.setFirstFocus(qobject_cast<QWidget*>(&address->target()));
 }
 
 } // namespace vrk

@@ -1,10 +1,10 @@
 #include "panels/i2c/frmVRK_User1.h"
 #include "platform/qt/theme.h"
-#include "views/PanelWindow.h"
 #include "views/WiperPlot.h"
 #include "views/WiperStrip.h"
 #include "views/deviceBlocks.h"
 #include "views/panelViews.h"
+#include "views/workspace/Page.h"
 
 #include <QCheckBox>
 #include <QGridLayout>
@@ -131,9 +131,9 @@ QWidget* bankBlock(PanelUi& ui, frmVRK_User1& p) {
                      ui(p.cmdSampleq44), ui(p.ChkAutoSample), gap, ui(p.cdmAuto_Init), stretch})}));
 }
 
-void addPartMenu(PanelWindow& window, frmVRK_User1& p) {
-    QMenu* menu = window.addPanelMenu("Device Select");
-    PanelUi& ui = window.ui();
+void addPartMenu(PageUi& page, frmVRK_User1& p) {
+    QMenu* menu = page.menu("Device Select");
+    PanelUi& ui = page.ui();
     for (MenuEntry* entry : {&p.mnu_I2cList, &p.mnu_KV4071, &p.mnu_KV4074, &p.mnuKV4078, &p.mnuKV6021}) {
         QAction* action = ui(*entry);
         action->setParent(menu);
@@ -144,15 +144,15 @@ void addPartMenu(PanelWindow& window, frmVRK_User1& p) {
 
 } // namespace
 
-void makeI2cPanelView(PanelWindow& window, frmVRK_User1& p) {
-    PanelUi& ui = window.ui();
-    window.setHelpPage("I2C panel");
-    addPartMenu(window, p);
+void makeI2cPanelView(PageUi& page, frmVRK_User1& p) {
+    PanelUi& ui = page.ui();
+    page.setHelpPage("I2C panel");
+    addPartMenu(page, p);
 
     std::vector<WiperStrip*> strips;
     std::vector<Item> channels;
     for (int channel = 0; channel < WiperPanel::kChannels; ++channel) {
-        strips.push_back(new WiperStrip(window, p, channel));
+        strips.push_back(new WiperStrip(page, p, channel));
         if (channel > 0)
             channels.emplace_back(separator(Qt::Vertical));
         channels.emplace_back(strips.back());
@@ -163,19 +163,19 @@ void makeI2cPanelView(PanelWindow& window, frmVRK_User1& p) {
         strip->setMinimumWidth(width);
     auto* picture = new QPushButton("Volts over Position…");
     picture->setObjectName("voltsOverPosition");
-    auto* plot = new WiperPlotWindow(window, p);
-    QObject::connect(picture, &QPushButton::clicked, plot, [plot] { plot->open(); });
+    new WiperPlotView(page, p);
+    QObject::connect(picture, &QPushButton::clicked, picture, [&page] { page.openPlot(); });
 
-    auto* setUp = column({partBlock(ui, p), gap, addressBlock(ui, p), gap, makeStatusBlock(window, p),
-                          stretch, row({ui(p.cmdMMenu), stretch})});
+    auto* setUp = column({partBlock(ui, p), gap, addressBlock(ui, p), gap, makeStatusBlock(page, p), stretch,
+                          row({ui(p.cmdMMenu), stretch})});
     auto* work =
         column({row(channels), row({ui(p.cmdReadAllWipers[0]), ui(p.cmdReadAllWipers[1]), stretch, picture}),
                 tenBitBlock(ui, p), bankBlock(ui, p), ui.frame(p.Frq4410Show, {}, row({stretch})), stretch});
-    auto* side = column({makeSupplyBlock(window, p), gap, controlRegisterBlock(ui, p), gap,
+    auto* side = column({makeSupplyBlock(page, p), gap, controlRegisterBlock(ui, p), gap,
                          shutdownBlock(ui, p), gap, generalRegisterBlock(ui, p), stretch});
     auto* part = ui(p.lblProduct);
     auto* content = column(
-        {makeBand(window, p, part, {&p.txtDeviceAdr}),
+        {makeBand(page, p, part, {&p.txtDeviceAdr}),
          row({setUp, gap, separator(Qt::Vertical), gap, work, gap, separator(Qt::Vertical), gap, side})});
     const auto channelInHand = [strips] {
         for (std::size_t at = 0; at < strips.size(); ++at)
@@ -183,19 +183,19 @@ void makeI2cPanelView(PanelWindow& window, frmVRK_User1& p) {
                 return static_cast<int>(at);
         return 0;
     };
-    window.onRead("Read the channel that has the keyboard, else channel 0",
-                  [&p, channelInHand] { (void)p.cmdI2Read[channelInHand()].userClick(); });
-    window.onWrite("Write the channel that has the keyboard, else channel 0",
-                   [&p, channelInHand] { (void)p.CMDxMIT[channelInHand()].userClick(); });
-    window.addKey(QKeySequence(Qt::SHIFT | Qt::Key_F5), "Read all channels",
-                  [&p] { (void)p.cmdReadAllWipers[0].userClick(); });
+    page.onRead("Read the channel that has the keyboard, else channel 0",
+                [&p, channelInHand] { (void)p.cmdI2Read[channelInHand()].userClick(); });
+    page.onWrite("Write the channel that has the keyboard, else channel 0",
+                 [&p, channelInHand] { (void)p.CMDxMIT[channelInHand()].userClick(); });
+    page.addKey(QKeySequence(Qt::SHIFT | Qt::Key_F5), "Read all channels",
+                [&p] { (void)p.cmdReadAllWipers[0].userClick(); });
     for (int channel = 0; channel < WiperPanel::kChannels; ++channel)
-        window.addKey(QKeySequence(Qt::CTRL | static_cast<Qt::Key>(Qt::Key_1 + channel)),
-                      QString("Go to channel %1").arg(channel),
-                      [strip = strips[static_cast<std::size_t>(channel)]] { strip->focusEntry(); });
-    window.addKey(QKeySequence(Qt::CTRL | Qt::Key_P), "Picture of the volts over the position",
-                  [plot] { plot->open(); });
-    window.setContent(block(content));
+        page.addKey(QKeySequence(Qt::CTRL | static_cast<Qt::Key>(Qt::Key_1 + channel)),
+                    QString("Go to channel %1").arg(channel),
+                    [strip = strips[static_cast<std::size_t>(channel)]] { strip->focusEntry(); });
+    page.addKey(QKeySequence(Qt::CTRL | Qt::Key_P), "Picture of the volts over the position",
+                [&page] { page.openPlot(); });
+    page.setContent(block(content));
     strips.front()->focusEntry();
 }
 

@@ -1,8 +1,8 @@
 #include "motherboard/frmMotherboardDAQ2.h"
 #include "platform/qt/theme.h"
-#include "views/PanelWindow.h"
 #include "views/consoleWords.h"
 #include "views/panelViews.h"
+#include "views/workspace/Page.h"
 
 #include <QCheckBox>
 #include <QGridLayout>
@@ -241,10 +241,10 @@ QWidget* spiBlock(PanelUi& ui, frmMotherboardDAQ2& p) {
 
 } // namespace
 
-void makeMotherboardView(PanelWindow& window, frmMotherboardDAQ2& p) {
-    PanelUi& ui = window.ui();
-    window.setHelpPage("Motherboard console");
-    QMenu* menu = window.addPanelMenu("&File");
+void makeMotherboardView(PageUi& page, frmMotherboardDAQ2& p) {
+    PanelUi& ui = page.ui();
+    page.setHelpPage("Motherboard console");
+    QMenu* menu = page.menu("&File");
     QAction* general = ui(p.mnuGeneral_I2C);
     general->setParent(menu);
     menu->addAction(general);
@@ -258,27 +258,27 @@ void makeMotherboardView(PanelWindow& window, frmMotherboardDAQ2& p) {
     auto* spi = spiBlock(ui, p);
     QWidget* inputs = block(column({row({analog, stretch}), gap, separator(Qt::Horizontal), gap,
                                     row({i2c, gap, separator(Qt::Vertical), gap, spi, stretch}), stretch}));
-    for (QWidget* page : {ports, inputs})
-        page->layout()->setContentsMargins(0, kUnit, 0, 0);
+    for (QWidget* each : {ports, inputs})
+        each->layout()->setContentsMargins(0, kUnit, 0, 0);
     QTabWidget* pages = tabs({{"Pins and supplies", ports}, {"Analog inputs, I2C and SPI", inputs}});
     pages->setObjectName("pages");
     QWidget* corner = block(row({ui(p.cmdShowMian), ui(p.cmdexit)}));
     corner->layout()->setContentsMargins(0, 0, 0, kUnit / 4);
     pages->setCornerWidget(withLetters(corner));
-    for (QWidget* page : {ports, inputs})
-        withLetters(page, "SE"); // the corner's
+    for (QWidget* each : {ports, inputs})
+        withLetters(each, "SE"); // the corner's
 
     const auto inFront = [pages, inputs] { return pages->currentWidget() == inputs; };
-    window.onRead("Read the ports, or the analog channel where its page is in front",
-                  [&ui, &p, inFront] { press(ui, inFront() ? p.cmdSetMode : p.cmdReadPipe1); });
-    window.onWrite("Write the ports", [&ui, &p] { press(ui, p.cmdWrtPipe1); });
-    window.onAbort("Stop sampling", [&ui, &p] { press(ui, p.cmdEndSampling); });
-    for (int page = 0; page < pages->count(); ++page)
-        window.addKey(QKeySequence(Qt::CTRL | static_cast<Qt::Key>(Qt::Key_1 + page)),
-                      "Page " + pages->tabText(page), [pages, page] { pages->setCurrentIndex(page); });
-    window.setContent(block(column({pages})));
+    page.onRead("Read the ports, or the analog channel where its page is in front",
+                [&ui, &p, inFront] { press(ui, inFront() ? p.cmdSetMode : p.cmdReadPipe1); });
+    page.onWrite("Write the ports", [&ui, &p] { press(ui, p.cmdWrtPipe1); });
+    page.onAbort("Stop sampling", [&ui, &p] { press(ui, p.cmdEndSampling); });
+    for (int tab = 0; tab < pages->count(); ++tab)
+        page.addKey(QKeySequence(Qt::CTRL | static_cast<Qt::Key>(Qt::Key_1 + tab)),
+                    "Page " + pages->tabText(tab), [pages, tab] { pages->setCurrentIndex(tab); });
+    page.setContent(block(column({pages})));
     if (auto* first = ui.find(p.chkPData[0]))
-        window.setFirstFocus(qobject_cast<QWidget*>(&first->target()));
+        page.setFirstFocus(qobject_cast<QWidget*>(&first->target()));
 }
 
 } // namespace vrk

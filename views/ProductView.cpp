@@ -1,7 +1,7 @@
 #include "platform/qt/theme.h"
 #include "shell/ProductExec.h"
-#include "views/PanelWindow.h"
 #include "views/panelViews.h"
+#include "views/workspace/Page.h"
 
 #include <QHeaderView>
 #include <QLabel>
@@ -12,9 +12,9 @@ namespace vrk {
 
 using namespace qt;
 
-void makeProductView(PanelWindow& window, ProductExec& p) {
-    PanelUi& ui = window.ui();
-    window.setHelpPage("Product table");
+void makeProductView(PageUi& page, ProductExec& p) {
+    PanelUi& ui = page.ui();
+    page.setHelpPage("Product table");
     auto* table = ui(p.tGrid);
     table->setAccessibleName("Parts");
     table->setFont(valueFont());
@@ -37,12 +37,12 @@ void makeProductView(PanelWindow& window, ProductExec& p) {
         lines.back().emplace_back(value);
     }
 
-    window.setContent(block(column({
+    page.setContent(block(column({
         ui.frame(p.Frame1, {}, column({table})),
         group("Row chosen", grid(lines)),
         row({ui(p.cmdLoadParam), ui(p.cmdSaveParam), stretch, ui(p.cmdReturn)}),
     })));
-    window.setFirstFocus(table);
+    page.setFirstFocus(table);
 }
 
 } // namespace vrk

@@ -1,7 +1,7 @@
 #include "platform/qt/theme.h"
 #include "shell/frmStartup.h"
-#include "views/PanelWindow.h"
 #include "views/panelViews.h"
+#include "views/workspace/Page.h"
 
 #include <QCheckBox>
 #include <QLabel>
@@ -111,15 +111,15 @@ QListView* deviceList(PanelUi& ui, frmStartup& p) {
 
 } // namespace
 
-void makeStartupView(PanelWindow& window, frmStartup& p) {
-    PanelUi& ui = window.ui();
-    window.setHelpPage("Start panel");
-    QMenu* about = window.addPanelMenu("A&bout");
+void makeStartupView(PageUi& page, frmStartup& p) {
+    PanelUi& ui = page.ui();
+    page.setHelpPage("Start panel");
+    QMenu* about = page.menu("A&bout");
     QAction* aboutEntry = ui(p.mnuAboutShow);
     aboutEntry->setParent(about);
     about->addAction(aboutEntry);
 
-    const QFontMetrics metrics = window.fontMetrics();
+    const QFontMetrics metrics = page.page()->fontMetrics();
     auto* instruction = ui(p.Label1);
     instruction->setFont(textFont(1.35, true));
     auto* picture =
@@ -145,7 +145,7 @@ void makeStartupView(PanelWindow& window, frmStartup& p) {
     auto* more = new QCheckBox("Further controls");
     QObject::connect(more, &QCheckBox::toggled, others, &QWidget::setVisible);
 
-    window.setContent(block(column({
+    page.setContent(block(column({
         row({symbol, instruction, stretch}),
         row({column({picture, stretch}), gap,
              column({list, row({lamp, quietText("Choose with a click, or with the arrow keys and Enter"),
@@ -154,7 +154,7 @@ void makeStartupView(PanelWindow& window, frmStartup& p) {
         others,
         stretch,
     })));
-    window.setFirstFocus(list);
+    page.setFirstFocus(list);
 }
 
 } // namespace vrk

@@ -1,7 +1,7 @@
 #include "platform/qt/theme.h"
 #include "shell/Doco.h"
-#include "views/PanelWindow.h"
 #include "views/panelViews.h"
+#include "views/workspace/Page.h"
 
 #include <QCheckBox>
 #include <QLabel>
@@ -15,7 +15,7 @@ using namespace qt;
 namespace {
 
 /// The line that Ctrl+F opens under the log.
-QWidget* findBar(PanelWindow& window, LogView& log) {
+QWidget* findBar(PageUi& page, LogView& log) {
     auto* text = new QLineEdit;
     text->setObjectName("find");
     text->setAccessibleName("Find");
@@ -41,18 +41,18 @@ QWidget* findBar(PanelWindow& window, LogView& log) {
         text->setFocus(Qt::ShortcutFocusReason);
         text->selectAll();
     };
-    window.addKey(QKeySequence::Find, "Find in the trace", open);
-    window.addKey(QKeySequence(Qt::Key_F3), "Find the next place", [look] { look(true); });
-    window.addKey(QKeySequence(Qt::SHIFT | Qt::Key_F3), "Find the place before", [look] { look(false); });
-    window.onAbort("Close the find line", [close] { close->click(); });
+    page.addKey(QKeySequence::Find, "Find in the trace", open);
+    page.addKey(QKeySequence(Qt::Key_F3), "Find the next place", [look] { look(true); });
+    page.addKey(QKeySequence(Qt::SHIFT | Qt::Key_F3), "Find the place before", [look] { look(false); });
+    page.onAbort("Close the find line", [close] { close->click(); });
     return bar;
 }
 
 } // namespace
 
-void makeTraceView(PanelWindow& window, Doco& p) {
-    PanelUi& ui = window.ui();
-    window.setHelpPage("Trace");
+void makeTraceView(PageUi& page, Doco& p) {
+    PanelUi& ui = page.ui();
+    page.setHelpPage("Trace");
     auto* log = ui(p.rtxt1);
     log->setAccessibleName("Trace");
     log->setMinimumSize(log->fontMetrics().averageCharWidth() * 72, log->fontMetrics().lineSpacing() * 24);
@@ -67,12 +67,12 @@ void makeTraceView(PanelWindow& window, Doco& p) {
                                 ui(p.ChkTrace[1]), ui(p.ChkTrace[0]), gap, ui(p.cndTclear), stretch}));
     auto* content = column({
         row({log, gap, options}),
-        findBar(window, *log),
+        findBar(page, *log),
         row({caption("File", path), path, ui(p.cmdBrowse), ui(p.chkAppend), ui(p.cmdStartRec[0])}),
     });
     content->setStretch(0, 1);
-    window.setContent(block(content));
-    window.setFirstFocus(log);
+    page.setContent(block(content));
+    page.setFirstFocus(log);
 }
 
 } // namespace vrk

@@ -6,6 +6,8 @@
 
 #include <memory>
 #include <optional>
+#include <string>
+#include <vector>
 
 namespace vrk {
 
@@ -15,6 +17,22 @@ class modHID;
 /// What stands at the other end of the link.
 enum class BoardKind { Real, Simulated, Replayed };
 
+/// The socket of the simulated board, for the pages that show it or put another part into it.
+class SocketView {
+  public:
+    struct State {
+        QString part;            ///< empty: nothing in the socket
+        int address = -1;        ///< of a part on I2C, else -1
+        std::vector<int> wipers; ///< positions, by channel
+    };
+    virtual ~SocketView() = default;
+    virtual State state() const = 0;
+    virtual std::vector<std::string> partNames() const = 0;
+    /// A part fresh from the factory. \param address -1 for the part's own.
+    virtual void put(const std::string& part, int address) = 0;
+    virtual void empty() = 0;
+};
+
 /// What every window of a bench knows.
 struct ViewContext {
     Bench& bench;
@@ -22,6 +40,8 @@ struct ViewContext {
     QString boardName; ///< the simulated part or the replayed file; empty for a real board
     /// Boards that the system says are plugged in; empty where it says nothing.
     std::shared_ptr<const std::optional<int>> plugged{};
+    /// nullptr on a real or replayed board.
+    std::shared_ptr<SocketView> socket{};
 };
 
 /// The link in words for a band and a status line.

@@ -2,7 +2,7 @@
 
 #include "panels/WiperPanel.h"
 #include "platform/qt/theme.h"
-#include "views/PanelWindow.h"
+#include "views/workspace/Page.h"
 
 #include <QApplication>
 #include <QClipboard>
@@ -170,8 +170,8 @@ void WiperPlot::paintEvent(QPaintEvent*) {
     }
 }
 
-WiperPlotWindow::WiperPlotWindow(PanelWindow& owner, WiperPanel& panel)
-    : QMainWindow(&owner), plot_(new WiperPlot), title_("Wiper volts over position") {
+WiperPlotView::WiperPlotView(PageUi& owner, WiperPanel& panel)
+    : plot_(new WiperPlot), title_("Wiper volts over position") {
     setObjectName("wiperPlotWindow");
     setWindowTitle(title_);
     auto* copyButton = new QPushButton("&Copy");
@@ -180,10 +180,11 @@ WiperPlotWindow::WiperPlotWindow(PanelWindow& owner, WiperPanel& panel)
     QObject::connect(copyButton, &QPushButton::clicked, this, [this] { copy(); });
     QObject::connect(saveButton, &QPushButton::clicked, this, [this] { askAndSave(); });
     QObject::connect(clearButton, &QPushButton::clicked, plot_, [this] { plot_->clear(); });
-    auto* content = column({plot_, row({stretch, clearButton, copyButton, saveButton})});
-    QWidget* body = block(content);
-    content->setContentsMargins(kUnit, kUnit, kUnit, kUnit);
-    setCentralWidget(body);
+    for (QWidget* tool : {clearButton, copyButton, saveButton})
+        owner.addPlotTool(tool);
+    setLayout(column({plot_}));
+    layout()->setContentsMargins(kUnit, 0, kUnit, 0);
+    owner.setPlot(this);
     owner.ui().keep(panel.observePoints([this](const WiperPanel::Point& reading) {
         plot_->add(reading.channel, reading.position, reading.volts);
     }));
@@ -196,17 +197,11 @@ WiperPlotWindow::WiperPlotWindow(PanelWindow& owner, WiperPanel& panel)
     });
 }
 
-void WiperPlotWindow::open() {
-    show();
-    raise();
-    activateWindow();
-}
-
-void WiperPlotWindow::copy() const {
+void WiperPlotView::copy() const {
     QApplication::clipboard()->setPixmap(plot_->grab());
 }
 
-bool WiperPlotWindow::save(const QString& path) const {
+bool WiperPlotView::save(const QString& path) const {
     QSaveFile file(path);
     if (!file.open(QIODevice::WriteOnly))
         return false;
@@ -215,7 +210,7 @@ bool WiperPlotWindow::save(const QString& path) const {
     return written && file.commit();
 }
 
-void WiperPlotWindow::askAndSave() {
+void WiperPlotView::askAndSave() {
     QFileDialog dialog(this, "Save the picture");
     dialog.setObjectName("fileDialog");
     dialog.setOption(QFileDialog::DontUseNativeDialog);

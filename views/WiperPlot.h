@@ -2,7 +2,6 @@
 
 #include "platform/runtime/Signal.h"
 
-#include <QMainWindow>
 #include <QPointF>
 #include <QWidget>
 
@@ -11,7 +10,7 @@
 
 namespace vrk {
 
-class PanelWindow;
+class PageUi;
 class WiperPanel;
 
 /// Wiper volts over position, one line a channel, from the positions that were read.
@@ -43,12 +42,11 @@ class WiperPlot final : public QWidget {
     std::array<std::map<int, double>, kChannels> points_;
 };
 
-/// The picture in a window of its own, beside the panel's.
-class WiperPlotWindow final : public QMainWindow {
+/// The picture with its buttons, in the dock's Plot tab.
+class WiperPlotView final : public QWidget {
   public:
-    WiperPlotWindow(PanelWindow& owner, WiperPanel& panel);
+    WiperPlotView(PageUi& owner, WiperPanel& panel);
     WiperPlot& plot() const { return *plot_; }
-    void open();
     /// As a picture (.png) or as numbers (.csv), by the name's ending. \return false if the file could not be
     /// written.
     bool save(const QString& path) const;

@@ -2,7 +2,7 @@
 
 #include "panels/WiperPanel.h"
 #include "platform/qt/theme.h"
-#include "views/PanelWindow.h"
+#include "views/workspace/Page.h"
 
 #include <QApplication>
 #include <QCheckBox>
@@ -50,8 +50,8 @@ QPushButton* narrow(QPushButton* button) {
 
 } // namespace
 
-WiperStrip::WiperStrip(PanelWindow& window, WiperPanel& panel, int channel) {
-    PanelUi& ui = window.ui();
+WiperStrip::WiperStrip(PageUi& page, WiperPanel& panel, int channel) {
+    PanelUi& ui = page.ui();
     const QString number = QString::number(channel);
 
     auto* title = heading("Channel " + number, 1.1);

@@ -4,7 +4,7 @@
 
 namespace vrk {
 
-class PanelWindow;
+class PageUi;
 class WiperPanel;
 
 namespace qt {
@@ -15,7 +15,7 @@ class KeyLineEdit;
 /// wiper.
 class WiperStrip final : public QWidget {
   public:
-    WiperStrip(PanelWindow& window, WiperPanel& panel, int channel);
+    WiperStrip(PageUi& page, WiperPanel& panel, int channel);
     /// True if the keyboard is on one of its fields.
     bool hasKeyboard() const;
     void focusEntry();

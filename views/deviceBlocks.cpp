@@ -2,7 +2,7 @@
 
 #include "panels/DevicePanel.h"
 #include "platform/qt/theme.h"
-#include "views/PanelWindow.h"
+#include "views/workspace/Page.h"
 
 #include <QCheckBox>
 #include <QFrame>
@@ -34,7 +34,7 @@ QBoxLayout* supplyWords(PanelUi& ui, const QString& name, Lamp& lamp, QWidget* v
     auto* state = steadyLabel("off", 1.2);
     ui.watch(lamp, [state, &lamp] { state->setText(onOff(lamp)); });
     state->setObjectName("band." + name);
-    std::vector<Item> items{quietText(name), ui.mirror(lamp, LampWidget::Meaning::Supply), state};
+    std::vector<Item> items{quietText(name), ui.mirror(lamp, LampWidget::Role::Supply), state};
     if (value != nullptr) {
         items.emplace_back(value);
         items.emplace_back(quietText("V"));
@@ -44,9 +44,9 @@ QBoxLayout* supplyWords(PanelUi& ui, const QString& name, Lamp& lamp, QWidget* v
 
 } // namespace
 
-QWidget* makeBand(PanelWindow& window, DevicePanel& panel, QLabel* part,
+QWidget* makeBand(PageUi& page, DevicePanel& panel, QLabel* part,
                   std::initializer_list<Control*> addressFields) {
-    PanelUi& ui = window.ui();
+    PanelUi& ui = page.ui();
     part->setFont(textFont(1.35, true));
 
     auto* bus = new QLabel;
@@ -64,7 +64,7 @@ QWidget* makeBand(PanelWindow& window, DevicePanel& panel, QLabel* part,
     auto* linkLamp = new LampWidget;
     auto* linkText = steadyLabel("not opened", 1.2);
     linkText->setObjectName("band.link");
-    window.onLinkShown([linkLamp, linkText](const LinkWords& words) {
+    page.onLinkShown([linkLamp, linkText](const LinkWords& words) {
         if (linkLamp->colour() != words.colour)
             linkLamp->setColour(words.colour);
         linkText->setText(words.state);
@@ -82,8 +82,8 @@ QWidget* makeBand(PanelWindow& window, DevicePanel& panel, QLabel* part,
     return band;
 }
 
-QWidget* makeSupplyBlock(PanelWindow& window, DevicePanel& panel) {
-    PanelUi& ui = window.ui();
+QWidget* makeSupplyBlock(PageUi& page, DevicePanel& panel) {
+    PanelUi& ui = page.ui();
     auto* volts = ui.value(panel.lblVCCVolts, "00.000", 1.35);
     volts->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
     auto* level = ui(panel.CboVCC, 6);
@@ -109,8 +109,8 @@ QWidget* makeSupplyBlock(PanelWindow& window, DevicePanel& panel) {
         }));
 }
 
-QWidget* makeStatusBlock(PanelWindow& window, DevicePanel& panel) {
-    PanelUi& ui = window.ui();
+QWidget* makeStatusBlock(PageUi& page, DevicePanel& panel) {
+    PanelUi& ui = page.ui();
     const auto line = [&](Lamp& lamp, int index) -> std::vector<Item> {
         return {ui(lamp, QString::fromStdString(panel.lblUSBChk[index].caption())),
                 ui(panel.lblUSBChk[index])};

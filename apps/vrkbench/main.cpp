@@ -12,7 +12,7 @@
 #include "platform/runtime/Clock.h"
 #include "shell/Bench.h"
 #include "sim/SimulatedBus.h"
-#include "views/WindowManager.h"
+#include "views/workspace/Workspace.h"
 #include "views/replayDifference.h"
 
 #include <CLI/CLI.hpp>
@@ -154,7 +154,7 @@ int runBench(const Options& options, QApplication& application) {
     std::optional<PlugWatch> plugs;
     if (kind == BoardKind::Real)
         plugs.emplace(patient, events);
-    WindowManager windows({bench, kind, QString::fromStdString(name), plugs ? plugs->plugged() : nullptr});
+    Workspace workspace({bench, kind, QString::fromStdString(name), plugs ? plugs->plugged() : nullptr});
     (void)bench.start();
     return qtHost.run();
 }

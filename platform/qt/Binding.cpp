@@ -4,6 +4,8 @@
 
 #include <QEvent>
 #include <QFocusEvent>
+#include <QHelpEvent>
+#include <QToolTip>
 
 #include <algorithm>
 
@@ -11,7 +13,7 @@ namespace vrk::qt {
 
 namespace {
 /// Shorter than this no enabled state stands on the screen.
-constexpr int kCalmMs = 100;
+constexpr int kCalmMs = 150;
 /// A widget that has the keyboard keeps it while its action disables it for a moment.
 constexpr int kCalmWithFocusMs = 1000;
 } // namespace
@@ -31,6 +33,21 @@ bool isPassingFocusChange(Qt::FocusReason reason) {
            reason == Qt::MenuBarFocusReason;
 }
 
+QString refusalOf(const Control& control) {
+    if (control.reachable() && control.responsive())
+        return {};
+    const PanelContext& context = control.panel().context();
+    if (!control.panel().enabled())
+        return "this page waits for what lies over it";
+    if (!control.reachable())
+        return "hidden for this part";
+    if (const Activity* running = context.activities.current())
+        return QString::fromStdString(running->name()) + " runs";
+    if (context.events.depth() > 0)
+        return "an action runs";
+    return "not available now";
+}
+
 Binding::Binding(Control& control, QObject& target) : QObject(&target), control_(&control), target_(target) {
     target.setObjectName(QString::fromStdString(control.path()));
 }
@@ -47,7 +64,7 @@ void Binding::start() {
         }));
     own(control_->panel().observeEnabled([this] { changed(Aspect::Enabled); }));
     for (const Aspect aspect : {Aspect::Range, Aspect::Rows, Aspect::Caption, Aspect::ToolTip, Aspect::Value,
-                                Aspect::Colour, Aspect::Enabled, Aspect::Visible})
+                                Aspect::Colour, Aspect::Freshness, Aspect::Enabled, Aspect::Visible})
         changed(aspect);
 }
 
@@ -159,6 +176,13 @@ bool WidgetBinding::eventFilter(QObject* watched, QEvent* event) {
                 (void)control()->userLeave();
         }
     }
+    if (event->type() == QEvent::ToolTip && control() != nullptr)
+        if (const QString why = refusalOf(*control()); !why.isEmpty()) {
+            const QString tip = widget_.toolTip();
+            QToolTip::showText(static_cast<QHelpEvent*>(event)->globalPos(),
+                               (tip.isEmpty() ? QString() : tip + "\n") + "Not now: " + why, &widget_);
+            return true;
+        }
     return QObject::eventFilter(watched, event);
 }
 

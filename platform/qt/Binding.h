@@ -100,6 +100,9 @@ QString captionText(const Control& control);
 /// The same without the mnemonic's mark.
 QString plainCaption(const Control& control);
 
+/// Why a gesture on the control would be refused now, in words; empty if it would not.
+QString refusalOf(const Control& control);
+
 /// True for focus changes that are no moves of the user's hand from one control to another: another window
 /// came to the front, a menu or a list opened.
 bool isPassingFocusChange(Qt::FocusReason reason);

@@ -79,19 +79,18 @@ LevelBar* PanelUi::operator()(ProgressBar& control) {
 }
 
 QLabel* PanelUi::operator()(Label& control) {
-    return tie(control, new QLabel);
+    return tie(control, new ToneLabel);
 }
 
 LampWidget* PanelUi::operator()(Lamp& control, const QString& name) {
     auto* lamp = new LampWidget;
-    lamp->setAccessibleName(name);
-    lamp->setToolTip(name);
+    lamp->setName(name);
     return tie(control, lamp);
 }
 
 LampWidget* PanelUi::supplyLamp(Lamp& control, const QString& name) {
     LampWidget* lamp = (*this)(control, name);
-    lamp->setMeaning(LampWidget::Meaning::Supply);
+    lamp->setRole(LampWidget::Role::Supply);
     return lamp;
 }
 
@@ -109,6 +108,20 @@ PictureWidget* PanelUi::operator()(Picture& control, QSize size, PictureWidget::
 
 ValueLabel* PanelUi::value(Label& control, const QString& widest, double scale) {
     return tie(control, new ValueLabel(widest, scale));
+}
+
+AgeLabel* PanelUi::age(Label& control) {
+    auto* label = new AgeLabel;
+    const Clock& clock = panel_.context().clock();
+    label->words = [&control, &clock]() -> std::pair<QString, Tone> {
+        if (!control.freshness())
+            return {QString(), Tone::Quiet};
+        return ageWords(*control.freshness(), clock.now(),
+                        QString::fromStdString(control.caption()).trimmed());
+    };
+    watch(control, [label] { label->refresh(); });
+    ages_.push_back(label);
+    return label;
 }
 
 GroupWidget* PanelUi::frame(Frame& control, const QString& title, QLayout* content) {
@@ -135,9 +148,9 @@ QLabel* PanelUi::mirror(TextBox& control) {
     return label;
 }
 
-LampWidget* PanelUi::mirror(Lamp& control, LampWidget::Meaning meaning) {
+LampWidget* PanelUi::mirror(Lamp& control, LampWidget::Role role) {
     auto* lamp = new LampWidget;
-    lamp->setMeaning(meaning);
+    lamp->setRole(role);
     watch(control, [lamp, &control] { lamp->setColour(control.colour()); });
     return lamp;
 }
@@ -155,6 +168,9 @@ void PanelUi::placed() {
 
 void PanelUi::release() {
     watches_.clear();
+    for (const QPointer<AgeLabel>& label : ages_)
+        if (label != nullptr)
+            label->words = {};
     for (Binding* binding : bindings_)
         binding->release();
 }
@@ -170,7 +186,7 @@ QString withMnemonic(const QString& text, const QWidget& widget) {
     return at < 0 ? text : QString(text).insert(at, '&');
 }
 
-void assignMnemonics(QWidget& root, const QString& taken) {
+QString assignMnemonics(QWidget& root, const QString& taken) {
     QString used = taken.toUpper();
     const auto textOf = [](QWidget* widget) {
         if (auto* button = qobject_cast<QAbstractButton*>(widget))
@@ -208,6 +224,7 @@ void assignMnemonics(QWidget& root, const QString& taken) {
             break;
         }
     }
+    return used;
 }
 
 void setTabOrder(const std::vector<QWidget*>& widgets) {

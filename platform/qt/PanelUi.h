@@ -5,6 +5,7 @@
 #include "platform/qt/bind.h"
 #include "platform/qt/layout.h"
 
+#include <QPointer>
 #include <QString>
 
 #include <functional>
@@ -45,6 +46,8 @@ class PanelUi {
 
     /// Digits of one width with room for the widest value. \param scale relative to the ordinary size.
     ValueLabel* value(Label& control, const QString& widest, double scale = 1.0);
+    /// How old the reading is that the label shows; empty for a label that shows none.
+    AgeLabel* age(Label& control);
     /// A lamp whose light red means "on".
     LampWidget* supplyLamp(Lamp& control, const QString& name);
     /// The group that a frame stands for. \param title shown where the frame has no caption.
@@ -60,7 +63,7 @@ class PanelUi {
     /// A second, silent picture of a text: a band's, a heading's.
     QLabel* mirror(Label& control);
     QLabel* mirror(TextBox& control);
-    LampWidget* mirror(Lamp& control, LampWidget::Meaning meaning);
+    LampWidget* mirror(Lamp& control, LampWidget::Role role);
 
     const std::vector<Binding*>& bindings() const { return bindings_; }
     /// nullptr if the view does not show the control.
@@ -81,11 +84,13 @@ class PanelUi {
     Panel& panel_;
     std::vector<Binding*> bindings_;
     std::vector<Subscription> watches_;
+    std::vector<QPointer<AgeLabel>> ages_;
 };
 
 /// Gives every button, box and captioned field under `root` that has no mnemonic yet a letter of its own, in
-/// reading order, as long as there are letters. \param taken letters of the menus.
-void assignMnemonics(QWidget& root, const QString& taken);
+/// reading order, as long as there are letters. \param taken letters of the menus. \return all that are taken
+/// now
+QString assignMnemonics(QWidget& root, const QString& taken);
 /// Leaves the letters to others: the widget has a shortcut or many twins.
 void keepWithoutMnemonic(QWidget& widget);
 /// Puts "&" before the widget's letter, if it has one and the text holds it.

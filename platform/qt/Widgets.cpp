@@ -1,11 +1,11 @@
 #include "platform/qt/Widgets.h"
 
-#include "platform/qt/theme.h"
-
 #include <QFontMetrics>
 #include <QKeyEvent>
+#include <QMouseEvent>
 #include <QPainter>
 #include <QPainterPath>
+#include <QStyle>
 #include <QWheelEvent>
 
 #include <algorithm>
@@ -13,139 +13,12 @@
 
 namespace vrk::qt {
 
-namespace {
-
-/// Long enough to be seen, short enough to be over before the next transaction.
-constexpr int kHaloMs = 160;
-
-bool isGood(Colour colour) {
-    return colour == Colour::LightGreen || colour == Colour::Green || colour == Colour::PureGreen;
-}
-bool isBad(Colour colour) {
-    return colour == Colour::LightRed || colour == Colour::Red || colour == Colour::PureRed;
-}
-
-/// A sign that is told from the others by its shape.
-QPainterPath lampSign(Colour colour, LampWidget::Meaning meaning) {
-    // Drawn in a square from -1 to 1.
-    QPainterPath path;
-    if (meaning == LampWidget::Meaning::Supply && isBad(colour)) {
-        path.moveTo(0, -0.5);
-        path.lineTo(0, 0.5);
-    } else if (isGood(colour)) {
-        path.moveTo(-0.45, 0.02);
-        path.lineTo(-0.12, 0.36);
-        path.lineTo(0.46, -0.34);
-    } else if (isBad(colour)) {
-        path.moveTo(-0.36, -0.36);
-        path.lineTo(0.36, 0.36);
-        path.moveTo(0.36, -0.36);
-        path.lineTo(-0.36, 0.36);
-    } else if (colour == Colour::LightBlue) { // receives a transfer
-        path.moveTo(-0.4, -0.2);
-        path.lineTo(0, 0.3);
-        path.lineTo(0.4, -0.2);
-    } else if (colour == Colour::Yellow) { // gives it
-        path.moveTo(-0.4, 0.2);
-        path.lineTo(0, -0.3);
-        path.lineTo(0.4, 0.2);
-    } else if (colour == Colour::Blue) { // steps
-        path.moveTo(-0.45, 0.3);
-        path.lineTo(0, 0.3);
-        path.lineTo(0, -0.3);
-        path.lineTo(0.45, -0.3);
-    }
-    return path;
-}
-
-} // namespace
-
 QColor lampColour(Colour colour) {
     static constexpr std::array<QRgb, 18> kColours = {
         0xff3a3f44, 0xff2f5fd0, 0xff1f8a3b, 0xff168a90, 0xffa02020, 0xff8a2f8a,
         0xff8a5a1f, 0xffb8bcc0, 0xff70757a, 0xff4f8ff7, 0xff35b558, 0xff38c4cc,
         0xffe0453d, 0xffd65fd6, 0xffe8c13a, 0xfff4f6f8, 0xffff0000, 0xff00c000};
     return QColor::fromRgb(kColours[static_cast<std::size_t>(colour)]);
-}
-
-LampWidget::LampWidget(QWidget* parent) : QWidget(parent) {
-    setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
-    halo_.setSingleShot(true);
-    halo_.setInterval(kHaloMs);
-    QObject::connect(&halo_, &QTimer::timeout, this, [this] { update(); });
-    setAccessibleDescription(word());
-}
-
-void LampWidget::setMeaning(Meaning meaning) {
-    meaning_ = meaning;
-    setAccessibleDescription(word());
-    update();
-}
-
-void LampWidget::setColour(Colour colour) {
-    colour_ = colour;
-    setAccessibleDescription(word());
-    update();
-}
-
-void LampWidget::blink() {
-    halo_.start();
-    update();
-}
-
-QString LampWidget::word() const {
-    if (isGood(colour_))
-        return "good";
-    if (isBad(colour_))
-        return meaning_ == Meaning::Supply ? "on" : "failed";
-    if (colour_ == Colour::Black)
-        return "off";
-    const auto name = colourName(colour_);
-    return QString::fromUtf8(name.data(), static_cast<qsizetype>(name.size()));
-}
-
-QSize LampWidget::sizeHint() const {
-    const int side = fontMetrics().height() + 6;
-    return {side, side};
-}
-
-void LampWidget::paintEvent(QPaintEvent*) {
-    QPainter painter(this);
-    painter.setRenderHint(QPainter::Antialiasing);
-    const double radius = std::min(width(), height()) / 2.0 - 3.0;
-    painter.translate(width() / 2.0, height() / 2.0);
-    if (halo_.isActive()) {
-        QColor halo = lampColour(colour_);
-        halo.setAlphaF(0.35F);
-        painter.setPen(Qt::NoPen);
-        painter.setBrush(halo);
-        painter.drawEllipse(QPointF(0, 0), radius + 3.0, radius + 3.0);
-    }
-    if (colour_ == Colour::Black) {
-        // Off: an empty socket with a dot, in the window's own colours.
-        QColor ring = palette().color(QPalette::WindowText);
-        ring.setAlphaF(0.45F);
-        painter.setPen(QPen(ring, 1.5));
-        painter.setBrush(palette().color(QPalette::Base));
-        painter.drawEllipse(QPointF(0, 0), radius - 0.75, radius - 0.75);
-        painter.setPen(Qt::NoPen);
-        painter.setBrush(ring);
-        painter.drawEllipse(QPointF(0, 0), radius * 0.24, radius * 0.24);
-        return;
-    }
-    const QColor fill = lampColour(colour_);
-    painter.setPen(QPen(fill.darker(130), 1.0));
-    painter.setBrush(fill);
-    painter.drawEllipse(QPointF(0, 0), radius - 0.5, radius - 0.5);
-    const bool light = fill.lightnessF() > 0.7F;
-    QPen pen(light ? Qt::black : Qt::white, std::max(1.6, radius * 0.26));
-    pen.setCapStyle(Qt::RoundCap);
-    pen.setJoinStyle(Qt::RoundJoin);
-    pen.setCosmetic(true);
-    painter.setPen(pen);
-    painter.setBrush(Qt::NoBrush);
-    painter.scale(radius, radius);
-    painter.drawPath(lampSign(colour_, meaning_));
 }
 
 LevelBar::LevelBar(QWidget* parent) : QWidget(parent) {
@@ -165,8 +38,16 @@ void LevelBar::setValue(int value) {
     update();
 }
 
+void LevelBar::setState(Freshness::State state) {
+    state_ = state;
+    describe();
+    update();
+}
+
 void LevelBar::describe() {
-    setAccessibleDescription(QString("%1 of %2").arg(value_).arg(maximum_));
+    setAccessibleDescription(state_ == Freshness::State::Never
+                                 ? QString("not read yet")
+                                 : QString("%1 of %2").arg(value_).arg(maximum_));
 }
 
 QSize LevelBar::sizeHint() const {
@@ -182,7 +63,7 @@ void LevelBar::paintEvent(QPaintEvent*) {
     painter.setRenderHint(QPainter::Antialiasing);
     const QRectF groove = QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5);
     const double round = groove.height() / 4;
-    painter.setPen(palette().color(QPalette::Mid));
+    painter.setPen(palette().color(QPalette::Dark));
     painter.setBrush(palette().color(QPalette::Base));
     painter.drawRoundedRect(groove, round, round);
     const double share = maximum_ > 0 ? std::clamp(static_cast<double>(value_) / maximum_, 0.0, 1.0) : 0.0;
@@ -190,9 +71,10 @@ void LevelBar::paintEvent(QPaintEvent*) {
     inside.addRoundedRect(groove.adjusted(0.5, 0.5, -0.5, -0.5), round, round);
     painter.setClipPath(inside);
     QRectF fill = groove;
-    fill.setWidth(groove.width() * share);
-    painter.fillRect(
-        fill, palette().color(isEnabled() ? QPalette::Active : QPalette::Disabled, QPalette::Highlight));
+    fill.setWidth(state_ == Freshness::State::Never ? 0.0 : groove.width() * share);
+    const QPalette::ColorGroup group = isEnabled() ? QPalette::Active : QPalette::Disabled;
+    painter.fillRect(fill, state_ == Freshness::State::Stale ? palette().color(group, QPalette::Mid)
+                                                             : palette().color(group, QPalette::Highlight));
     QColor mark = palette().color(QPalette::WindowText);
     mark.setAlphaF(0.25F);
     painter.setPen(mark);
@@ -269,9 +151,30 @@ void ThumbSlider::wheelEvent(QWheelEvent* event) {
     }
 }
 
-ValueLabel::ValueLabel(const QString& widest, double scale, QWidget* parent)
-    : QLabel(parent), widest_(widest) {
+ToneLabel::ToneLabel(QWidget* parent) : QLabel(parent) {
     setTextFormat(Qt::PlainText);
+}
+
+void ToneLabel::setTone(Tone tone) {
+    if (std::exchange(tone_, tone) == tone)
+        return;
+    setForegroundRole(tone == Tone::Quiet ? QPalette::PlaceholderText : QPalette::NoRole);
+    update();
+}
+
+void ToneLabel::paintEvent(QPaintEvent* event) {
+    // The colours of the other tones are no palette roles; they are looked up now, since the shade may have
+    // changed since the last time.
+    if (tone_ == Tone::Plain || tone_ == Tone::Quiet || hasSelectedText())
+        return QLabel::paintEvent(event);
+    QPainter painter(this);
+    painter.setPen(toneColour(tone_));
+    painter.drawText(contentsRect(), static_cast<int>(alignment()) | (wordWrap() ? Qt::TextWordWrap : 0),
+                     text());
+}
+
+ValueLabel::ValueLabel(const QString& widest, double scale, QWidget* parent)
+    : ToneLabel(parent), widest_(widest) {
     setFont(valueFont(scale));
     setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
     setTextInteractionFlags(Qt::TextSelectableByMouse);
@@ -280,6 +183,120 @@ ValueLabel::ValueLabel(const QString& widest, double scale, QWidget* parent)
 QSize ValueLabel::sizeHint() const {
     const QFontMetrics metrics(font());
     return {metrics.horizontalAdvance(widest_) + 4, metrics.height()};
+}
+
+AgeLabel::AgeLabel() {
+    setFont(textFont(kSmall));
+    setTone(Tone::Quiet);
+    older_.setInterval(1000);
+    QObject::connect(&older_, &QTimer::timeout, this, [this] { refresh(); });
+}
+
+void AgeLabel::refresh() {
+    if (!words)
+        return;
+    const auto [said, tone] = words();
+    setTone(tone);
+    if (text() != said)
+        setText(said);
+}
+
+void AgeLabel::showEvent(QShowEvent* event) {
+    ToneLabel::showEvent(event);
+    refresh();
+    older_.start();
+}
+
+void AgeLabel::hideEvent(QHideEvent* event) {
+    ToneLabel::hideEvent(event);
+    older_.stop();
+}
+
+namespace {
+QString duration(Milliseconds age) {
+    const auto seconds = std::max<long long>(0, age.count() / 1000);
+    if (seconds < 60)
+        return QString("%1 s").arg(seconds);
+    if (seconds < 3600)
+        return QString("%1 min").arg(seconds / 60);
+    return QString("%1 h").arg(seconds / 3600);
+}
+} // namespace
+
+std::pair<QString, Tone> ageWords(const Freshness& freshness, Milliseconds now, const QString& shown) {
+    const QString age = duration(now - freshness.since);
+    switch (freshness.state) {
+    case Freshness::State::Never:
+        if (freshness.failed)
+            return {"read failed", Tone::Failed};
+        return {"not read yet", Tone::Quiet};
+    case Freshness::State::Fresh:
+        return {"read " + age + " ago", Tone::Quiet};
+    case Freshness::State::Stale:
+        break;
+    }
+    if (freshness.failed)
+        return {QString("last read failed; %1 is %2 old").arg(shown, age), Tone::Failed};
+    const QString cause = QString::fromStdString(freshness.cause);
+    return {cause.isEmpty() ? age + " old" : age + " old, " + cause, Tone::Quiet};
+}
+
+SegmentedSwitch::SegmentedSwitch(const QString& first, const QString& second) : words_{first, second} {
+    setFocusPolicy(Qt::StrongFocus);
+    setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
+}
+
+void SegmentedSwitch::setChosen(int segment) {
+    chosen_ = segment;
+    setAccessibleDescription(segment < 0 ? QString() : words_.at(static_cast<std::size_t>(segment)));
+    update();
+}
+
+QSize SegmentedSwitch::sizeHint() const {
+    return {dp(78), dp(24)};
+}
+
+void SegmentedSwitch::paintEvent(QPaintEvent*) {
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    const QPalette& p = palette();
+    const QRectF all = QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5);
+    QPainterPath shape;
+    shape.addRoundedRect(all, 3, 3);
+    painter.fillPath(shape, p.color(isEnabled() ? QPalette::Button : QPalette::Window));
+    for (int segment = 0; segment < 2; ++segment) {
+        const QRectF part(all.left() + segment * all.width() / 2, all.top(), all.width() / 2, all.height());
+        const bool on = segment == chosen_;
+        if (on) {
+            painter.save();
+            painter.setClipPath(shape);
+            painter.fillRect(part, isEnabled() ? p.color(QPalette::WindowText) : p.color(QPalette::Mid));
+            painter.restore();
+        }
+        painter.setFont(textFont(1.0, on));
+        painter.setPen(on && isEnabled() ? p.color(QPalette::Base) : p.color(QPalette::ButtonText));
+        painter.drawText(part, Qt::AlignCenter, words_.at(static_cast<std::size_t>(segment)));
+    }
+    painter.setBrush(Qt::NoBrush);
+    painter.setPen(hasFocus() ? QPen(p.color(QPalette::Highlight), 2)
+                              : QPen(p.color(isEnabled() ? QPalette::Dark : QPalette::Mid), 1));
+    painter.drawPath(shape);
+}
+
+void SegmentedSwitch::mousePressEvent(QMouseEvent* event) {
+    if (event->button() == Qt::LeftButton && picked)
+        picked(event->position().x() < width() / 2.0 ? 0 : 1);
+}
+
+void SegmentedSwitch::keyPressEvent(QKeyEvent* event) {
+    if (event->key() == Qt::Key_Left && picked)
+        picked(0);
+    else if (event->key() == Qt::Key_Right && picked)
+        picked(1);
+    else if ((event->key() == Qt::Key_Space || event->key() == Qt::Key_Return) && picked)
+        picked(chosen_ == 0 ? 1 : 0);
+    else
+        QWidget::keyPressEvent(event);
 }
 
 } // namespace vrk::qt

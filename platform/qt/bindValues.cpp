@@ -104,10 +104,24 @@ class LabelBinding final : public TypedBinding<Label, QLabel> {
 
   protected:
     void showAspect(Aspect aspect) override {
-        if (aspect == Aspect::Caption)
-            view().setText(withMnemonic(captionText(*model()).trimmed(), view()));
+        if (aspect == Aspect::Caption || aspect == Aspect::Freshness)
+            showText();
         else
             TypedBinding::showAspect(aspect); // its text is its name to a screen reader already
+    }
+
+  private:
+    void showText() {
+        const auto& freshness = model()->freshness();
+        auto* toned = dynamic_cast<ToneLabel*>(&view());
+        if (toned != nullptr && freshness && freshness->state == Freshness::State::Never) {
+            toned->setText(kNeverRead);
+            toned->setTone(Tone::Quiet);
+            return;
+        }
+        view().setText(withMnemonic(captionText(*model()).trimmed(), view()));
+        if (toned != nullptr && freshness)
+            toned->setTone(freshness->state == Freshness::State::Stale ? Tone::Stale : Tone::Plain);
     }
 };
 
@@ -124,9 +138,10 @@ class LampBinding final : public TypedBinding<Lamp, LampWidget> {
 
   protected:
     void showAspect(Aspect aspect) override {
-        TypedBinding::showAspect(aspect);
         if (aspect == Aspect::Colour)
             view().setColour(model()->colour());
+        else if (aspect == Aspect::ToolTip && !model()->toolTip().empty())
+            view().setName(QString::fromStdString(model()->toolTip()));
     }
     void showEnabled(bool) override {} // a lamp tells; it takes no gesture
 };
@@ -142,6 +157,8 @@ class ProgressBinding final : public TypedBinding<ProgressBar, LevelBar> {
             view().setRange(model()->maximum());
         else if (aspect == Aspect::Value)
             view().setValue(model()->value());
+        else if (aspect == Aspect::Freshness && model()->freshness())
+            view().setState(model()->freshness()->state);
     }
 };
 

@@ -1,0 +1,49 @@
+#include "views/pages.h"
+
+#include "shell/Bench.h"
+#include "views/panelViews.h"
+
+#include <algorithm>
+
+namespace vrk {
+
+namespace {
+
+/// A page's function takes its own panel; the table holds them all alike.
+template <class P, void (*make)(PageUi&, P&)>
+void page(PageUi& ui, Panel& panel) {
+    make(ui, dynamic_cast<P&>(panel));
+}
+
+} // namespace
+
+const std::vector<PageRow>& pageRows() {
+    using enum PagePlace;
+    static const std::vector<PageRow> kRows = {
+        {"frmStartup", "Home", "", Sign::Home, 0, page<frmStartup, makeStartupView>},
+        {"frmVRK_User1", "I2C", "Parts", Sign::I2c, frmStartup::kI2C, page<frmVRK_User1, makeI2cPanelView>},
+        {"", "SPI", "Parts", Sign::Spi, frmStartup::kSPI, nullptr},
+        {"", "Up/Down", "Parts", Sign::UpDown, frmStartup::kUpDown, nullptr},
+        {"", "Push Button", "Parts", Sign::PushButton, frmStartup::kPushButton, nullptr},
+        {"", "Instructions", "Parts", Sign::Instructions, 0, nullptr},
+        {"", "Script", "Procedures", Sign::Script, 0, nullptr},
+        {"", "Run-in", "Procedures", Sign::RunIn, 0, nullptr},
+        {"", "Calibration", "Procedures", Sign::Calibration, frmStartup::kCalibrate, nullptr},
+        {"frmMotherboardDAQ2", "Motherboard", "Board", Sign::Motherboard, 0,
+         page<frmMotherboardDAQ2, makeMotherboardView>},
+        {"frmMainF340", "Controller", "Board", Sign::Controller, 0, page<frmMainF340, makeConsoleView>},
+        {"Doco", "Trace", "", Sign::Script, 0, page<Doco, makeTraceView>, Dock},
+        {"ProductExec", "Product table", "", Sign::Instructions, 0, page<ProductExec, makeProductView>,
+         Sheet},
+    };
+    return kRows;
+}
+
+const PageRow* findPageRow(const std::string& slot) {
+    const auto& rows = pageRows();
+    const auto found = std::find_if(
+        rows.begin(), rows.end(), [&](const PageRow& row) { return *row.slot != '\0' && slot == row.slot; });
+    return found == rows.end() ? nullptr : &*found;
+}
+
+} // namespace vrk

@@ -1,0 +1,215 @@
+#include "views/workspace/Page.h"
+
+#include "platform/qt/QtHost.h"
+#include "platform/qt/theme.h"
+#include "views/pages.h"
+#include "views/workspace/Section.h"
+
+#include <QBoxLayout>
+#include <QLabel>
+#include <QMenu>
+#include <QScrollArea>
+#include <QScrollBar>
+#include <QShortcut>
+
+namespace vrk {
+
+using namespace qt;
+
+namespace {
+/// Letters of the menus, which no field may take.
+const QString kMenuLetters = "FDPBTH";
+} // namespace
+
+PageUi::PageUi(const ViewContext& context, PanelSlotBase& slot, Panel& panel, const PageRow& row)
+    : context_(context), slot_(slot), row_(row), ui_(panel), page_(new QWidget), inspector_(new QWidget) {
+    page_->setObjectName("page." + QString::fromStdString(slot.name()));
+    page_->setAccessibleName(name());
+    auto* all = new QVBoxLayout(page_);
+    all->setContentsMargins(0, 0, 0, 0);
+    all->setSpacing(0);
+    makeHead();
+    area_ = new QScrollArea;
+    area_->setFrameShape(QFrame::NoFrame);
+    area_->setWidgetResizable(true);
+    area_->setFocusPolicy(Qt::NoFocus);
+    all->addWidget(area_, 1);
+
+    auto* sections = new QVBoxLayout(inspector_);
+    sections->setContentsMargins(kUnit, kUnit / 2, kUnit, kUnit / 2);
+    sections->setSpacing(0);
+    sections->addStretch(1);
+}
+
+PageUi::~PageUi() {
+    ui_.release();
+    for (const QPointer<QWidget>& widget : {page_, inspector_, plot_, plotTools_})
+        delete widget.data();
+}
+
+void PageUi::makeHead() {
+    auto* head = new QWidget;
+    head->setObjectName("head");
+    head->setFixedHeight(dp(36));
+    auto* nameText = heading(name(), kNameScale);
+    auto* titleText = quietText(title());
+    titleText->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+    headItems_ = qt::row(std::vector<Item>{});
+    frameItems_ = qt::row(std::vector<Item>{});
+    auto* layout = new QHBoxLayout(head);
+    layout->setContentsMargins(kUnit, 0, kUnit, 0);
+    layout->setSpacing(kUnit);
+    layout->addWidget(nameText);
+    layout->addWidget(titleText, 1);
+    layout->addLayout(headItems_);
+    layout->addLayout(frameItems_);
+    page_->layout()->addWidget(head);
+}
+
+QString PageUi::name() const {
+    return row_.name;
+}
+
+QString PageUi::title() const {
+    return QString::fromStdString(slot_.title()).trimmed();
+}
+
+void PageUi::setContent(QWidget* content) {
+    content_ = content;
+    if (content->layout() != nullptr)
+        content->layout()->setContentsMargins(kUnit, 0, kUnit, kUnit);
+    area_->setWidget(content);
+    ui_.placed();
+    QString taken = kMenuLetters;
+    for (QWidget* root : {page_.data(), inspector_.data()})
+        taken = assignMnemonics(*root, taken);
+}
+
+void PageUi::addHeadItem(QWidget* item) {
+    headItems_->addWidget(item);
+}
+
+void PageUi::addFrameItem(QWidget* item) {
+    frameItems_->addWidget(item);
+}
+
+Section& PageUi::addSection(const QString& title, QWidget* content, std::function<QString()> summary,
+                            const std::vector<Control*>& watched) {
+    auto* section = new Section(title, content);
+    auto* layout = static_cast<QVBoxLayout*>(inspector_->layout());
+    if (!sections_.empty())
+        layout->insertWidget(layout->count() - 1, separator(Qt::Horizontal));
+    layout->insertWidget(layout->count() - 1, section);
+    sections_.push_back(section);
+    if (summary) {
+        section->setSummary(std::move(summary));
+        for (Control* control : watched)
+            ui_.watch(*control, [section] { section->refresh(); });
+    }
+    return *section;
+}
+
+Section& PageUi::addSection(Frame& frame, const QString& title, QWidget* content,
+                            std::function<QString()> summary, const std::vector<Control*>& watched) {
+    Section& section = addSection(title, content, std::move(summary), watched);
+    ui_.watch(frame, [&section, &frame] { section.setWanted(frame.reachable()); });
+    return section;
+}
+
+void PageUi::setPlot(QWidget* plot) {
+    plot_ = plot;
+}
+
+void PageUi::addPlotTool(QWidget* tool) {
+    if (plotTools_ == nullptr)
+        plotTools_ = block(qt::row(std::vector<Item>{}));
+    plotTools_->layout()->addWidget(tool);
+}
+
+QMenu* PageUi::menu(const QString& title) {
+    auto* menu = new QMenu(title, page_);
+    menus_.push_back(menu);
+    return menu;
+}
+
+void PageUi::addKey(const QKeySequence& key, const QString& what, std::function<void()> action) {
+    keys_.push_back({key, what, [this, act = std::move(action)] {
+                         if (!released_)
+                             QtHost::guarded(act);
+                     }});
+    // The page is the shortcut's parent: it works while the page is in front, in whichever window.
+    auto* shortcut = new QShortcut(key, page_);
+    // Some keyboards tell "?" with Shift and some without; Enter is there twice.
+    if (key == QKeySequence(Qt::Key_Question))
+        shortcut->setKeys({key, QKeySequence(Qt::SHIFT | Qt::Key_Question)});
+    else if (key == QKeySequence(Qt::CTRL | Qt::Key_Return))
+        shortcut->setKeys({key, QKeySequence(Qt::CTRL | Qt::Key_Enter)});
+    connect(shortcut, &QShortcut::activated, page_, [act = keys_.back().act] { act(); });
+}
+
+void PageUi::onRead(const QString& what, std::function<void()> action) {
+    addKey(QKeySequence(Qt::Key_F5), what, std::move(action));
+}
+
+void PageUi::onWrite(const QString& what, std::function<void()> action) {
+    addKey(QKeySequence(Qt::CTRL | Qt::Key_Return), what, std::move(action));
+}
+
+void PageUi::onAbort(const QString& what, std::function<void()> action) {
+    addKey(QKeySequence(Qt::Key_Escape), what, [this, act = std::move(action)] {
+        if (!panel().context().activities.abort())
+            act();
+    });
+}
+
+std::vector<QWidget*> PageUi::roots() const {
+    std::vector<QWidget*> all;
+    for (const QPointer<QWidget>& root : {page_, inspector_, plot_, plotTools_})
+        if (root != nullptr)
+            all.push_back(root);
+    return all;
+}
+
+QWidget* PageUi::find(const QString& name) const {
+    for (QWidget* root : roots()) {
+        if (root->objectName() == name)
+            return root;
+        if (auto* found = root->findChild<QWidget*>(name))
+            return found;
+    }
+    return nullptr;
+}
+
+QAction* PageUi::findAction(const QString& name) const {
+    for (const QWidget* root : roots())
+        if (auto* found = root->findChild<QAction*>(name))
+            return found;
+    return nullptr;
+}
+
+void PageUi::takeFocus() {
+    if (std::exchange(focused_, true) || firstFocus_ == nullptr)
+        return;
+    firstFocus_->setFocus();
+}
+
+void PageUi::showLink(const LinkWords& words) {
+    if (linkShown_ && !released_)
+        linkShown_(words);
+    for (Section* section : sections_)
+        section->refresh();
+}
+
+QSize PageUi::wantedSize() const {
+    if (content_ == nullptr)
+        return page_->sizeHint();
+    return content_->sizeHint() + QSize(area_->verticalScrollBar()->sizeHint().width(), dp(36));
+}
+
+void PageUi::release() {
+    released_ = true;
+    ui_.release();
+    page_->setEnabled(false);
+}
+
+} // namespace vrk

@@ -1,0 +1,36 @@
+#pragma once
+
+#include "views/pages.h"
+
+#include <QWidget>
+
+#include <functional>
+#include <map>
+
+namespace vrk {
+
+class RailEntry;
+
+/// Every page by sign and name, in its group. Where room is short the signs stand alone.
+class Rail final : public QWidget {
+  public:
+    Rail();
+
+    std::function<void(const PageRow&)> onOpen;
+    /// Marks the page in front; nullptr for none.
+    void setFront(const PageRow* row);
+    /// \param why an entry cannot be used now; empty if it can.
+    void setRefusal(const PageRow& row, const QString& why);
+    void setNarrow(bool narrow);
+    bool narrow() const { return narrow_; }
+
+  protected:
+    void paintEvent(QPaintEvent* event) override;
+
+  private:
+    std::map<const PageRow*, RailEntry*> entries_;
+    std::vector<QWidget*> headings_;
+    bool narrow_ = false;
+};
+
+} // namespace vrk

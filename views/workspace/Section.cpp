@@ -1,0 +1,88 @@
+#include "views/workspace/Section.h"
+
+#include "platform/qt/layout.h"
+#include "platform/qt/theme.h"
+
+#include <QBoxLayout>
+#include <QLabel>
+#include <QToolButton>
+
+namespace vrk {
+
+using namespace qt;
+
+Section::Section(const QString& title, QWidget* content)
+    : title_(title), content_(content), head_(new QToolButton), words_(quietText({})) {
+    setObjectName("section." + title);
+    head_->setText(title);
+    head_->setFont(textFont(1.0, true));
+    head_->setAutoRaise(true);
+    head_->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
+    head_->setArrowType(Qt::DownArrow);
+    head_->setFocusPolicy(Qt::StrongFocus);
+    head_->setAccessibleName(title);
+    QObject::connect(head_, &QToolButton::clicked, this, [this] {
+        setFolded(!folded_);
+        if (onUser)
+            onUser();
+    });
+    words_->setFont(textFont(kSmall));
+    words_->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+    // What does not fit is cut, never the heading moved.
+    words_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+    headRow_ = new QHBoxLayout;
+    headRow_->setContentsMargins(0, 0, 0, 0);
+    headRow_->addWidget(head_);
+    headRow_->addWidget(words_, 1);
+    // Tells tests and the palette that what stands in it is folded away, not hidden by its panel.
+    content_->setProperty("folded", true);
+    auto* all = new QVBoxLayout(this);
+    all->setContentsMargins(0, kUnit / 2, 0, kUnit / 2);
+    all->setSpacing(kUnit / 2);
+    all->addLayout(headRow_);
+    all->addWidget(content_);
+    setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
+}
+
+void Section::setFolded(bool folded) {
+    folded_ = folded;
+    head_->setArrowType(folded ? Qt::RightArrow : Qt::DownArrow);
+    head_->setAccessibleDescription(folded ? "folded" : "unfolded");
+    content_->setVisible(!folded);
+}
+
+void Section::setSummary(std::function<QString()> summary) {
+    summary_ = std::move(summary);
+    refresh();
+}
+
+void Section::setSummary(QWidget* summary) {
+    headRow_->addWidget(summary);
+}
+
+void Section::refresh() {
+    if (!summary_)
+        return;
+    const QString words = summary_();
+    if (words_->text() != words) {
+        words_->setText(words);
+        words_->setToolTip(words);
+    }
+}
+
+void Section::setWanted(bool wanted) {
+    setVisible(wanted);
+}
+
+int Section::headHeight() const {
+    return head_->sizeHint().height() + kUnit;
+}
+
+int Section::fullHeight() const {
+    const int inner = content_->layout() != nullptr && content_->layout()->hasHeightForWidth()
+                          ? content_->layout()->totalHeightForWidth(width())
+                          : content_->sizeHint().height();
+    return headHeight() + kUnit / 2 + inner;
+}
+
+} // namespace vrk

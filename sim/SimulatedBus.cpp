@@ -44,12 +44,15 @@ std::string hexKey(unsigned value) {
 
 } // namespace
 
-struct SimulatedBus::Slot {
-    struct InFlight {
-        Milliseconds ready;
-        hid::Report report;
-    };
+struct SimulatedBus::InFlight {
+    Milliseconds ready;
+    hid::Report report;
+    bool behind = false; ///< comes a moment behind `ready`: a read that ends then has just missed it
 
+    bool arrivesBy(Milliseconds end) const { return ready < end || (ready == end && !behind); }
+};
+
+struct SimulatedBus::Slot {
     Slot(std::uint32_t seed, Faults& faults) : board(seed, faults), firmware(board, faults) {}
 
     Board board;
@@ -159,7 +162,7 @@ bool SimulatedBus::write(hid::Handle handle, const hid::Report& report) {
         (*reply)[report::kErrorByte] = static_cast<std::uint8_t>(error->value);
     }
     const auto late = faults_.take(FaultKind::LateReply);
-    send(slot, *reply, clock_.now() + (late ? Milliseconds{late->ms} : latency_));
+    send(slot, {clock_.now() + (late ? Milliseconds{late->ms} : latency_), *reply, late.has_value()});
     return true;
 }
 
@@ -172,7 +175,7 @@ hid::ReadResult SimulatedBus::read(hid::Handle handle, hid::Report& report, Mill
     if (reader->slot != nullptr) {
         Slot& slot = *reader->slot;
         deliver(slot);
-        if (reader->queue.empty() && !slot.inFlight.empty() && slot.inFlight.front().ready < end) {
+        if (reader->queue.empty() && !slot.inFlight.empty() && slot.inFlight.front().arrivesBy(end)) {
             sleepUntil(slot.inFlight.front().ready);
             deliver(slot);
         }
@@ -196,10 +199,10 @@ void SimulatedBus::sleepUntil(Milliseconds time) {
     }
 }
 
-void SimulatedBus::send(Slot& slot, const hid::Report& report, Milliseconds ready) {
-    const auto later = std::upper_bound(slot.inFlight.begin(), slot.inFlight.end(), ready,
-                                        [](Milliseconds t, const Slot::InFlight& f) { return t < f.ready; });
-    slot.inFlight.insert(later, {ready, report});
+void SimulatedBus::send(Slot& slot, const InFlight& report) {
+    const auto later = std::upper_bound(slot.inFlight.begin(), slot.inFlight.end(), report.ready,
+                                        [](Milliseconds t, const InFlight& f) { return t < f.ready; });
+    slot.inFlight.insert(later, report);
 }
 
 void SimulatedBus::deliver(Slot& slot) {
@@ -270,10 +273,18 @@ void SimulatedBus::plug(int board) {
     slot.board.powerUp();
 }
 
-void SimulatedBus::stale(const std::vector<std::uint8_t>& bytes, int board) {
+void SimulatedBus::stale(const std::vector<std::uint8_t>& bytes, int board, int count) {
     Slot& slot = slotAt(board);
-    send(slot, zeroFilled(bytes), clock_.now());
-    deliver(slot);
+    const hid::Report report = zeroFilled(bytes);
+    if (count < 1 || count > kMostStale) {
+        throw std::invalid_argument("count must be 1 to " + std::to_string(kMostStale));
+    }
+    deliver(slot); // in the order of time
+    for (auto& [handle, reader] : readers_) {
+        if (reader.slot == &slot) {
+            reader.queue.insert(reader.queue.end(), static_cast<std::size_t>(count), report);
+        }
+    }
 }
 
 void SimulatedBus::reply(int command, const std::vector<std::uint8_t>& bytes, int times) {

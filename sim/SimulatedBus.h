@@ -48,6 +48,7 @@ class SimulatedBus final : public hid::HidHost {
     };
     static constexpr int kMostBoards = 4;
     static constexpr int kMostForeign = 16;
+    static constexpr int kMostStale = 1000;
 
     explicit SimulatedBus(Clock& clock) : SimulatedBus(clock, Options{}) {}
     SimulatedBus(Clock& clock, const Options& options);
@@ -56,8 +57,9 @@ class SimulatedBus final : public hid::HidHost {
     std::vector<hid::DeviceInfo> list() override;
     hid::Handle open(const std::string& path) override;
     bool write(hid::Handle handle, const hid::Report& report) override;
-    /// Takes a report that is there, or that comes before the time-out is over; one that comes exactly then
-    /// is too late. Sleeps on the clock meanwhile.
+    /// Takes a report that is there or that comes by the end of the time-out. A reply that is late by a fault
+    /// comes just behind its time: with a time-out of 6000 ms one of 5999 ms is in time, one of 6000 ms is
+    /// not. Sleeps on the clock meanwhile.
     hid::ReadResult read(hid::Handle handle, hid::Report& report, Milliseconds timeout) override;
     void close(hid::Handle handle) noexcept override;
     std::string lastError() const override { return lastError_; }
@@ -76,8 +78,9 @@ class SimulatedBus final : public hid::HidHost {
     /// Plugs an unplugged board in again, under a new path; handles of before stay dead.
     void plug(int board);
     void fault(const Fault& fault) { faults_.add(fault); }
-    /// An input report in the queues of the board's open handles. \param bytes 64 at most, zero-filled.
-    void stale(const std::vector<std::uint8_t>& bytes, int board = 0);
+    /// Input reports that nobody has read yet in the queues of the board's open handles, however many these
+    /// hold. \param bytes 64 at most, zero-filled. \param count 1 to kMostStale.
+    void stale(const std::vector<std::uint8_t>& bytes, int board = 0, int count = 1);
     /// The next replies to the command are these bytes, zero-filled.
     void reply(int command, const std::vector<std::uint8_t>& bytes, int times = 1);
     /// Holds an analog input, volts or count at the converter's pin; neither gives it back.
@@ -88,6 +91,7 @@ class SimulatedBus final : public hid::HidHost {
     void clear();
 
   private:
+    struct InFlight;
     struct Slot;
     struct Reader {
         Slot* slot = nullptr; ///< none: a foreign device
@@ -99,7 +103,7 @@ class SimulatedBus final : public hid::HidHost {
     Slot& slotAt(int board) const;
     void disconnect(Slot& slot);
     std::unique_ptr<Slot> makeSlot(int number);
-    void send(Slot& slot, const hid::Report& report, Milliseconds ready);
+    void send(Slot& slot, const InFlight& report);
     void deliver(Slot& slot);
     void sleepUntil(Milliseconds time);
     Reader* aliveReader(hid::Handle handle);

@@ -114,6 +114,20 @@ TEST_F(BusTest, KeepsTheTimeOfAFullSpeedDevice) {
     EXPECT_EQ(now(), 2);
     EXPECT_EQ(read(1), hid::ReadResult::TimedOut);
     EXPECT_EQ(now(), 3);
+    // A drain's step of 1 ms takes the reply that is due at its end; a late one comes just behind its time.
+    EXPECT_TRUE(send("00"));
+    EXPECT_EQ(read(1), hid::ReadResult::Arrived);
+    for (const int late : {5999, 6000}) {
+        bus.fault({.kind = FaultKind::LateReply, .ms = late});
+        EXPECT_TRUE(send("00"));
+        EXPECT_EQ(read(6000), late < 6000 ? hid::ReadResult::Arrived : hid::ReadResult::TimedOut) << late;
+    }
+    EXPECT_EQ(read(1), hid::ReadResult::Arrived);
+    // Stale reports are as many as asked for, whatever a handle's queue holds of replies.
+    bus.stale({1}, 0, 300);
+    for (int i = 0; i < 300; ++i) {
+        ASSERT_EQ(read(0), hid::ReadResult::Arrived) << i;
+    }
     // A reply that came while nobody read is taken at once, also without a time-out.
     send("00");
     clock.sleep(Milliseconds{5});

@@ -274,7 +274,11 @@ std::optional<hid::Report> Firmware::spiTransfer(const hid::Report& in) {
     const int most = hid::kReportSize - report::kSpiPayload;
     const int count = std::min<int>(in[report::kSpiCount], most);
     const auto* first = in.begin() + report::kSpiPayload;
-    const std::vector<std::uint8_t> bytes = board_.spiTransfer({first, first + count});
+    std::optional<std::size_t> phaseChange;
+    if (in[report::kSpiPhaseChange] != 0) {
+        phaseChange = in[report::kSpiPhaseByte];
+    }
+    const std::vector<std::uint8_t> bytes = board_.spiTransfer({first, first + count}, phaseChange);
     if (in[report::kSpiRead] == 0) {
         return std::nullopt;
     }

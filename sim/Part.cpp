@@ -20,9 +20,23 @@ void Part::surround(const Surroundings& now) {
     }
 }
 
+void Part::passTime(Milliseconds now) {
+    now_ = now;
+    if (powered_) {
+        onTime();
+    }
+}
+
+PartState Part::state() const {
+    PartState state;
+    state.name = name_;
+    state.nonvolatileWrites = memory_.writes();
+    describe(state);
+    return state;
+}
+
 std::uint8_t addressPins(const PinLevels& pins) {
-    const unsigned a = (pins[0] >> 6) | ((pins[1] & 3U) << 2);
-    return static_cast<std::uint8_t>(a << 1);
+    return static_cast<std::uint8_t>((pins[0] >> 6) | ((pins[1] & 3U) << 2));
 }
 
 } // namespace vrk::sim

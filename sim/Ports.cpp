@@ -20,7 +20,9 @@ constexpr std::uint8_t kSmbusEnable = 0x04;    // XBAR0
 constexpr std::uint8_t kCrossbarEnable = 0x40; // XBAR1
 
 constexpr std::uint8_t kSpiPins = 0x0F;
-constexpr std::uint8_t kSpiIdle = 0x08; // select high, clock and data low
+constexpr std::uint8_t kSpiClock = 0x01, kSpiDataOut = 0x04, kSpiSelect = 0x08;
+constexpr std::uint8_t kClockPhase = 0x20, kClockPolarity = 0x10; // SPI0CFG
+constexpr std::uint8_t kSelectLevel = 0x04;                       // SPI0CN
 constexpr std::uint8_t kSmbusPins = 0x30;
 
 // The firmware's start image of the three ports that go to the motherboard.
@@ -73,13 +75,21 @@ PinLevels Ports::lines() const {
     }
     unsigned p0 = lines[0];
     if (spiConnected()) {
-        p0 = (p0 & ~unsigned{kSpiPins}) | kSpiIdle;
+        const SpiMode mode = spiMode();
+        p0 = (p0 & ~unsigned{kSpiPins}) | kSpiDataOut | (mode.clockIdle ? kSpiClock : 0U) |
+             (mode.selectIdle ? kSpiSelect : 0U);
     }
     if (smbusConnected()) {
         p0 |= kSmbusPins;
     }
     lines[0] = static_cast<std::uint8_t>(p0);
     return lines;
+}
+
+SpiMode Ports::spiMode() const {
+    return {.clockIdle = (file_[reg::SPI0CFG] & kClockPolarity) != 0,
+            .secondEdge = (file_[reg::SPI0CFG] & kClockPhase) != 0,
+            .selectIdle = (file_[reg::SPI0CN] & kSelectLevel) != 0};
 }
 
 bool Ports::spiConnected() const {

@@ -12,6 +12,13 @@ namespace sfr {
 inline constexpr std::uint8_t AMX0N = 0xBA, AMX0P = 0xBB, ADC0CF = 0xBC, REF0CN = 0xD1, ADC0CN = 0xE8;
 }
 
+/// How the SPI port clocks.
+struct SpiMode {
+    bool clockIdle = false;  ///< level of the clock between transfers
+    bool secondEdge = false; ///< data is taken at the second edge of a clock, not at the first
+    bool selectIdle = true;  ///< level of the select between transfers
+};
+
 /// The controller's special function registers, and the port pins as these drive them.
 ///
 /// A digital pin shows its latch: driven, or left to its pull-up (a floating one keeps its charge), unless
@@ -41,6 +48,7 @@ class Ports {
     /// Pins of a port that something outside pulls to ground.
     void pullLow(int port, std::uint8_t mask) { pulledLow_.at(static_cast<std::size_t>(port)) = mask; }
 
+    SpiMode spiMode() const;
     bool spiConnected() const;
     bool smbusConnected() const;
 

@@ -10,9 +10,10 @@ constexpr std::uint8_t kVolatileOnly = 0x80;
 constexpr std::uint8_t kAcrAtPowerUp = 0x40;
 } // namespace
 
-RegisterMemory::RegisterMemory(const RegisterLayout& layout)
-    : layout_(layout), wipers_(static_cast<std::size_t>(layout.wipers), 0), stored_(layout.acr, 0) {
-    std::fill_n(stored_.begin(), layout.wipers, static_cast<std::uint8_t>(layout.taps / 2));
+std::vector<NonvolatileMemory::Cell> RegisterLayout::cells() const {
+    std::vector<NonvolatileMemory::Cell> cells(acr, {0, 0xFF});
+    std::fill_n(cells.begin(), wipers, NonvolatileMemory::Cell{taps / 2, taps - 1});
+    return cells;
 }
 
 std::uint8_t RegisterMemory::read(std::uint8_t reg) const {
@@ -22,38 +23,34 @@ std::uint8_t RegisterMemory::read(std::uint8_t reg) const {
     if (!exists(reg)) {
         return 0xFF;
     }
-    return isWiper(reg) && (acr_ & kVolatileOnly) != 0 ? wipers_[reg] : stored_[reg];
+    return isWiper(reg) && (acr_ & kVolatileOnly) != 0 ? wipers_[reg] : stored(reg);
 }
 
-bool RegisterMemory::write(std::uint8_t reg, std::uint8_t value, StoreGuard* guard) {
+bool RegisterMemory::write(std::uint8_t reg, std::uint8_t value) {
     if (!exists(reg)) {
         return false;
     }
     if (reg == layout_.acr) {
         acr_ = value;
-        return true;
+    } else if (!isWiper(reg)) {
+        stored_.store(reg, value);
+    } else {
+        const auto position = static_cast<std::uint8_t>(value & (layout_.taps - 1));
+        if ((acr_ & kVolatileOnly) != 0) {
+            wipers_[reg] = position;
+        } else {
+            stored_.storePosition(reg, position);
+            wipers_[reg] = stored(reg);
+        }
     }
-    if (!isWiper(reg)) {
-        stored_[reg] = value;
-        ++nonvolatileWrites_;
-        return true;
-    }
-    const auto position = static_cast<std::uint8_t>(value & (layout_.taps - 1));
-    if ((acr_ & kVolatileOnly) != 0) {
-        wipers_[reg] = position;
-        return true;
-    }
-    if (guard == nullptr || !guard->missNextStore()) {
-        stored_[reg] = position;
-        ++nonvolatileWrites_;
-    }
-    wipers_[reg] = stored_[reg];
     return true;
 }
 
 void RegisterMemory::powerUp() {
     acr_ = kAcrAtPowerUp;
-    std::copy_n(stored_.begin(), wipers_.size(), wipers_.begin());
+    for (std::uint8_t reg = 0; isWiper(reg); ++reg) {
+        wipers_[reg] = stored(reg);
+    }
 }
 
 void RegisterMemory::powerDown() {
@@ -68,22 +65,21 @@ double RegisterMemory::ratio(int channel) const {
     return static_cast<double>(wiper(channel)) / layout_.taps;
 }
 
-PartState RegisterMemory::state(const std::string& name) const {
-    PartState state;
-    state.name = name;
+void RegisterMemory::describe(PartState& state) const {
     state.wipers.assign(wipers_.begin(), wipers_.end());
-    state.nonvolatile.assign(stored_.begin(), stored_.begin() + layout_.wipers);
     const auto add = [&state](unsigned reg, int value) {
         char key[8];
         std::snprintf(key, sizeof key, "%02X", reg);
         state.registers[key] = value;
     };
-    for (std::size_t reg = wipers_.size(); reg < stored_.size(); ++reg) {
-        add(static_cast<unsigned>(reg), stored_[reg]);
+    for (std::uint8_t reg = 0; reg < layout_.acr; ++reg) {
+        if (isWiper(reg)) {
+            state.nonvolatile.push_back(stored(reg));
+        } else {
+            add(reg, stored(reg));
+        }
     }
     add(layout_.acr, acr_);
-    state.nonvolatileWrites = nonvolatileWrites_;
-    return state;
 }
 
 } // namespace vrk::sim

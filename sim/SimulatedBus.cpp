@@ -4,6 +4,7 @@
 #include "sim/PartCatalogue.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstdio>
 #include <stdexcept>
@@ -72,6 +73,11 @@ SimulatedBus::~SimulatedBus() = default;
 std::unique_ptr<SimulatedBus::Slot> SimulatedBus::makeSlot(int number) {
     auto slot = std::make_unique<Slot>(options_.seed + static_cast<std::uint32_t>(number), faults_);
     slot->board.socket(makePart(kDefaultPart));
+    slot->board.onStore([this, number](int socket) {
+        if (storeListener_) {
+            storeListener_(number, socket);
+        }
+    });
     for (const auto& [code, volts] : heldVolts_) {
         slot->board.holdInput(code, volts);
     }
@@ -151,6 +157,7 @@ bool SimulatedBus::write(hid::Handle handle, const hid::Report& report) {
         return true;
     }
     Slot& slot = *reader->slot;
+    slot.board.passTime(clock_.now());
     std::optional<hid::Report> reply = slot.firmware.handle(report);
     if (!reply || faults_.take(FaultKind::NoReply)) {
         return true;
@@ -224,7 +231,32 @@ std::vector<std::string> SimulatedBus::partNames() {
 
 void SimulatedBus::socket(const std::optional<std::string>& part, std::optional<int> address, int board) {
     Slot& slot = slotAt(board);
-    slot.board.socket(part ? makePart(*part, address) : nullptr);
+    std::array<std::unique_ptr<Part>, Board::kSockets> parts;
+    if (part) {
+        for (int socket = 0; socket < partFacts(*part).sockets; ++socket) {
+            parts.at(static_cast<std::size_t>(socket)) = makePart(*part, address, socket);
+        }
+    }
+    for (int socket = 0; socket < Board::kSockets; ++socket) {
+        slot.board.socket(std::move(parts.at(static_cast<std::size_t>(socket))), socket);
+    }
+}
+
+Part& SimulatedBus::partAt(int board, int socket) const {
+    requireRange(socket, Board::kSockets - 1, "socket");
+    Part* part = slotAt(board).board.part(socket);
+    if (part == nullptr) {
+        throw std::invalid_argument("the socket is empty");
+    }
+    return *part;
+}
+
+std::string SimulatedBus::memory(int board, int socket) const {
+    return partAt(board, socket).memory().text();
+}
+
+void SimulatedBus::setMemory(const std::string& text, int board, int socket) {
+    partAt(board, socket).memory().load(text);
 }
 
 void SimulatedBus::setBoards(int count) {
@@ -325,7 +357,8 @@ void SimulatedBus::clear() {
 }
 
 BoardState SimulatedBus::state(int board) const {
-    const Slot& slot = slotAt(board);
+    Slot& slot = slotAt(board);
+    slot.board.passTime(clock_.now());
     BoardState state;
     state.vcc = slot.board.supplies().vcc();
     state.vminus = slot.board.supplies().vminus();
@@ -342,8 +375,11 @@ BoardState SimulatedBus::state(int board) const {
     state.plugged = slot.plugged;
     state.handles = static_cast<int>(std::count_if(
         readers_.begin(), readers_.end(), [&slot](const auto& entry) { return entry.second.slot == &slot; }));
-    if (const Part* part = slot.board.part()) {
+    if (const Part* part = slot.board.part(0)) {
         state.part = part->state();
+    }
+    if (const Part* part = slot.board.part(1)) {
+        state.part2 = part->state();
     }
     return state;
 }

@@ -8,6 +8,7 @@
 
 #include <cstdint>
 #include <deque>
+#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
@@ -28,8 +29,9 @@ struct BoardState {
         bool red = false;
     } leds;
     bool plugged = true;
-    int handles = 0;               ///< open ones that still reach the board
-    std::optional<PartState> part; ///< none: the socket is empty
+    int handles = 0;                ///< open ones that still reach the board
+    std::optional<PartState> part;  ///< part #1; none: its socket is empty
+    std::optional<PartState> part2; ///< part #2, of a kind that comes in twos
 };
 
 /// A USB bus with up to four simulated boards and other HID devices on it, in place of the operating
@@ -65,9 +67,19 @@ class SimulatedBus final : public hid::HidHost {
     std::string lastError() const override { return lastError_; }
 
     static std::vector<std::string> partNames();
-    /// Another part in the socket, fresh from the factory. No name empties the socket. \see makePart
+    /// Another part on the board, fresh from the factory; up/down parts come in twos, one for each socket. No
+    /// name empties both sockets. \see makePart
     void socket(const std::optional<std::string>& part, std::optional<int> address = std::nullopt,
                 int board = 0);
+    /// The non-volatile memory of a part as text, and a part's memory from such a text: it comes into the
+    /// wipers when VCC comes. \param socket 0 for part #1, 1 for part #2. Empty sockets and texts that are
+    /// no memory of that part are refused.
+    std::string memory(int board = 0, int socket = 0) const;
+    void setMemory(const std::string& text, int board = 0, int socket = 0);
+    /// Called behind each store of a part in a socket.
+    void onStore(std::function<void(int board, int socket)> listener) {
+        storeListener_ = std::move(listener);
+    }
     /// 0 to 4. Boards that go are unplugged, those that come are new.
     void setBoards(int count);
     int boards() const { return static_cast<int>(boards_.size()); }
@@ -101,6 +113,7 @@ class SimulatedBus final : public hid::HidHost {
     };
 
     Slot& slotAt(int board) const;
+    Part& partAt(int board, int socket) const;
     void disconnect(Slot& slot);
     std::unique_ptr<Slot> makeSlot(int number);
     void send(Slot& slot, const InFlight& report);
@@ -116,6 +129,7 @@ class SimulatedBus final : public hid::HidHost {
     int foreign_ = 0;
     int plugs_ = 0; ///< all there were: makes each plug's path a new one
     std::map<std::uint8_t, double> heldVolts_;
+    std::function<void(int, int)> storeListener_;
     std::map<hid::Handle, Reader> readers_;
     hid::Handle lastHandle_ = 0;
     std::string lastError_;

@@ -1,24 +1,29 @@
 #include "sim/SpiRegisterPart.h"
 
-#include "sim/RegisterPart.h"
-
 namespace vrk::sim {
 
 void SpiRegisterPart::spiSelect(bool low) {
-    selected_ = low;
+    listening_ = low;
     place_ = 0;
-    previous_ = 0;
+    out_ = 0;
     access_.reset();
     answer_.reset();
 }
 
-std::uint8_t SpiRegisterPart::spiExchange(std::uint8_t in) {
-    if (!selected_) {
-        return 0;
+std::uint8_t SpiRegisterPart::spiNext() const {
+    return listening_ ? out_ : 0;
+}
+
+void SpiRegisterPart::spiTake(std::uint8_t in) {
+    if (!listening_) {
+        return;
     }
-    const std::uint8_t out = id_ ? exchangeWithId(in) : exchangeWithoutId(in);
+    if (id_) {
+        takeWithId(in);
+    } else {
+        takeWithoutId(in);
+    }
     ++place_;
-    return out;
 }
 
 std::optional<SpiRegisterPart::Access> SpiRegisterPart::decode(std::uint8_t command) const {
@@ -47,47 +52,45 @@ std::optional<SpiRegisterPart::Access> SpiRegisterPart::decode(std::uint8_t comm
     }
 }
 
-std::uint8_t SpiRegisterPart::exchangeWithId(std::uint8_t in) {
-    std::uint8_t out = previous_;
-    previous_ = in;
-    if (place_ == 0 && in != static_cast<std::uint8_t>(*id_ + addressPins(pins()))) {
-        selected_ = false; // silent until chip select falls again
+void SpiRegisterPart::takeWithId(std::uint8_t in) {
+    out_ = in;
+    if (place_ == 0) {
+        // With another ID silent until chip select falls again.
+        listening_ = in == static_cast<std::uint8_t>(*id_ + (addressPins(pins()) << 1));
     } else if (place_ == 1) {
         access_ = decode(in);
-    } else if (place_ >= 2 && access_) {
-        if (!access_->write) {
-            out = memory_.read(access_->reg);
-        } else if (place_ == 2) {
-            memory_.write(access_->reg, in, storeGuard());
-        }
+    } else if (place_ == 2 && access_ && access_->write) {
+        registers_.write(access_->reg, in);
     }
-    return out;
+    if (place_ >= 1 && access_ && !access_->write) {
+        out_ = registers_.read(access_->reg);
+    }
 }
 
-std::uint8_t SpiRegisterPart::exchangeWithoutId(std::uint8_t in) {
+void SpiRegisterPart::takeWithoutId(std::uint8_t in) {
     if (place_ % 2 == 0) {
         command_ = in;
-        return previous_;
+        out_ = answer_.value_or(command_);
+        answer_.reset();
+        return;
     }
-    const std::uint8_t out = answer_.value_or(command_);
-    answer_.reset();
-    previous_ = command_;
+    out_ = command_;
     if (const std::optional<Access> access = decode(command_)) {
         if (access->write) {
-            memory_.write(access->reg, in, storeGuard());
+            registers_.write(access->reg, in);
         } else {
-            answer_ = memory_.read(access->reg);
+            answer_ = registers_.read(access->reg);
         }
     }
-    return out;
 }
 
 double SpiRegisterPart::wiperRatio(int channel) const {
-    return powered() && !memory_.shutDown() && !shutdownPinLow(pins()) ? memory_.ratio(channel) : 0.0;
+    const bool on = powered() && !registers_.shutDown() && isHigh(pins(), pin::kShutdown);
+    return on ? registers_.ratio(channel) : 0.0;
 }
 
 void SpiRegisterPart::onPowerUp() {
-    memory_.powerUp();
+    registers_.powerUp();
     spiSelect(false);
 }
 

@@ -13,26 +13,26 @@ namespace vrk::sim {
 /// - With an ID byte: ID, then C0 + register to write or B0 + register to read, then the data byte. A read
 ///   answers from the third byte on. A frame with another ID is left alone.
 /// - Without: frames of two bytes, C0 + register or 60 (ACR) to write, 80 + register or 20 (ACR) to read,
-/// with
-///   the data byte behind. A read answers in the frame that follows: its command, then the data.
+///   with the data byte behind. A read answers in the frame that follows: its command, then the data.
 ///
 /// Pin P1.2 is /SHDN, as on the I2C parts.
 class SpiRegisterPart final : public Part {
   public:
     /// \param id the ID byte with all address pins low; none: framing without an ID.
     SpiRegisterPart(std::string name, const RegisterLayout& layout, std::optional<std::uint8_t> id)
-        : Part(std::move(name)), layout_(layout), memory_(layout), id_(id) {}
+        : Part(std::move(name), layout.cells()), layout_(layout), registers_(layout, memory()), id_(id) {}
 
     void spiSelect(bool low) override;
-    std::uint8_t spiExchange(std::uint8_t in) override;
+    std::uint8_t spiNext() const override;
+    void spiTake(std::uint8_t in) override;
 
     double wiperRatio(int channel) const override;
-    PartState state() const override { return memory_.state(name()); }
-    const RegisterMemory& memory() const { return memory_; }
+    const RegisterMemory& registers() const { return registers_; }
 
   protected:
     void onPowerUp() override;
-    void onPowerDown() override { memory_.powerDown(); }
+    void onPowerDown() override { registers_.powerDown(); }
+    void describe(PartState& state) const override { registers_.describe(state); }
 
   private:
     struct Access {
@@ -40,18 +40,18 @@ class SpiRegisterPart final : public Part {
         std::uint8_t reg = 0;
     };
     std::optional<Access> decode(std::uint8_t command) const;
-    std::uint8_t exchangeWithId(std::uint8_t in);
-    std::uint8_t exchangeWithoutId(std::uint8_t in);
+    void takeWithId(std::uint8_t in);
+    void takeWithoutId(std::uint8_t in);
 
     RegisterLayout layout_;
-    RegisterMemory memory_;
+    RegisterMemory registers_;
     std::optional<std::uint8_t> id_;
-    bool selected_ = false;
-    int place_ = 0;             ///< of the next byte since chip select fell
-    std::uint8_t previous_ = 0; ///< what the shift register still holds: the byte, or the frame, before
+    bool listening_ = false;
+    int place_ = 0; ///< of the next byte since chip select fell
     std::uint8_t command_ = 0;
     std::optional<Access> access_;
-    std::optional<std::uint8_t> answer_; ///< for the next frame of two
+    std::uint8_t out_ = 0;               ///< what the shift register gives in the next place
+    std::optional<std::uint8_t> answer_; ///< in the second place of the next frame of two
 };
 
 } // namespace vrk::sim

@@ -6,24 +6,35 @@ namespace {
 constexpr std::uint8_t kU5Id = 0x50;
 constexpr RegisterLayout kU5 = {.wipers = 1, .taps = 128, .acr = 2};
 constexpr double kLogicSupply = 3.3; // volts
+constexpr Pin kU5Select{2, 4}, kVccSwitch{2, 5}, kVminusSwitch{2, 6};
 } // namespace
 
-Supplies::Supplies() : u5_("U5", kU5, kU5Id) {}
+Supplies::Supplies() {
+    auto part = std::make_unique<SpiRegisterPart>("U5", kU5, kU5Id);
+    part_ = part.get();
+    u5_.put(std::move(part));
+}
+
+void Supplies::power(double volts) {
+    // Its address pins are strapped low.
+    u5_.part()->surround({.vcc = volts, .vminus = 0.0, .pins = {}});
+    u5_.driveSpi({});
+}
 
 void Supplies::powerUp() {
     powered_ = true;
-    u5_.surround({.vcc = kLogicSupply, .vminus = 0.0, .pins = {}}); // its address pins are strapped low
+    power(kLogicSupply);
 }
 
 void Supplies::powerDown() {
     powered_ = vccOn_ = vminusOn_ = selected_ = false;
-    u5_.surround({});
+    power(0.0);
 }
 
 void Supplies::follow(const PinLevels& pins) {
-    selected_ = powered_ && !pinHigh(pins, 2, 4);
-    vccOn_ = powered_ && pinHigh(pins, 2, 5);
-    vminusOn_ = powered_ && pinHigh(pins, 2, 6);
+    selected_ = powered_ && !isHigh(pins, kU5Select);
+    vccOn_ = powered_ && isHigh(pins, kVccSwitch);
+    vminusOn_ = powered_ && isHigh(pins, kVminusSwitch);
 }
 
 double Supplies::level() const {

@@ -214,15 +214,23 @@ TEST_F(BoardTest, OptionsFormTheI2cFrame) {
     // A part that writes down what the bus does.
     struct Scribe final : Part {
         Scribe(std::string& out) : Part("scribe"), log(out) {}
-        void i2cStart() override { log += "S "; }
-        bool i2cWrite(std::uint8_t byte) override { return note(byte), true; }
-        std::uint8_t i2cRead(bool acknowledged) override {
-            log += acknowledged ? "r+ " : "r- ";
+        void i2cStart() override {
+            log += "S ";
+            bytesIn = 0;
+        }
+        bool i2cWrite(std::uint8_t byte) override {
+            reading = bytesIn++ == 0 ? (byte & 1) != 0 : reading;
+            return note(byte), true;
+        }
+        // A two-wire read turns round behind its register byte, as parts with instructions do.
+        bool i2cSends() const override { return reading && bytesIn > (twoWire ? 1 : 0); }
+        std::uint8_t i2cRead() override {
+            log += "r";
             return 0x5A;
         }
+        void i2cAcknowledged(bool more) override { log += more ? "+ " : "- "; }
         void i2cStop() override { log += "P"; }
         double wiperRatio(int) const override { return 0.0; }
-        PartState state() const override { return {}; }
         void onPowerUp() override {}
         void onPowerDown() override {}
         void note(std::uint8_t byte) {
@@ -231,13 +239,17 @@ TEST_F(BoardTest, OptionsFormTheI2cFrame) {
             log += two;
         }
         std::string& log;
+        bool twoWire = false, reading = false;
+        int bytesIn = 0;
     };
     std::string log;
     Faults faults;
     Board board(1, faults);
     Firmware firmware(board, faults);
     board.powerUp();
-    board.socket(std::make_unique<Scribe>(log));
+    auto part = std::make_unique<Scribe>(log);
+    Scribe& scribe = *part;
+    board.socket(std::move(part));
     const auto frameOf = [&](const std::string& command) {
         log.clear();
         firmware.handle(zeroFilled(bytes("01 " + command)));
@@ -257,6 +269,7 @@ TEST_F(BoardTest, OptionsFormTheI2cFrame) {
     };
     for (const auto& c : cases) {
         frameOf(std::string("04 00 ") + c.options);
+        scribe.twoWire = std::string(c.options) == "09";
         EXPECT_EQ(frameOf(c.command), c.frame) << c.options << ": " << c.command;
     }
 }

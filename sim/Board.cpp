@@ -65,8 +65,7 @@ bool Board::missNextStore() {
 
 std::uint8_t Board::readRegister(std::uint8_t address) {
     const bool pulled = !ports_.smbusConnected() && !sdaHigh();
-    ports_.pullLow(0, pulled || faults_.waiting(FaultKind::StuckSda) ? kSdaMask : 0);
-    return ports_.read(address);
+    return ports_.read(address, pulled || faults_.waiting(FaultKind::StuckSda) ? kSdaMask : 0);
 }
 
 void Board::writeRegister(std::uint8_t address, std::uint8_t value) {

@@ -108,8 +108,11 @@ bool TenBitInstructions::begin(std::uint8_t instruction, bool reading) {
 }
 
 void TenBitInstructions::take(std::uint8_t data) {
+    if (reading_) {
+        return; // clocks of a read that the part does not answer
+    }
     value_ = (value_ << 8 | data) & 0xFFFF;
-    if (++taken_ == 2 && !reading_ && operation_ == tenBit::kReadDataOrWriteWiper) {
+    if (++taken_ == 2 && operation_ == tenBit::kReadDataOrWriteWiper) {
         registers().setWiper(0, value_);
     }
 }
@@ -129,7 +132,7 @@ std::optional<std::uint8_t> TenBitInstructions::answer(int place) const {
 void TenBitInstructions::end() {
     if (operation_ == tenBit::kWriteDataOrRecall && taken_ == 0) {
         registers().dataToWiper(0, reg_);
-    } else if (operation_ == tenBit::kWriteDataOrRecall && taken_ == 2 && !reading_) {
+    } else if (operation_ == tenBit::kWriteDataOrRecall && taken_ == 2) {
         registers().store(0, reg_, value_);
     } else if (operation_ == tenBit::kWiperToData && taken_ == 0) {
         registers().wiperToData(0, reg_);

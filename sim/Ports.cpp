@@ -10,8 +10,6 @@ namespace {
 namespace reg = report::sfr;
 
 constexpr std::array<std::uint8_t, kPortCount> kData = {reg::P0, reg::P1, reg::P2, reg::P3, reg::P4};
-constexpr std::array<std::uint8_t, kPortCount> kOutputMode = {reg::P0MDOUT, reg::P1MDOUT, reg::P2MDOUT,
-                                                              reg::P3MDOUT, reg::P4MDOUT};
 constexpr std::array<std::uint8_t, kPortCount> kInputMode = {reg::P0MDIN, reg::P1MDIN, reg::P2MDIN,
                                                              reg::P3MDIN, reg::P4MDIN};
 
@@ -48,12 +46,16 @@ void Ports::reset() {
     file_[sfr::AMX0N] = 0x1F;   // against ground
     file_[sfr::ADC0CF] = 0x38;  // 3 MHz, the converter's fastest clock
     file_[sfr::REF0CN] = 0x0E;  // reference VDD, bias and temperature sensor on
-    pulledLow_.fill(0);
 }
 
-std::uint8_t Ports::read(std::uint8_t address) const {
+std::uint8_t Ports::read(std::uint8_t address, std::uint8_t pulledLow) const {
     const auto port = std::find(kData.begin(), kData.end(), address);
-    return port == kData.end() ? file_[address] : level(static_cast<int>(port - kData.begin()));
+    if (port == kData.end()) {
+        return file_[address];
+    }
+    const std::uint8_t driven = level(static_cast<int>(port - kData.begin()));
+    const unsigned openDrain = ~unsigned{file_[reg::P0MDOUT]};
+    return static_cast<std::uint8_t>(address == reg::P0 ? driven & ~(pulledLow & openDrain) : driven);
 }
 
 void Ports::write(std::uint8_t address, std::uint8_t value) {
@@ -64,8 +66,7 @@ void Ports::write(std::uint8_t address, std::uint8_t value) {
 
 std::uint8_t Ports::level(int port) const {
     const auto p = static_cast<std::size_t>(port);
-    const unsigned pulled = pulledLow_[p] & ~static_cast<unsigned>(file_[kOutputMode[p]]);
-    return static_cast<std::uint8_t>(file_[kData[p]] & file_[kInputMode[p]] & ~pulled);
+    return static_cast<std::uint8_t>(file_[kData[p]] & file_[kInputMode[p]]);
 }
 
 PinLevels Ports::lines() const {

@@ -36,7 +36,8 @@ class Ports {
     /// Addresses below 80 are plain memory, not registers: see isRegister().
     static bool isRegister(std::uint8_t address) { return address >= 0x80; }
     /// A port's data register reads as the levels of its pins, any other as it was written.
-    std::uint8_t read(std::uint8_t address) const;
+    /// \param pulledLow pins of P0 that something outside pulls to ground.
+    std::uint8_t read(std::uint8_t address, std::uint8_t pulledLow = 0) const;
     void write(std::uint8_t address, std::uint8_t value);
     /// The register's own content: of a port, the latch.
     std::uint8_t latch(std::uint8_t address) const { return file_[address]; }
@@ -45,16 +46,12 @@ class Ports {
     /// What reaches the socket: bus lines held by a bus port of the controller stand idle.
     PinLevels lines() const;
 
-    /// Pins of a port that something outside pulls to ground.
-    void pullLow(int port, std::uint8_t mask) { pulledLow_.at(static_cast<std::size_t>(port)) = mask; }
-
     SpiMode spiMode() const;
     bool spiConnected() const;
     bool smbusConnected() const;
 
   private:
     std::array<std::uint8_t, 256> file_{};
-    PinLevels pulledLow_{};
 };
 
 } // namespace vrk::sim

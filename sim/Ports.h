@@ -24,7 +24,7 @@ struct SpiMode {
 /// A digital pin shows its latch: driven, or left to its pull-up (a floating one keeps its charge), unless
 /// something outside pulls an open-drain pin low. A pin in analog mode has its digital input switched off
 /// and reads 0. Pins that the crossbar has given to SPI (P0.0 to P0.3) or SMBus (P0.4, P0.5) read as their
-/// latches too: the bus is idle whenever a host can look.
+/// latches too, since hosts compare what they wrote with what they read; lines() tells where they stand.
 class Ports {
   public:
     Ports() { reset(); }

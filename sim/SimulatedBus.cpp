@@ -7,6 +7,7 @@
 #include <array>
 #include <cmath>
 #include <cstdio>
+#include <sstream>
 #include <stdexcept>
 #include <utility>
 
@@ -242,21 +243,38 @@ void SimulatedBus::socket(const std::optional<std::string>& part, std::optional<
     }
 }
 
-Part& SimulatedBus::partAt(int board, int socket) const {
-    requireRange(socket, Board::kSockets - 1, "socket");
-    Part* part = slotAt(board).board.part(socket);
-    if (part == nullptr) {
-        throw std::invalid_argument("the socket is empty");
+std::string SimulatedBus::memory(int board) const {
+    std::string text;
+    for (int socket = 0; socket < Board::kSockets; ++socket) {
+        if (const Part* part = slotAt(board).board.part(socket)) {
+            text += part->name() + ": " + part->memory().text() + "\n";
+        }
     }
-    return *part;
+    return text;
 }
 
-std::string SimulatedBus::memory(int board, int socket) const {
-    return partAt(board, socket).memory().text();
-}
-
-void SimulatedBus::setMemory(const std::string& text, int board, int socket) {
-    partAt(board, socket).memory().load(text);
+void SimulatedBus::setMemory(const std::string& text, int board) {
+    std::istringstream lines(text);
+    std::vector<std::pair<Part*, NonvolatileMemory>> filled; // taken whole or not at all
+    for (int socket = 0; socket < Board::kSockets; ++socket) {
+        Part* part = slotAt(board).board.part(socket);
+        if (part == nullptr) {
+            continue;
+        }
+        std::string line;
+        std::getline(lines, line);
+        const std::string head = part->name() + ":";
+        if (line.compare(0, head.size(), head) != 0) {
+            throw std::invalid_argument("the memory is \"" + line + "\", but the part is " + part->name());
+        }
+        filled.emplace_back(part, part->memory()).second.load(line.substr(head.size()));
+    }
+    if (std::string more; std::getline(lines, more)) {
+        throw std::invalid_argument("no part for the memory \"" + more + "\"");
+    }
+    for (auto& [part, memory] : filled) {
+        part->memory() = std::move(memory);
+    }
 }
 
 void SimulatedBus::setBoards(int count) {

@@ -71,11 +71,11 @@ class SimulatedBus final : public hid::HidHost {
     /// name empties both sockets. \see makePart
     void socket(const std::optional<std::string>& part, std::optional<int> address = std::nullopt,
                 int board = 0);
-    /// The non-volatile memory of a part as text, and a part's memory from such a text: it comes into the
-    /// wipers when VCC comes. \param socket 0 for part #1, 1 for part #2. Empty sockets and texts that are
-    /// no memory of that part are refused.
-    std::string memory(int board = 0, int socket = 0) const;
-    void setMemory(const std::string& text, int board = 0, int socket = 0);
+    /// What the parts of a board keep without VCC, as text: a line a part, its name and its cells. A board's
+    /// parts take such a text whole, or refuse it when it is none of theirs; it comes into the wipers when
+    /// VCC comes.
+    std::string memory(int board = 0) const;
+    void setMemory(const std::string& text, int board = 0);
     /// Called behind each store of a part in a socket.
     void onStore(std::function<void(int board, int socket)> listener) {
         storeListener_ = std::move(listener);
@@ -113,7 +113,6 @@ class SimulatedBus final : public hid::HidHost {
     };
 
     Slot& slotAt(int board) const;
-    Part& partAt(int board, int socket) const;
     void disconnect(Slot& slot);
     std::unique_ptr<Slot> makeSlot(int number);
     void send(Slot& slot, const InFlight& report);

@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cstdlib>
 #include <string>
 
 namespace vrk::sim {
@@ -81,6 +80,11 @@ TEST_F(BusTest, FaultsWaitForTheCommandsThatCanMeetThem) {
     bus.clear();
     EXPECT_EQ(ask("00", 3), "01 00 01");
     EXPECT_EQ(count("06"), 388) << "the part's own wiper";
+    bus.setBoards(0);
+    bus.setBoards(1);
+    replug();
+    powerPart();
+    EXPECT_EQ(count("06"), 388) << "nor is an input of a later board held";
 }
 
 TEST_F(BoardTest, SettingsReadBackWhatWasWrittenAndWritesGiveNoReply) {
@@ -113,6 +117,25 @@ TEST_F(BoardTest, SettingsReadBackWhatWasWrittenAndWritesGiveNoReply) {
     replug();
     for (const auto& [atStart, write, read, reply] : cases) {
         EXPECT_EQ(ask(read, bytes(atStart).size()), atStart) << "after a replug: " << read;
+    }
+}
+
+TEST_F(BoardTest, CommandsLeaveTheBitsThatAreNotTheirs) {
+    // A register is given a value, a command writes its own bits of it, the others stay.
+    const std::array<std::string, 4> cases[] = {
+        {"A6", "F8", "02 00 A5 06 01", "F6"}, // drive of P2.4 to P2.7: the supplies' lines
+        {"E2", "41", "02 00 A5 06 01", "C1"}, // crossbar enable
+        {"E2", "C1", "02 00 A5 06 00", "41"},
+        {"A0", "3F", "03 00 5A 89", "39"}, // P2.4 to P2.7: both supplies and U5's select
+        {"A1", "43", "07 00 03", "73"},    // polarity and phase are bits 4 and 5
+        {"A1", "73", "07 00 00", "43"},
+        {"F8", "09", "07 00 04", "0D"}, // the select's idle level is bit 2
+        {"E8", "41", "10 00 01", "C1"},
+    };
+    for (const auto& [address, before, command, after] : cases) {
+        send("12 00 " + address + " " + before);
+        send(command);
+        EXPECT_EQ(ask("12 01 " + address, 4), "01 00 00 " + after) << command;
     }
 }
 
@@ -225,16 +248,22 @@ TEST_F(BoardTest, ConversionsLagOneBehindTheChannel) {
     EXPECT_EQ(convert(), 310);
 }
 
-TEST_F(BoardTest, NoiseStaysWithinItsCountsAndRunsOut) {
-    bus.input(0x06, std::nullopt, 500);
-    EXPECT_EQ(count("06"), 500);
-    bus.fault({.kind = FaultKind::Noise, .times = 40, .counts = 3});
-    int most = 0;
-    for (int i = 0; i < 40; ++i) {
-        most = std::max(most, std::abs(convert() - 500));
+TEST_F(BoardTest, NoiseStaysWithinItsCountsAndTheScaleAndRunsOut) {
+    const struct { int held, least, most; } cases[] = {{500, 497, 503}, {1, 0, 4}, {1022, 1019, 1023}};
+    for (const auto& c : cases) {
+        bus.input(0x06, std::nullopt, c.held);
+        EXPECT_EQ(count("06"), c.held);
+        bus.fault({.kind = FaultKind::Noise, .times = 60, .counts = 3});
+        int least = 1023, most = 0;
+        for (int i = 0; i < 60; ++i) {
+            const int now = convert();
+            least = std::min(least, now);
+            most = std::max(most, now);
+        }
+        EXPECT_EQ(least, c.least);
+        EXPECT_EQ(most, c.most);
+        EXPECT_EQ(convert(), c.held);
     }
-    EXPECT_EQ(most, 3);
-    EXPECT_EQ(convert(), 500);
 }
 
 TEST_F(BoardTest, AcrChoosesVolatileOrStoredPositions) {

@@ -312,19 +312,27 @@ TEST_F(PartsTest, PushButtonsStepStoreAndShutDown) {
 TEST_F(PartsTest, MemoryIsReadAndFilledAsText) {
     std::string stores;
     bus.onStore([&](int board, int socket) {
-        stores += std::to_string(board) + std::to_string(socket) + ":" + bus.memory(board, socket) + "; ";
+        stores += std::to_string(board) + std::to_string(socket) + " " + bus.memory(board);
     });
     socket("KV4071");
     run({{"06 50 02 01 00 12 34", "01 00"}});
-    EXPECT_EQ(stores, "00:12 00; 00:12 34; ");
+    EXPECT_EQ(stores, "00 KV4071: 12 00\n00 KV4071: 12 34\n");
     switchVcc(false);
-    bus.setMemory("7F AA");
-    for (const char* wrong : {"80 00", "7F", "7F AA 01", "", "xy zz"}) {
+    bus.setMemory("KV4071: 7F AA\n");
+    for (const char* wrong : {"KV4071: 80 00", "KV4071: 7F", "KV4071: 7F AA 01", "", "KV4071: xy",
+                              "KV6021: 7F AA", "KV4071: 01 02\nKV4071: 01 02"}) {
         EXPECT_THROW(bus.setMemory(wrong), std::invalid_argument) << wrong;
     }
-    EXPECT_THROW(bus.memory(0, 1), std::invalid_argument) << "an empty socket";
     switchVcc(true);
     EXPECT_EQ(state(), "7F / 7F / 01=AA 02=40 / 2");
+
+    bus.socket("UPDN100");
+    EXPECT_THROW(bus.setMemory("UPDN100: 01\nUPDN100: 65\n"), std::invalid_argument);
+    EXPECT_EQ(bus.memory(), "UPDN100: 32\nUPDN100: 32\n") << "refused whole";
+    bus.setMemory("UPDN100: 01\nUPDN100: 64\n");
+    EXPECT_EQ(bus.memory(), "UPDN100: 01\nUPDN100: 64\n");
+    bus.socket({});
+    EXPECT_EQ(bus.memory(), "");
 }
 
 } // namespace

@@ -80,6 +80,9 @@ TEST_F(PartsTest, EachFamilyAnswersItsFramesAndKeepsWhatItStored) {
          "80 80 80 44"},
         {"KV4184", // ID first; another one is left alone
          {{"09 00 01 00 00 03 50 C2 33", "01 00 00 50 C2"},
+          {"12 00 A0 20"}, // the same ID, but U5 has the bus
+          {"09 00 01 00 00 03 50 C0 70", "01 00 00 50 C0"},
+          {"12 00 A0 30"},
           {"09 00 01 00 00 03 50 B2 00", "01 00 00 50 33"},
           {"09 00 01 00 00 03 52 C2 44", "01 00 00 00 00"},
           {"12 00 80 42"}, // A0 high: it answers to 52
@@ -121,7 +124,7 @@ TEST_F(PartsTest, EachFamilyAnswersItsFramesAndKeepsWhatItStored) {
           {"06 50 02 00 C9 77", "01 00"}, // register 2 of pot 1
           {"06 50 01 00 18", "01 00"},    // registers 2 to all wipers
           {"06 50 01 00 D2", "01 00"},    // register 0 to wiper 2
-          {"06 50 02 00 A3 07", "01 00"},
+          {"06 50 03 00 A3 07 55", "01 00"},
           {"06 50 01 00 84", "01 00"},     // all wipers to registers 1
           {"06 50 01 00 A0", "01 00"},     // an instruction without its data
           {"06 50 01 00 30", "01 01"},     // none of its instructions
@@ -205,6 +208,16 @@ TEST_F(PartsTest, QuadPartsAreSteppedByHand) {
     send("12 00 E1 06");
     send("12 00 80 42");
     run({{"04 00 09 00 00"}, {"06 51 01 01 92", "01 00 FC"}});
+
+    send("12 00 80 02");
+    send("12 00 E1 02"); // behind another address it hears nothing
+    pins({0x30, 0x20, 0x00});
+    clockOut("010100101", 0x10, 0x20);
+    clockOut("001000101", 0x10, 0x20);
+    clockOut("000", 0x10, 0x20);
+    pins({0x00, 0x20, 0x30});
+    EXPECT_EQ(wipers()[2], 0xFC);
+    send("12 00 E1 06");
 
     // The SPI lines: select falls, 16 clocks, then steps until it rises.
     socket("Q4420");
@@ -294,12 +307,18 @@ TEST_F(PartsTest, PushButtonsStepStoreAndShutDown) {
         const char* state;
         int count; ///< at VIN0
     } steps[] = {
-        {"12 00 90 04", 50, "21 / 20 / / 0", 406},   {"12 00 90 06", 50, "21 / 20 / / 0", 406},
-        {"12 00 90 02", 1100, "20 / 20 / / 0", 394}, {"12 00 90 06", 5000, "20 / 20 / / 0", 394},
+        {"12 00 90 04", 50, "21 / 20 / / 0", 406},
+        {"12 00 90 06", 50, "21 / 20 / / 0", 406},
+        {"12 00 90 02", 1100, "20 / 20 / / 0", 394},
+        {"12 00 90 06", 5000, "20 / 20 / / 0", 394},
         {"12 00 90 04", 2100, "25 / 20 / / 0", 455}, // held: from 1.25 s on four a second
-        {"12 00 90 06", 1000, "25 / 20 / / 0", 455}, {"12 00 80 40", 5, "25 / 25 / / 1", 455},
-        {"12 00 80 C0", 5, "25 / 25 / / 1", 455},    {"12 00 90 00", 2000, "25 / 25 / / 1", 0}, // shut down
+        {"12 00 90 06", 1000, "25 / 20 / / 0", 455},
+        {"12 00 80 40", 5, "25 / 25 / / 1", 455},
+        {"12 00 80 C0", 5, "25 / 25 / / 1", 455},
+        {"12 00 90 00", 2000, "25 / 25 / / 1", 0}, // shut down
         {"12 00 90 06", 0, "25 / 25 / / 1", 455},
+        {"12 00 E1 04", 0, "25 / 25 / / 1", 0}, // SPI off its pins: P0.2 is low, /MUTE
+        {"12 00 80 C4", 0, "25 / 25 / / 1", 455},
     };
     for (const auto& step : steps) {
         send(step.command);

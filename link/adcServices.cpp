@@ -98,7 +98,7 @@ void frmMainF340::wireAdc() {
 }
 
 void frmMainF340::fillMuxLists() {
-    const bool board340 = uses_.ProcessorID == 340;
+    const bool board340 = uses_.analog.ProcessorID == 340;
     std::vector<RowControl::Row> pins;
     if (board340) {
         for (const std::string_view text : kInputs340)
@@ -116,10 +116,10 @@ void frmMainF340::fillMuxLists() {
     negative.push_back({"1F - GND", 0});
     cboAnamux[0].setRows(std::move(positive));
     cboAnamux[1].setRows(std::move(negative));
-    uses_.MuxVCCIndex = board340 ? 11 : 10;
-    uses_.MuxGroundIndex = board340 ? 22 : 17;
-    cboAnamux[0].setListIndex(uses_.MuxVCCIndex);
-    cboAnamux[1].setListIndex(uses_.MuxGroundIndex);
+    uses_.analog.MuxVCCIndex = board340 ? 11 : 10;
+    uses_.analog.MuxGroundIndex = board340 ? 22 : 17;
+    cboAnamux[0].setListIndex(uses_.analog.MuxVCCIndex);
+    cboAnamux[1].setListIndex(uses_.analog.MuxGroundIndex);
     if (board340)
         return;
     for (int bit = 0; bit < 8; ++bit) {
@@ -143,7 +143,7 @@ void frmMainF340::cmdMuxWrite_Click() {
         txtModeByte[k].setText(decimalText(hexToInt(cboAnamux[k].text())));
     for (int k = 0; k < 2; ++k) {
         const int row = cboAnamux[k].listIndex();
-        if (uses_.ProcessorID == 340) {
+        if (uses_.analog.ProcessorID == 340) {
             const std::string text = cboAnamux[k].text();
             if (const auto at = text.find(" - P"); at != std::string::npos)
                 setPinAnalog(text[at + 4] - '0', text[at + 6] - '0');
@@ -151,8 +151,8 @@ void frmMainF340::cmdMuxWrite_Click() {
             setPinAnalog(1, row);
         } else if (row >= 8 && row <= 10) {
             setPinAnalog(2, row - 8);
-            // Row 10 takes P2.3 along with P2.2, and row 11, which names P2.3, takes none. Both are
-            // deliberate.
+            // Row 10 takes P2.3 along with P2.2, and row 11, which names P2.3, takes none: benches count on
+            // VIN4, row 10, being measured with both pins analog.
             if (row == 10)
                 setPinAnalog(2, 3);
         }
@@ -189,12 +189,12 @@ void frmMainF340::cmdADCRDData_Click() {
     lblBytesSucceded.setCaption(numberToText(written ? hid::kReportSize : 0));
     if (link().checkStatus(written) == kLinkGood)
         link().readReply();
-    uses_.ADHigh = byteAt(2);
-    uses_.ADLow = byteAt(3);
+    uses_.analog.ADHigh = byteAt(2);
+    uses_.analog.ADLow = byteAt(3);
     // A high byte of 0x80 or more gives 32768 and more; no fault.
-    const int count = uses_.ADHigh * 256 + uses_.ADLow;
+    const int count = uses_.analog.ADHigh * 256 + uses_.analog.ADLow;
     txtADDec.setText(decimalText(count));
-    uses_.ADVolts = throughText(uses_.ADRef / 1023 * count);
+    uses_.analog.ADVolts = throughText(uses_.analog.ADRef / 1023 * count);
     if (uses_.trace.detailOn())
         uses_.trace.detail({" Decimal Count = ", decimalText(count)});
 }
@@ -245,7 +245,7 @@ void frmMainF340::cmdRdADCMode_Click() {
 }
 
 void frmMainF340::cmdWrADCMode_Click() {
-    // Deliberate: the firmware has no write for the reference, and the button says so.
+    // The firmware has no write for the reference, and the button says so.
     context().say("Underconstruction");
 }
 

@@ -90,12 +90,15 @@ void frmMainF340::cboEVBinstance_Click() {
         return;
     uses_.trace.line({"Perform HID Init cboEVBInstance"});
     link().selectInstance(cboEVBinstance.itemData());
-    getLEDstate();
-    cboSMBusFrequency_init();
-    getI2Coptions();
-    getSPIconfig();
-    getGPconf();
-    getGPvalue();
+    const unsigned retries = link().retries();
+    for (const auto read :
+         {&frmMainF340::getLEDstate, &frmMainF340::cboSMBusFrequency_init, &frmMainF340::getI2Coptions,
+          &frmMainF340::getSPIconfig, &frmMainF340::getGPconf, &frmMainF340::getGPvalue}) {
+        (this->*read)();
+        if (link().retries() != retries) // the whole board is read again by Retry
+            return;
+    }
+    link().tellBoardRead();
 }
 
 void frmMainF340::chkLED_Click(int /*index*/) {
@@ -200,17 +203,20 @@ int frmMainF340::writeCommand(Command command, std::initializer_list<std::uint8_
 }
 
 bool frmMainF340::readCommand(Command command, unsigned prepare, std::initializer_list<std::uint8_t> bytes) {
+    replied_ = false;
     if (link().checkStatus(sendCommand(command, prepare, bytes)) != kLinkGood)
         return false;
-    link().readReply();
+    replied_ = link().readReply();
     return true;
 }
 
 bool frmMainF340::readState(Command command, Lost lost, std::initializer_list<std::uint8_t> bytes) {
+    replied_ = false;
     if (link().checkStatus(sendCommand(command, kPurgeFill, bytes)) != kLinkGood)
         return false;
     link().fillReportBuffer(0);
-    return link().readReply() || lost == Lost::GoOn;
+    replied_ = link().readReply();
+    return replied_ || lost == Lost::GoOn;
 }
 
 void frmMainF340::showReply(ControlArray<Label>& labels) {

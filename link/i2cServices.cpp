@@ -69,6 +69,7 @@ void frmMainF340::wireI2c() {
     for (CheckBox* option : {&chkRepeatedStart, &chkStoppedWrite, &chkExtendHold, &chk2WireRead})
         wireClick(*option, &frmMainF340::i2cOption_Click);
     txtI2Caddress.onChange([this] { txtI2Caddress_Change(); });
+    action("stopAddressScan", &frmMainF340::stopAddressScan);
     action("txtI2Caddress_Change", &frmMainF340::txtI2Caddress_Change);
     action("readIndividualRegister", &frmMainF340::readIndividualRegister);
     action("setI2Coptions", &frmMainF340::setI2Coptions);
@@ -183,6 +184,7 @@ void frmMainF340::cmdReadIndividual_Click() {
 }
 
 void frmMainF340::cmdWriteIndividual_Click(int index) {
+    (void)txtWriteIndividual[index]; // a button that is none must send nothing
     if (readIndividualRegister() == kLinkError)
         return;
     const std::array<std::uint8_t, 2> values = {hexToByte(txtWriteIndividual[0].text()),
@@ -223,7 +225,7 @@ void frmMainF340::cmdScanI2Caddress_Click() {
 }
 
 void frmMainF340::cmdStopScan_Click() {
-    stopScan_ = true;
+    stopAddressScan();
 }
 
 void frmMainF340::showAddress(std::uint8_t address) {

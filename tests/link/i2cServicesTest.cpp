@@ -72,6 +72,9 @@ TEST_F(I2cServicesTest, IndividualWriteAlwaysChangesTheRegister) {
     console().cmdWriteIndividual[0].userClick();
     EXPECT_EQ(sent(Command::I2cTransfer).size(), 1U); // nothing is written on an unknown register
     EXPECT_EQ(boxes().size(), 1U);
+    EXPECT_EQ(act([this] { console().cmdWriteIndividual_Click(2); }).fault, "Subscript out of range");
+    EXPECT_EQ(boxes().size(), 1U);
+    EXPECT_THAT(sent(), IsEmpty());
 }
 
 TEST_F(I2cServicesTest, ScanOfAnEmptyBusVisitsEveryAddressAndAsks) {

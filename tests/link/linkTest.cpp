@@ -166,7 +166,7 @@ TEST_F(LinkTest, TransferIsRepeatedForEachRetryAndEndsWithCancel) {
     answer(Choice::Retry, note);
     console().cmdWrite.userClick();
     EXPECT_THAT(boxes(), ElementsAre(with(kWriteFailed, "Retry")));
-    EXPECT_THAT(codes, ElementsAre(4, 0)); // only a read notes the failed write
+    EXPECT_THAT(codes, ElementsAre(4, 4));
 
     fault(FaultKind::NoReply, 1, 6);
     answer(Choice::Cancel);
@@ -216,16 +216,98 @@ TEST_F(LinkTest, RetryOverALostReplyShowsTheBoardsStateAndNoOtherRegister) {
     answer(Choice::Retry);
     console().cmdGetSDFValue.userClick();
     EXPECT_THAT(boxes(), ElementsAre(with(kCheckStatus, "Retry")));
-    EXPECT_NE(console().lblSFRBuf[2].caption(), "00"); // no good value of whatever Retry read last
+    // What Retry read last, register F8, and not the request: 01 12 01 80.
+    EXPECT_EQ(console().lblSFRBuf[2].caption() + console().lblSFRBuf[3].caption(), "000D");
     console().chkSPIread.setValue(1);
     fault(FaultKind::NoReply, 1, 9);
     answer(Choice::Retry);
     console().cmdSPIWrite.userClick();
     EXPECT_THAT(boxes(), ElementsAre(with(kCheckStatus, "Retry")));
     EXPECT_EQ(console().txtReadVal[0].text(), "00");
+    // Pins that were read before the loss are not laid over those that Retry has read.
+    for (const char* getter : {"getGPvalue", "getGPconf"}) {
+        fault(FaultKind::NoReply, 1, 18);
+        answer(Choice::Retry);
+        EXPECT_TRUE(act([&] { (*console().findAction(getter))({}); }).done());
+        EXPECT_THAT(boxes(), ElementsAre(with(kCheckStatus, "Retry")));
+        EXPECT_EQ(console().lblWrGPData[2].caption() + console().lblWrOC[2].caption(), "10F8");
+    }
     sent();
     console().cmdSimpleI2cRd.userClick(); // sets no report ID of its own
     EXPECT_THAT(sent(2), ElementsAre("01 06"));
+}
+
+TEST_F(LinkTest, LateReplyNeverAnswersAnotherRequest) {
+    openI2c();
+    link().i2cAddress = 0x50;
+    console().txtWriteVal[0].setText("2A");
+    console().cmdWrite.userClick();
+    for (int late = 6000; late < 6016; ++late) { // wherever in Retry's discovery it comes
+        SCOPED_TRACE(late);
+        console().TXTI2C[0].setText("--");
+        console().txtPBufRd[2].setText("--");
+        fault(FaultKind::LateReply, 1, 6, late);
+        answer(Choice::Retry);
+        EXPECT_TRUE(console().cmdRead.userClick().done());
+        EXPECT_EQ(boxes().size(), 1U);
+        EXPECT_EQ(console().TXTI2C[0].text(), "2A");
+        EXPECT_EQ(console().txtPBufRd[2].text() + console().txtPBufRd[6].text(), "7005");
+        EXPECT_EQ(console().cboSMBusFrequency.text(), "400");
+        // A service without a drain of its own, behind a time-out without a dialog.
+        fault(FaultKind::LateReply, 1, 6, late);
+        console().cmdSimpleI2cRd.userClick();
+        clock.sleep(Milliseconds(20));
+        sent();
+        console().txtStartRegRD.setText("10");
+        console().cmdSimpleI2cRd.userClick();
+        console().txtStartRegRD.setText("00");
+        console().cmdSimpleI2cRd.userClick();
+        EXPECT_EQ(console().txtReadVal[0].text(), "2A");
+    }
+}
+
+TEST_F(LinkTest, DeviceThatNeverStopsSendingIsToldOnce) {
+    loadConsoles();
+    const auto flood = [this] {
+        for (int report = 0; report < 63; ++report)
+            bus.stale({1, 0, 0xEE});
+    };
+    int reads = 0;
+    const Subscription more = recorder.observe([&](const hid::WireEvent& event) {
+        if (event.direction == hid::WireEvent::Direction::In && event.report[2] == 0xEE && ++reads % 60 == 0)
+            flood();
+    });
+    flood();
+    link().purgeInputReports();
+    link().purgeInputReports();
+    EXPECT_EQ(reads, 2 * modHID::kMostStale);
+    const auto told = boxes();
+    ASSERT_EQ(told.size(), 1U);
+    EXPECT_THAT(told[0], ::testing::HasSubstr("never stops sending"));
+}
+
+/// As often as the user likes, in the discovery itself too: nothing may pile up on the stack.
+TEST_F(LinkTest, RetryMayBeAnsweredAnyNumberOfTimes) {
+    loadConsoles();
+    constexpr int kTimes = 20000;
+    for (const auto& [kind, command, button] : {std::tuple{FaultKind::WriteFails, 1, &console().cmdReconnect},
+                                                {FaultKind::WriteFails, 18, &console().cmdGetSDFValue},
+                                                {FaultKind::WriteFails, 6, &console().cmdWrite},
+                                                {FaultKind::NoReply, 5, &console().cmdReconnect}}) {
+        SCOPED_TRACE(button->name());
+        // A transfer's own Retry reads the board each time; a few do.
+        const int times = command == 6 ? 100 : kTimes;
+        fault(kind, times, command);
+        for (int time = 0; time < times; ++time)
+            answer(Choice::Retry);
+        replyWith({});
+        EXPECT_TRUE(button->userClick().done());
+        EXPECT_EQ(boxes().size(), static_cast<std::size_t>(times));
+        EXPECT_EQ(link().instance() + console().cboEVBinstance.listIndex(), 0);
+        EXPECT_EQ(console().cboSMBusFrequency.text(), "400");
+        wire.clear();
+        bus.clear();
+    }
 }
 
 TEST_F(LinkTest, ErrorByteAsksForTheAddressButIsNoLinkFailure) {
@@ -296,9 +378,54 @@ TEST_F(LinkTest, SecondOfTwoBoardsAmongForeignDevices) {
     EXPECT_TRUE(bus.state(1).leds.red);
     EXPECT_FALSE(bus.state(0).leds.red);
 
-    console().cmdReconnect.userClick();
-    EXPECT_EQ(link().instance(), 0);
-    EXPECT_EQ(handles(0) + handles(1), 4);
+    for (const bool retry : {false, true}) {
+        console().cboEVBinstance.userSelect(1);
+        bus.unplug(0);
+        bus.plug(0);
+        sent();
+        if (retry) {
+            fault(FaultKind::WriteFails, 1, 14);
+            answer(Choice::Retry);
+            console().cmdRdADCAvg.userClick();
+            EXPECT_EQ(boxes().size(), 1U);
+            wire.erase(wire.begin()); // what failed went to board 1
+        } else {
+            console().cmdReconnect.userClick();
+        }
+        EXPECT_EQ(link().instance() + console().cboEVBinstance.listIndex(), 0);
+        EXPECT_THAT(wire, Each(::testing::Field(&hid::WireEvent::board, 0)));
+        EXPECT_EQ(handles(0) * handles(1), 4);
+    }
+
+    // Devices of other makers are closed again too.
+    struct Counter final : hid::HidHost {
+        explicit Counter(hid::HidHost& bus) : under(bus) {}
+        std::vector<hid::DeviceInfo> list() override { return under.list(); }
+        hid::Handle open(const std::string& path) override {
+            ++opened;
+            return under.open(path);
+        }
+        bool write(hid::Handle handle, const hid::Report& report) override {
+            return under.write(handle, report);
+        }
+        hid::ReadResult read(hid::Handle handle, hid::Report& report, Milliseconds timeout) override {
+            return under.read(handle, report, timeout);
+        }
+        void close(hid::Handle handle) noexcept override {
+            ++closed;
+            under.close(handle);
+        }
+        hid::HidHost& under;
+        int opened = 0;
+        int closed = 0;
+    } counter(bus);
+    Trace trace;
+    modHID other(bench.context(), counter, trace);
+    other.initHIDConnection();
+    other.initHIDConnection();
+    EXPECT_EQ(counter.opened - counter.closed, 4);
+    other.closeHIDHandles();
+    EXPECT_EQ(counter.opened, counter.closed);
 }
 
 TEST_F(LinkTest, WithoutABoardOneWarningThenTheSecondSelectionGoesOn) {

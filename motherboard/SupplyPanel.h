@@ -11,6 +11,7 @@ class SupplyPanel : public ActivePanel {
     virtual Lamp* vccLamp() { return nullptr; }
     virtual Lamp* minusLamp() { return nullptr; }
     /// 0 on, 1 off
+    virtual OptionButton* vccOption(int /*index*/) { return nullptr; }
     virtual OptionButton* minusOption(int /*index*/) { return nullptr; }
     virtual CheckBox* trackBox() { return nullptr; }
     virtual ComboBox* vccList() { return nullptr; }

@@ -167,7 +167,7 @@ void frmMotherboardDAQ2::cmdReadPipe1_Click() {
 }
 
 void frmMotherboardDAQ2::Reverse_Tally_GPIO() {
-    // Deliberately without effect: the read-back is converted, and no box is changed by it.
+    // The read-back is converted, so that a text that is no byte is told; no box is changed by it.
     for (const auto& field : txtPBufRd)
         (void)hexToInt(field->text());
     events().letEventsRun();
@@ -253,7 +253,7 @@ void frmMotherboardDAQ2::cmdI2CRead_Click() {
     txtI2CReadStatus.setText("--");
     uses_.link.i2cAddress = static_cast<std::uint8_t>(hexToByte(txtI2CIN[1].text()) & 0xFEU);
     console().txtNumToRead.setText(txtI2CIN[0].text());
-    // The write's register field it is: the read's own keeps what it held. Deliberate.
+    // The write's register field it is: the read sends what its own has kept.
     console().txtStartRegWr.setText(txtI2CIN[2].text());
     console().cmdRead_Click();
     const int count = decimalByte(txtI2CIN[0].text());

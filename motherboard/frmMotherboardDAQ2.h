@@ -59,6 +59,9 @@ class frmMotherboardDAQ2 final : public Panel {
     void Reverse_Tally_GPIO();
     /// Sets a pin's data and runs its click, as every device panel does.
     void setPin(int index, int value);
+    /// Image, options and lamps of both supplies as the controller console has read their pins. Nothing is
+    /// sent.
+    void followSupplyPins();
 
     // Analog inputs
     ComboBox Combo1{*this, "Combo1"};

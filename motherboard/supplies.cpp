@@ -1,6 +1,7 @@
 #include "motherboard/frmMotherboardDAQ2.h"
 
 #include <array>
+#include <utility>
 
 namespace vrk {
 
@@ -89,6 +90,20 @@ void frmMotherboardDAQ2::cmdSPIReadData_Click() {
     dacExchange(DacRow::ReadData);
 }
 
+void frmMotherboardDAQ2::followSupplyPins() {
+    const bool before = std::exchange(uses_.link.suppressControlEvents, true);
+    const OnScopeExit restore([this, before] { uses_.link.suppressControlEvents = before; });
+    const auto follow = [this](int pin, ControlArray<OptionButton>& options, Lamp& lamp) {
+        const bool on = console().chkGPvalue(pin / 8)[pin % 8].checked();
+        // The image too: the next write of any other pin must not switch a supply.
+        setPin(pin, on ? 1 : 0);
+        options[on ? 0 : 1].showSelected();
+        lamp.setColour(on ? Colour::LightRed : Colour::Black);
+    };
+    follow(kPinVcc, OptVCC, ShpVCCon);
+    follow(kPinMinus, OptVCCMinus, ShpVCCMinusOn);
+}
+
 void frmMotherboardDAQ2::OptVCC_Click(int index) {
     OnScopeExit afterFault([this] { setButtonsEnabled(true); });
     cmdDisableButtons_Click();
@@ -104,7 +119,7 @@ void frmMotherboardDAQ2::OptVCC_Click(int index) {
         }
     } else if (index == 1) {
         // Without tracking only the controller console's mirror is cleared: the image keeps VCC's bit, and
-        // the write below sends it still set. Deliberate.
+        // the write below sends it still set. VCC's own pin box switches it off then.
         console().chkGPvalueP2[5].setValue(0);
         ShpVCCon.setColour(Colour::Black);
         if (uses_.supply.TrackOn) {
@@ -130,7 +145,8 @@ void frmMotherboardDAQ2::OptVCCMinus_Click(int index) {
     if (index == 0) {
         ShpVCCMinusOn.setColour(Colour::LightRed);
         chkPData[kPinMinus].setValue(1);
-        chkPData_Click(kPinVcc); // the neighbour's click, as ever; the assignment has run the pin's own
+        // The neighbour's: VCC's bit follows its box again. The assignment has run the pin's own.
+        chkPData_Click(kPinVcc);
     } else if (index == 1) {
         ShpVCCMinusOn.setColour(Colour::Black);
         setPin(kPinMinus, 0);

@@ -65,6 +65,37 @@ TEST_F(SuppliesTest, WithoutTrackSwitchingVccOffLeavesItsBitInTheImage) {
     EXPECT_EQ(bus.state().vminus, 0);
 }
 
+TEST_F(SuppliesTest, LampsAndOptionsFollowABoardThatComesBack) {
+    bus.setBoards(2);
+    openI2c();
+    const auto shown = [this](Colour lamp, bool on) {
+        for (const Lamp* each : {&board().ShpVCCon, &board().ShpVCCMinusOn, &i2c().ShpVCCon, &i2c().ShVM})
+            EXPECT_EQ(each->colour(), lamp) << each->path();
+        for (auto* options : {&board().OptVCC, &board().OptVCCMinus, &i2c().OptVCC, &i2c().OptVM})
+            EXPECT_TRUE((*options)[on ? 0 : 1].value()) << options->name();
+        EXPECT_EQ(bus.state().vcc > 2.0, on);
+        EXPECT_EQ(bus.state().vminus < 0, on);
+        EXPECT_EQ(byteOf("PBuf", 2) & 0x60, on ? 0x60 : 0);
+    };
+    console().cmdReconnect.userClick(); // as it was
+    shown(Colour::LightRed, true);
+    console().cboEVBinstance.userSelect(1);
+    EXPECT_EQ(i2c().ShpVCCon.colour(), Colour::Black);
+    console().cboEVBinstance.userSelect(0);
+    shown(Colour::LightRed, true);
+    bus.unplug(0);
+    bus.plug(0);
+    sent();
+    console().cmdReconnect.userClick();
+    for (const std::string& report : sent(3))
+        EXPECT_EQ(report.substr(6), "01"); // only read
+    shown(Colour::Black, false);
+    i2c().ChkShutDown2.userClick(); // any other pin
+    shown(Colour::Black, false);
+    i2c().OptVCC[0].userClick();
+    shown(Colour::LightRed, true);
+}
+
 TEST_F(SuppliesTest, MinusOnRunsItsNeighboursClick) {
     loadConsoles();
     board().ChkTrack.userClick();

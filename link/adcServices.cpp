@@ -1,6 +1,7 @@
 #include "link/frmMainF340.h"
 
 #include "link/pinNames.h"
+#include "link/readings.h"
 
 #include <array>
 #include <cmath>
@@ -158,13 +159,22 @@ void frmMainF340::cmdMuxWrite_Click() {
         }
     }
     uses_.trace.detail({"ADC Connect: +INP =", cboAnamux[0].text(), "  ADC -INP =", cboAnamux[1].text()});
+    connectedInput_ = cboAnamux[0].text();
     sendCommand(Command::AdcMux, kFill,
                 {report::kWrite, hexToByte(cboAnamux[0].text()), hexToByte(cboAnamux[1].text())});
 }
 
+bool frmMainF340::readLabels(Command command, unsigned prepare, ControlArray<Label>& labels) {
+    const bool asked = readCommand(command, prepare, {report::kRead});
+    if (asked)
+        showReply(labels);
+    else
+        markReadings(labels, false);
+    return asked;
+}
+
 void frmMainF340::cmdRdADMux_Click() {
-    if (readCommand(Command::AdcMux, kPurgeFill, {report::kRead}))
-        showReply(lblADMuxData);
+    readLabels(Command::AdcMux, kPurgeFill, lblADMuxData);
 }
 
 void frmMainF340::cmdADCWrEn_Click() {
@@ -173,9 +183,8 @@ void frmMainF340::cmdADCWrEn_Click() {
 }
 
 void frmMainF340::cmdADCRDEnable_Click() {
-    if (!readCommand(Command::AdcEnable, kPurge, {report::kRead}))
+    if (!readLabels(Command::AdcEnable, kPurge, lblADCEnable))
         return;
-    showReply(lblADCEnable);
     ShpADCEn[0].setColour(byteAt(2) != 0 ? Colour::LightRed : Colour::Black);
 }
 
@@ -187,13 +196,13 @@ void frmMainF340::cmdADCRDData_Click() {
     const std::uint8_t sampleMode = toByte(roundHalfEven(leadingNumber(cboADCReadMode[1].text())));
     const bool written = sendCommand(Command::AdcRead, kPurge, {readMode, sampleMode});
     lblBytesSucceded.setCaption(numberToText(written ? hid::kReportSize : 0));
-    if (link().checkStatus(written) == kLinkGood)
-        link().readReply();
+    replied_ = link().checkStatus(written) == kLinkGood && link().readReply();
     uses_.analog.ADHigh = byteAt(2);
     uses_.analog.ADLow = byteAt(3);
     // A high byte of 0x80 or more gives 32768 and more; no fault.
     const int count = uses_.analog.ADHigh * 256 + uses_.analog.ADLow;
     txtADDec.setText(decimalText(count));
+    markReading(txtADDec, replied_);
     uses_.analog.ADVolts = throughText(uses_.analog.ADRef / 1023 * count);
     if (uses_.trace.detailOn())
         uses_.trace.detail({" Decimal Count = ", decimalText(count)});
@@ -204,8 +213,7 @@ void frmMainF340::cmdWriteADCClock_Click() {
 }
 
 void frmMainF340::cmdReadADCClock_Click() {
-    if (readCommand(Command::AdcClock, kPurgeFill, {report::kRead}))
-        showReply(lblADCClockDaa);
+    readLabels(Command::AdcClock, kPurgeFill, lblADCClockDaa);
 }
 
 void frmMainF340::cmdADCWrmode1_Click() {
@@ -214,9 +222,8 @@ void frmMainF340::cmdADCWrmode1_Click() {
 }
 
 void frmMainF340::cmdADCRDMode16_Click() {
-    if (!readCommand(Command::AdcSampleMode, kPurgeFill, {report::kRead}))
+    if (!readLabels(Command::AdcSampleMode, kPurgeFill, lblADCMode1Data))
         return;
-    showReply(lblADCMode1Data);
     OptiADCSamples[lblADCMode1Data[2].caption() == "01" ? 1 : 0].setValue(true);
 }
 
@@ -225,8 +232,7 @@ void frmMainF340::cmdWrtLoopCount_Click() {
 }
 
 void frmMainF340::cmdRdADCAvg_Click() {
-    if (readCommand(Command::AdcLoopCount, kPurgeFill, {report::kRead}))
-        showReply(lblADCLoopData);
+    readLabels(Command::AdcLoopCount, kPurgeFill, lblADCLoopData);
 }
 
 void frmMainF340::cmdADCWriteSampleRate_Click() {
@@ -235,13 +241,11 @@ void frmMainF340::cmdADCWriteSampleRate_Click() {
 }
 
 void frmMainF340::cmdADCRdSampleRate_Click() {
-    if (readCommand(Command::AdcSampleRate, kPurgeFill, {report::kRead}))
-        showReply(lblADCSampleData);
+    readLabels(Command::AdcSampleRate, kPurgeFill, lblADCSampleData);
 }
 
 void frmMainF340::cmdRdADCMode_Click() {
-    if (readCommand(Command::AdcRefcon, kPurgeFill, {report::kRead}))
-        showReply(lblADCRefcon);
+    readLabels(Command::AdcRefcon, kPurgeFill, lblADCRefcon);
 }
 
 void frmMainF340::cmdWrADCMode_Click() {
@@ -274,9 +278,11 @@ void frmMainF340::cmdWrtADReg_Click() {
                                                        hexToByte(txtADCDelay[0].text())};
     link().fillReportBuffer(0); // filled first, then drained: this command has it the other way round
     link().linkOk = link().checkStatus(sendCommand(Command::ExtAdcAccess, kPurge, bytes)) > 0;
+    replied_ = link().linkOk && link().readReply();
+    markReadings(lblAdRcv, replied_);
+    markReading(lblADRegRead, replied_);
     if (!link().linkOk)
         return;
-    link().readReply();
     for (auto& label : lblAdRcv)
         label->setCaption(byteToHex2(byteAt(1 + label->index())));
     events().letEventsRun();
@@ -292,9 +298,11 @@ void frmMainF340::cmdRD7150_Click() {
                                                        hexToByte(txtADCDelay[0].text())};
     link().fillReportBuffer(0);
     link().linkOk = link().checkStatus(sendCommand(Command::ExtAdcAccess, kPurge, bytes)) > 0;
+    replied_ = link().linkOk && link().readReply();
+    markReadings(lblADDecimal, replied_);
+    markReading(lbl_ADReal, replied_);
     if (!link().linkOk)
         return;
-    link().readReply();
     constexpr int kSign = 0x800000;
     int value = byteAt(3) * 65536 + byteAt(4) * 256 + byteAt(5);
     if (value >= kSign)

@@ -1,6 +1,7 @@
 #include "link/frmMainF340.h"
 
 #include "link/pinNames.h"
+#include "link/readings.h"
 
 #include <algorithm>
 #include <utility>
@@ -16,6 +17,29 @@ frmMainF340::frmMainF340(PanelContext& context, Uses uses)
     wireSpi();
     wireGpio();
     wireAdc();
+    markStartReadings();
+}
+
+void frmMainF340::markStartReadings() {
+    for (auto* labels :
+         {&lblRdOC, &lblRdGPData, &lblRdGPAnalog, &lblSFRBuf, &lblADMuxData, &lblADCRefcon, &lblADCClockDaa,
+          &lblADCMode1Data, &lblADCLoopData, &lblADCSampleData, &lblADCEnable, &lblAdRcv, &lblADDecimal})
+        for (auto& label : *labels)
+            label->markUnread();
+    for (auto* boxes : {&txtReadVal, &TXTI2C, &txtPBufRd})
+        for (auto& box : *boxes)
+            box->markUnread();
+    for (Control* field :
+         std::initializer_list<Control*>{&lblFirmwareVersion, &txtFirmwareVersion, &txtReadIndividual,
+                                         &txtADDec, &lblADRegRead, &lbl_ADReal})
+        field->markUnread();
+}
+
+void frmMainF340::markBusReadingsStale(const std::string& cause) {
+    for (auto* boxes : {&txtReadVal, &TXTI2C})
+        for (auto& box : *boxes)
+            box->markStale(cause);
+    txtReadIndividual.markStale(cause);
 }
 
 void frmMainF340::wireBoard() {
@@ -41,6 +65,18 @@ void frmMainF340::wireBoard() {
     action("getLEDstate", &frmMainF340::getLEDstate);
     action("checkValidEntryHex", &frmMainF340::checkValidEntryHex);
     action("checkValidEntryDecInt", &frmMainF340::checkValidEntryDecInt);
+    addAction("clipboardKeys", [this](const ActionArgs& args) -> ActionValue {
+        requireArguments(args, 3);
+        // The field as scripts name it: "txtWriteVal(3)".
+        const std::string path = textArgument(args, 0);
+        const auto found = std::find_if(controls().begin(), controls().end(),
+                                        [&path](const Control* control) { return control->path() == path; });
+        if (found == controls().end() || (*found)->kind() != Control::Kind::TextBox)
+            throw ArgumentError("There is no text box " + path);
+        clipboardKeys(static_cast<TextBox&>(**found), static_cast<int>(wholeArgument(args, 1)),
+                      static_cast<int>(wholeArgument(args, 2)));
+        return {};
+    });
 }
 
 void frmMainF340::Form_Load() {
@@ -90,6 +126,7 @@ void frmMainF340::cboEVBinstance_Click() {
         return;
     uses_.trace.line({"Perform HID Init cboEVBInstance"});
     link().selectInstance(cboEVBinstance.itemData());
+    markBusReadingsStale("a board was chosen since");
     const unsigned retries = link().retries();
     for (const auto read :
          {&frmMainF340::getLEDstate, &frmMainF340::cboSMBusFrequency_init, &frmMainF340::getI2Coptions,
@@ -124,7 +161,10 @@ std::string firmwareVersion(const hid::Report& reply) {
 }
 
 void frmMainF340::cmdFirmwareVersion_Click() {
-    if (!readState(Command::FirmwareVersion, Lost::GoOn, {}))
+    const bool asked = readState(Command::FirmwareVersion, Lost::GoOn, {});
+    markReading(lblFirmwareVersion, replied_);
+    markReading(txtFirmwareVersion, replied_);
+    if (!asked)
         return;
     lblFirmwareVersion.setCaption("Firmware Version " + firmwareVersion(link().reportBuffer));
     txtFirmwareVersion.setText(lblFirmwareVersion.caption());
@@ -222,6 +262,7 @@ bool frmMainF340::readState(Command command, Lost lost, std::initializer_list<st
 void frmMainF340::showReply(ControlArray<Label>& labels) {
     for (auto& label : labels)
         label->setCaption(byteToHex2(byteAt(label->index())));
+    markReadings(labels, replied_);
 }
 
 } // namespace vrk

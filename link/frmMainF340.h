@@ -288,6 +288,13 @@ class frmMainF340 final : public Panel {
 
     modHID& link() const { return uses_.link; }
 
+    /// The last command that asks for a reply got it. What the fields show is of no worth otherwise.
+    bool replied() const { return replied_; }
+    /// The input that the multiplexer was connected to last, as its list names it.
+    const std::string& connectedInput() const { return connectedInput_; }
+    /// What was read of the part over its bus no longer holds. \param cause in words, for the user
+    void markBusReadingsStale(const std::string& cause);
+
     /// Gain of the external converter; 0 becomes 1 at its first use.
     double externalGain = 1;
 
@@ -322,10 +329,14 @@ class frmMainF340 final : public Panel {
     bool readState(report::Command command, Lost lost,
                    std::initializer_list<std::uint8_t> bytes = {report::kRead});
     void showReply(ControlArray<Label>& labels);
+    /// readCommand() into labels, which keep what they show if the write fails.
+    bool readLabels(report::Command command, unsigned prepare, ControlArray<Label>& labels);
 
     bool collectWriteData(std::span<std::uint8_t> data);
     bool loadRegisterFile(std::span<std::uint8_t> data, std::span<bool> given);
-    void showReadData(std::span<const std::uint8_t> data, std::uint8_t startRegister);
+    void showReadData(std::span<const std::uint8_t> data, std::uint8_t startRegister, bool good);
+    void showIndividual(std::uint8_t value, bool good);
+    void markStartReadings();
     void showAddress(std::uint8_t address);
     std::uint8_t address() const { return uses_.link.i2cAddress; }
 
@@ -348,7 +359,8 @@ class frmMainF340 final : public Panel {
     bool programChange_ = false;
     bool rewriting_ = false;
     bool stopScan_ = false;
-    bool replied_ = false; ///< the last command with a reply got it
+    bool replied_ = false;
+    std::string connectedInput_;
     Signal<> i2cClocksListed_;
     Signal<> spiClocksListed_;
 };

@@ -1,5 +1,7 @@
 #include "link/frmMainF340.h"
 
+#include "link/readings.h"
+
 #include <array>
 #include <utility>
 
@@ -190,8 +192,10 @@ bool frmMainF340::readSfr() {
     if (readCommand(Command::SfrAccess, kPurgeFill, {report::kRead, hexToByte(txtSFRAddress.text())}))
         showReply(lblSFRBuf);
     else // nothing was asked, so nothing may look like an answer
-        for (auto& label : lblSFRBuf)
+        for (auto& label : lblSFRBuf) {
             label->setCaption("--");
+            markReading(*label, false);
+        }
     return replied_;
 }
 
@@ -222,9 +226,11 @@ void frmMainF340::readPort(Role role, int port) {
     }
     if (!readCommand(Command::SfrAccess, kFill, {report::kRead, hexToByte(fields.address)})) {
         fields.indicator.setColour(Colour::LightRed);
+        markReading(fields.read, false);
         return;
     }
     fields.read.setCaption(byteToHex2(byteAt(3)));
+    markReading(fields.read, replied_);
     if (fields.read.caption() == fields.written.caption())
         fields.indicator.blinkGood();
     else
@@ -286,6 +292,7 @@ bool frmMainF340::readSfrRow(int row, bool intoWriteColumn) {
     const std::string value = lblSFRBuf[3].caption();
     events().letEventsRun();
     txtPBufRd[row].setText(value);
+    markReading(txtPBufRd[row], replied);
     if (intoWriteColumn && chkWriteEqRead.checked())
         txtPBuf[row].setText(value);
     if (good)

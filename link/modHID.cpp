@@ -1,6 +1,7 @@
 #include "link/modHID.h"
 
 #include <algorithm>
+#include <array>
 #include <utility>
 
 namespace vrk {
@@ -141,8 +142,25 @@ hid::ReadResult modHID::readReport(hid::Report& report, Milliseconds timeout) {
     return result;
 }
 
+void modHID::tellFailed(const std::string& what) const {
+    static constexpr std::array<const char*, report::kCommandCount> kNames = {
+        "firmware version", "LEDs",         "pin modes",       "pin values",
+        "I2C options",      "I2C clock",    "I2C transfer",    "SPI options",
+        "SPI clock",        "SPI transfer", "converter clock", "converter reference",
+        "converter input",  "sample mode",  "loop count",      "sample rate",
+        "converter enable", "conversion",   "register access", "external converter"};
+    if (failsQuietly())
+        return;
+    context_.results.add({.good = false,
+                          .text = what + (request_ < kNames.size() ? kNames.at(request_) : "request"),
+                          .detail = "command " + decimalText(request_),
+                          .field = {},
+                          .time = context_.clock().wallTime()});
+}
+
 void modHID::noteNoReply(hid::ReadResult result) {
     hidLinkCode = 1;
+    tellFailed("No reply: ");
     if (result == hid::ReadResult::TimedOut)
         ++overdue_;
     if (health_ != Health::Gone) // a board that is gone is no silent one
@@ -177,9 +195,12 @@ void modHID::purgeInputReports() {
 bool modHID::writeReport() {
     if (overdue_ > 0)
         drainLate(kPurgeStep);
+    request_ = reportBuffer[report::kCommandByte];
     const bool written = host_.write(hidHandle, reportBuffer);
-    if (!written)
+    if (!written) {
         hidLinkCode = kLinkWriteFailed;
+        tellFailed("The board did not take the request: ");
+    }
     setHealth(written ? (health_ == Health::Silent ? Health::Silent : Health::Attached) : Health::Gone);
     return written;
 }

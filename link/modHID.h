@@ -185,6 +185,7 @@ class modHID {
     int drain(hid::Report& into, Milliseconds firstStep);
     void drainLate(Milliseconds firstStep);
     void noteNoReply(hid::ReadResult result);
+    void tellFailed(const std::string& what) const;
     bool findBoards();
     bool openBoards();
     void readBoards();
@@ -201,9 +202,10 @@ class modHID {
     bool quietStart_ = false;
     Discovery discovery_;
     unsigned retries_ = 0;
-    int overdue_ = 0;      ///< replies that did not come in time and may still come
-    int drained_ = 0;      ///< stale reports since the readings of a discovery began
-    bool flooded_ = false; ///< the user has been told that the device never stops sending
+    int overdue_ = 0;          ///< replies that did not come in time and may still come
+    std::uint8_t request_ = 0; ///< command of the last report written
+    int drained_ = 0;          ///< stale reports since the readings of a discovery began
+    bool flooded_ = false;     ///< the user has been told that the device never stops sending
     unsigned transfers_ = 0;
     int lastTransfer_ = 0;
     Health health_ = Health::Unknown;

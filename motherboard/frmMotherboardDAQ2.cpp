@@ -1,6 +1,7 @@
 #include "motherboard/frmMotherboardDAQ2.h"
 
 #include "link/pinNames.h"
+#include "link/readings.h"
 
 #include <array>
 #include <utility>
@@ -65,6 +66,7 @@ void frmMotherboardDAQ2::wirePorts() {
     for (int reg = 0; reg < kRegisters; ++reg) {
         txtPBuf[reg].setText("00");
         txtPBufRd[reg].setText("00");
+        txtPBufRd[reg].markUnread();
         hexBox(txtPBuf[reg]);
     }
     cmdWrtPipe1.setCaption("Write Ports");
@@ -161,7 +163,7 @@ void frmMotherboardDAQ2::cmdReadPipe1_Click() {
     console().cmdReadSKF_Click();
     static constexpr std::array<int, kRegisters> kRows = {0, 1, 2, 6, 7, 8};
     for (int reg = 0; reg < kRegisters; ++reg)
-        txtPBufRd[reg].setText(console().txtPBufRd[kRows.at(static_cast<std::size_t>(reg))].text());
+        takeReading(txtPBufRd[reg], console().txtPBufRd[kRows.at(static_cast<std::size_t>(reg))]);
     afterFault.dismiss();
     cmdEnableBUttons_Click();
 }
@@ -211,8 +213,10 @@ void frmMotherboardDAQ2::wireBoxes() {
     fill(txtSPIWrite2Data, {"00", "C0", "00", "00", "00", "00"});
     fill(txtSPIWrite3Data, {"00", "80", "00", "00", "00", "00"});
     for (auto* boxes : {&txtI2CRead, &txtSPIORead, &txtSPIORead3})
-        for (auto& box : *boxes)
+        for (auto& box : *boxes) {
             box->setText("--");
+            box->markUnread();
+        }
     for (TextBox* box : {&txtI2CWriteStatus, &txtI2CReadStatus, &txtSPIReadCnt2, &txtSPIReadCnt3})
         box->setText("--");
     for (auto* boxes : {&txtI2COut, &txtI2CIN, &txtSPIWrite2Data, &txtSPIWrite3Data})
@@ -258,7 +262,7 @@ void frmMotherboardDAQ2::cmdI2CRead_Click() {
     console().cmdRead_Click();
     const int count = decimalByte(txtI2CIN[0].text());
     for (int k = 0; k <= count; ++k) // one more box than the count
-        txtI2CRead[k].setText(console().txtReadVal[k].text());
+        takeReading(txtI2CRead[k], console().txtReadVal[k]);
     ShpI2CNAK[1].setColour(uses_.link.i2cStatus == kLinkGood ? Colour::LightGreen : Colour::LightRed);
     afterFault.dismiss();
     cmdEnableBUttons_Click();
@@ -300,12 +304,14 @@ void frmMotherboardDAQ2::spiExchange(const SpiRow& row) {
         console().txtWriteVal[k].setText(row.data[k + 1].text());
     console().cmdSPIWrite_Click();
     row.count.setText("--");
-    for (auto& box : row.read)
+    for (auto& box : row.read) {
         box->setText("--");
+        box->markUnread();
+    }
     row.count.setText(row.quantity.text());
     const int count = decimalByte(row.quantity.text());
     for (int k = 0; k <= count; ++k)
-        row.read[k].setText(console().txtReadVal[k].text());
+        takeReading(row.read[k], console().txtReadVal[k]);
     events().letEventsRun();
     afterFault.dismiss();
     cmdEnableBUttons_Click();

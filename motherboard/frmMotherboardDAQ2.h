@@ -172,6 +172,7 @@ class frmMotherboardDAQ2 final : public Panel {
     void setImageBit(int reg, int bit, bool set);
     void setDrive(int index, int value);
     void dacExchange(DacRow row);
+    void supplySwitched();
     void selectDac(bool selected);
     void spiExchange(const SpiRow& row);
     void fillChannels();

@@ -1,5 +1,7 @@
 #include "motherboard/frmMotherboardDAQ2.h"
 
+#include "link/readings.h"
+
 #include <array>
 #include <utility>
 
@@ -25,7 +27,10 @@ void frmMotherboardDAQ2::wireSupplies() {
     }
     for (auto& cell : txtSPIRd)
         cell->setText("--");
+    for (auto& cell : txtSPIRd)
+        cell->markUnread();
     lblVCCVoltsRDBK.setCaption("0.000");
+    lblVCCVoltsRDBK.markUnread();
     lblCal_header.setCaption("Defaults");
     cmdSPIWrite.setCaption("Write Reg");
     cmdSPIWrite2.setCaption("Write Data");
@@ -70,7 +75,7 @@ void frmMotherboardDAQ2::dacExchange(DacRow row) {
     }
     console().cmdSPIWrite_Click();
     for (int k = 0; k < 4; ++k)
-        txtSPIRd[k].setText(console().txtReadVal[k].text());
+        takeReading(txtSPIRd[k], console().txtReadVal[k]);
     selectDac(false);
     events().letEventsRun();
     afterFault.dismiss();
@@ -90,11 +95,23 @@ void frmMotherboardDAQ2::cmdSPIReadData_Click() {
     dacExchange(DacRow::ReadData);
 }
 
+void frmMotherboardDAQ2::supplySwitched() {
+    constexpr char kCause[] = "a supply was switched since";
+    for (Control* reading :
+         std::initializer_list<Control*>{&lblVCCVoltsRDBK, &txtADDec, &txtRdgs[0], &txtGPIOUserName[0]})
+        reading->markStale(kCause);
+    for (auto& box : txtI2CRead)
+        box->markStale(kCause);
+    console().markBusReadingsStale(kCause);
+}
+
 void frmMotherboardDAQ2::followSupplyPins() {
     const bool before = std::exchange(uses_.link.suppressControlEvents, true);
     const OnScopeExit restore([this, before] { uses_.link.suppressControlEvents = before; });
     const auto follow = [this](int pin, ControlArray<OptionButton>& options, Lamp& lamp) {
         const bool on = console().chkGPvalue(pin / 8)[pin % 8].checked();
+        if (on != options[0].value())
+            supplySwitched();
         // The image too: the next write of any other pin must not switch a supply.
         setPin(pin, on ? 1 : 0);
         options[on ? 0 : 1].showSelected();
@@ -108,6 +125,7 @@ void frmMotherboardDAQ2::OptVCC_Click(int index) {
     OnScopeExit afterFault([this] { setButtonsEnabled(true); });
     cmdDisableButtons_Click();
     uses_.supply.TrackOn = ChkTrack.value() == 1;
+    supplySwitched();
     events().letEventsRun();
     if (index == 0) {
         ShpVCCon.setColour(Colour::LightRed);
@@ -141,6 +159,7 @@ void frmMotherboardDAQ2::OptVCCMinus_Click(int index) {
         return;
     OnScopeExit afterFault([this] { setButtonsEnabled(true); });
     cmdDisableButtons_Click();
+    supplySwitched();
     events().letEventsRun();
     if (index == 0) {
         ShpVCCMinusOn.setColour(Colour::LightRed);
@@ -176,6 +195,9 @@ void frmMotherboardDAQ2::cmdSampleVCC_Click() {
     READ_AD();
     READ_AD();
     lblVCCVoltsRDBK.setCaption(formatNumber(uses_.analog.ADVolts2, "#0.000"));
+    // The multiplexer stays where it was: the list alone has moved.
+    lblVCCVoltsRDBK.setToolTip("Twice the volts at " + console().connectedInput());
+    markReading(lblVCCVoltsRDBK, console().replied());
     afterFault.dismiss();
     cmdEnableBUttons_Click();
 }

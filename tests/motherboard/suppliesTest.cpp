@@ -32,6 +32,25 @@ TEST_F(SuppliesTest, FourFramesOfTheSupplyDac) {
     }
     EXPECT_EQ(bus.state().code, 0x77);
     EXPECT_EQ(b.txtSPIRd[2].text(), "77"); // the code read back
+    EXPECT_EQ(b.txtSPIRd[2].freshness()->state, Freshness::State::Fresh);
+    // A lost reply leaves no value that looks read, and U5 not selected.
+    fault(sim::FaultKind::NoReply, 1, 9);
+    answer(Choice::Retry);
+    b.cmdSPIReadData.userClick();
+    EXPECT_EQ(boxes().size(), 1U);
+    EXPECT_EQ(b.txtSPIRd[2].freshness()->state, Freshness::State::Stale);
+    EXPECT_EQ(bus.state().sfr.at("A0") & 0x10, 0x10);
+    EXPECT_EQ(unlocked(), 13);
+    // Measures the input that is connected, VIN0, though the list moves to VIN4; a switch makes it stale.
+    b.Combo1.setListIndex(6);
+    b.cmdSampleVCC.userClick();
+    EXPECT_EQ(b.lblVCCVoltsRDBK.toolTip(), "Twice the volts at 06 - P1.6");
+    EXPECT_EQ(b.lblVCCVoltsRDBK.freshness()->state, Freshness::State::Fresh);
+    b.OptVCC[0].userClick();
+    EXPECT_EQ(b.lblVCCVoltsRDBK.freshness()->state, Freshness::State::Stale);
+    EXPECT_FALSE(b.lblVCCVoltsRDBK.freshness()->failed);
+    b.OptVCC[1].userClick();
+    sent();
     // The field of each row that is not sent.
     b.txtSPIwr[4].setText("FF");
     b.cmdSPIWrite2.userClick();

@@ -64,8 +64,10 @@ void Motherboard::followBoard() {
     frmMotherboardDAQ2* board = console_.loadedPanel();
     if (board == nullptr || !link_.attached())
         return;
-    board->followSupplyPins();
+    const bool moved = board->followSupplyPins();
     if (SupplyPanel* panel = active()) {
+        if (moved)
+            panel->suppliesMoved();
         const auto show = [](Lamp* lamp, const Lamp& source, OptionButton* option) {
             if (lamp != nullptr)
                 lamp->setColour(source.colour());

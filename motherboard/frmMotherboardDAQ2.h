@@ -60,8 +60,8 @@ class frmMotherboardDAQ2 final : public Panel {
     /// Sets a pin's data and runs its click, as every device panel does.
     void setPin(int index, int value);
     /// Image, options and lamps of both supplies as the controller console has read their pins. Nothing is
-    /// sent.
-    void followSupplyPins();
+    /// sent. \return true if they stand otherwise than shown until now
+    bool followSupplyPins();
 
     // Analog inputs
     ComboBox Combo1{*this, "Combo1"};

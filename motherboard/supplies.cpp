@@ -105,13 +105,13 @@ void frmMotherboardDAQ2::supplySwitched() {
     console().markBusReadingsStale(kCause);
 }
 
-void frmMotherboardDAQ2::followSupplyPins() {
+bool frmMotherboardDAQ2::followSupplyPins() {
     const bool before = std::exchange(uses_.link.suppressControlEvents, true);
     const OnScopeExit restore([this, before] { uses_.link.suppressControlEvents = before; });
-    const auto follow = [this](int pin, ControlArray<OptionButton>& options, Lamp& lamp) {
+    bool moved = false;
+    const auto follow = [this, &moved](int pin, ControlArray<OptionButton>& options, Lamp& lamp) {
         const bool on = console().chkGPvalue(pin / 8)[pin % 8].checked();
-        if (on != options[0].value())
-            supplySwitched();
+        moved = moved || on != options[0].value();
         // The image too: the next write of any other pin must not switch a supply.
         setPin(pin, on ? 1 : 0);
         options[on ? 0 : 1].showSelected();
@@ -119,6 +119,9 @@ void frmMotherboardDAQ2::followSupplyPins() {
     };
     follow(kPinVcc, OptVCC, ShpVCCon);
     follow(kPinMinus, OptVCCMinus, ShpVCCMinusOn);
+    if (moved)
+        supplySwitched();
+    return moved;
 }
 
 void frmMotherboardDAQ2::OptVCC_Click(int index) {

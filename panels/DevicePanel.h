@@ -28,6 +28,10 @@ class DevicePanel : public Panel, public SupplyPanel, public SupplyBlock, public
     Lamp* minusLamp() override { return &ShVM; }
     OptionButton* vccOption(int index) override { return &OptVCC[index]; }
     OptionButton* minusOption(int index) override { return &OptVM[index]; }
+    void suppliesMoved() override {
+        lblVCCVolts.markStale("the board came back with other supplies");
+        supplyChanged();
+    }
     CheckBox* trackBox() override { return &ChkTrack; }
     ComboBox* vccList() override { return &CboVCC; }
 

@@ -109,6 +109,7 @@ TEST_F(SuppliesTest, LampsAndOptionsFollowABoardThatComesBack) {
     for (const std::string& report : sent(3))
         EXPECT_EQ(report.substr(6), "01"); // only read
     shown(Colour::Black, false);
+    EXPECT_EQ(i2c().lblVCCVolts.freshness()->state, Freshness::State::Stale);
     i2c().ChkShutDown2.userClick(); // any other pin
     shown(Colour::Black, false);
     i2c().OptVCC[0].userClick();

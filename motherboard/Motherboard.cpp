@@ -133,9 +133,9 @@ void Motherboard::applyCalibration(ComboBox* list) {
         list->setListIndex(kStartRow);
     }
     console_->lblCal_header.setCaption(file.header);
-    if (isNumeric(file.reference)) // a file cut short must not set the converter's reference to 0
-        analog_.VrefCal = leadingNumber(file.reference);
-    analog_.ADRef = analog_.VrefCal;
+    // A file that is cut short or damaged must not take the converter's scale away.
+    if (isNumeric(file.reference) && leadingNumber(file.reference) > 0)
+        analog_.ADRef = analog_.VrefCal = leadingNumber(file.reference);
     context_.events.letEventsRun();
 }
 

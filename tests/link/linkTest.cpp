@@ -290,7 +290,7 @@ TEST_F(LinkTest, DeviceThatNeverStopsSendingIsToldOnce) {
 /// As often as the user likes, in the discovery itself too: nothing may pile up on the stack.
 TEST_F(LinkTest, RetryMayBeAnsweredAnyNumberOfTimes) {
     loadConsoles();
-    constexpr int kTimes = 20000;
+    constexpr int kTimes = 5000;
     for (const auto& [kind, command, button] : {std::tuple{FaultKind::WriteFails, 1, &console().cmdReconnect},
                                                 {FaultKind::WriteFails, 18, &console().cmdGetSDFValue},
                                                 {FaultKind::WriteFails, 6, &console().cmdWrite},

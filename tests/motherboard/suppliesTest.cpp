@@ -51,6 +51,11 @@ TEST_F(SuppliesTest, FourFramesOfTheSupplyDac) {
     EXPECT_FALSE(b.lblVCCVoltsRDBK.freshness()->failed);
     b.OptVCC[1].userClick();
     sent();
+    for (const auto& [typed, text] : {std::pair{"7g", "7"}, {"101", "00"}, {"0", "00"}, {"ff", "FF"}}) {
+        type(b.txtSPIwr[13], typed);
+        b.txtSPIwr[13].userLeave();
+        EXPECT_EQ(b.txtSPIwr[13].text(), text);
+    }
     // The field of each row that is not sent.
     b.txtSPIwr[4].setText("FF");
     b.cmdSPIWrite2.userClick();
@@ -141,6 +146,15 @@ TEST_F(SuppliesTest, CalibrationFileTakesThePlaceOfTheBuiltInCodes) {
     i2c().cmdUpdateVCC.userClick();
     EXPECT_EQ(bus.state().code, 0x2D);
     EXPECT_EQ(i2c().lblSPICode.caption(), "2D");
+    // A file that ends early leaves the fields that it has; a reference that is none leaves the scale.
+    for (const auto& [reference, kept] : {std::pair{"3.1", 3.1}, {"0", 3.1}, {"-2", 3.1}, {"3.2x", 3.1}}) {
+        folder.write("VRK_Cal_Data.txt",
+                     std::string("cut\r\nVREF,") + reference + "\r\n2.7,2E,1.3,2.6\r\n3.0,37");
+        (*bench.findModuleAction("initSupplyDefaults"))({});
+        EXPECT_EQ(number("ADRef"), kept) << reference;
+        EXPECT_EQ(code(0) + code(1) + code(2) + i2c().CboVCC.row(1).text + i2c().CboVCC.row(2).text,
+                  "2E37--3.0x.x");
+    }
 }
 
 } // namespace

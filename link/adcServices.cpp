@@ -1,6 +1,7 @@
 #include "link/frmMainF340.h"
 
 #include "link/pinNames.h"
+#include "link/readings.h"
 
 #include <array>
 #include <cmath>
@@ -98,7 +99,7 @@ void frmMainF340::wireAdc() {
 }
 
 void frmMainF340::fillMuxLists() {
-    const bool board340 = uses_.ProcessorID == 340;
+    const bool board340 = uses_.analog.ProcessorID == 340;
     std::vector<RowControl::Row> pins;
     if (board340) {
         for (const std::string_view text : kInputs340)
@@ -116,10 +117,10 @@ void frmMainF340::fillMuxLists() {
     negative.push_back({"1F - GND", 0});
     cboAnamux[0].setRows(std::move(positive));
     cboAnamux[1].setRows(std::move(negative));
-    uses_.MuxVCCIndex = board340 ? 11 : 10;
-    uses_.MuxGroundIndex = board340 ? 22 : 17;
-    cboAnamux[0].setListIndex(uses_.MuxVCCIndex);
-    cboAnamux[1].setListIndex(uses_.MuxGroundIndex);
+    uses_.analog.MuxVCCIndex = board340 ? 11 : 10;
+    uses_.analog.MuxGroundIndex = board340 ? 22 : 17;
+    cboAnamux[0].setListIndex(uses_.analog.MuxVCCIndex);
+    cboAnamux[1].setListIndex(uses_.analog.MuxGroundIndex);
     if (board340)
         return;
     for (int bit = 0; bit < 8; ++bit) {
@@ -143,7 +144,7 @@ void frmMainF340::cmdMuxWrite_Click() {
         txtModeByte[k].setText(decimalText(hexToInt(cboAnamux[k].text())));
     for (int k = 0; k < 2; ++k) {
         const int row = cboAnamux[k].listIndex();
-        if (uses_.ProcessorID == 340) {
+        if (uses_.analog.ProcessorID == 340) {
             const std::string text = cboAnamux[k].text();
             if (const auto at = text.find(" - P"); at != std::string::npos)
                 setPinAnalog(text[at + 4] - '0', text[at + 6] - '0');
@@ -151,20 +152,29 @@ void frmMainF340::cmdMuxWrite_Click() {
             setPinAnalog(1, row);
         } else if (row >= 8 && row <= 10) {
             setPinAnalog(2, row - 8);
-            // Row 10 takes P2.3 along with P2.2, and row 11, which names P2.3, takes none. Both are
-            // deliberate.
+            // Row 10 takes P2.3 along with P2.2, and row 11, which names P2.3, takes none: benches count on
+            // VIN4, row 10, being measured with both pins analog.
             if (row == 10)
                 setPinAnalog(2, 3);
         }
     }
     uses_.trace.detail({"ADC Connect: +INP =", cboAnamux[0].text(), "  ADC -INP =", cboAnamux[1].text()});
+    connectedInput_ = cboAnamux[0].text();
     sendCommand(Command::AdcMux, kFill,
                 {report::kWrite, hexToByte(cboAnamux[0].text()), hexToByte(cboAnamux[1].text())});
 }
 
+bool frmMainF340::readLabels(Command command, unsigned prepare, ControlArray<Label>& labels) {
+    const bool asked = readCommand(command, prepare, {report::kRead});
+    if (asked)
+        showReply(labels);
+    else
+        markReadings(labels, false);
+    return asked;
+}
+
 void frmMainF340::cmdRdADMux_Click() {
-    if (readCommand(Command::AdcMux, kPurgeFill, {report::kRead}))
-        showReply(lblADMuxData);
+    readLabels(Command::AdcMux, kPurgeFill, lblADMuxData);
 }
 
 void frmMainF340::cmdADCWrEn_Click() {
@@ -173,9 +183,8 @@ void frmMainF340::cmdADCWrEn_Click() {
 }
 
 void frmMainF340::cmdADCRDEnable_Click() {
-    if (!readCommand(Command::AdcEnable, kPurge, {report::kRead}))
+    if (!readLabels(Command::AdcEnable, kPurge, lblADCEnable))
         return;
-    showReply(lblADCEnable);
     ShpADCEn[0].setColour(byteAt(2) != 0 ? Colour::LightRed : Colour::Black);
 }
 
@@ -187,14 +196,14 @@ void frmMainF340::cmdADCRDData_Click() {
     const std::uint8_t sampleMode = toByte(roundHalfEven(leadingNumber(cboADCReadMode[1].text())));
     const bool written = sendCommand(Command::AdcRead, kPurge, {readMode, sampleMode});
     lblBytesSucceded.setCaption(numberToText(written ? hid::kReportSize : 0));
-    if (link().checkStatus(written) == kLinkGood)
-        link().readReply();
-    uses_.ADHigh = byteAt(2);
-    uses_.ADLow = byteAt(3);
+    replied_ = link().checkStatus(written) == kLinkGood && link().readReply();
+    uses_.analog.ADHigh = byteAt(2);
+    uses_.analog.ADLow = byteAt(3);
     // A high byte of 0x80 or more gives 32768 and more; no fault.
-    const int count = uses_.ADHigh * 256 + uses_.ADLow;
+    const int count = uses_.analog.ADHigh * 256 + uses_.analog.ADLow;
     txtADDec.setText(decimalText(count));
-    uses_.ADVolts = throughText(uses_.ADRef / 1023 * count);
+    markReading(txtADDec, replied_);
+    uses_.analog.ADVolts = throughText(uses_.analog.ADRef / 1023 * count);
     if (uses_.trace.detailOn())
         uses_.trace.detail({" Decimal Count = ", decimalText(count)});
 }
@@ -204,8 +213,7 @@ void frmMainF340::cmdWriteADCClock_Click() {
 }
 
 void frmMainF340::cmdReadADCClock_Click() {
-    if (readCommand(Command::AdcClock, kPurgeFill, {report::kRead}))
-        showReply(lblADCClockDaa);
+    readLabels(Command::AdcClock, kPurgeFill, lblADCClockDaa);
 }
 
 void frmMainF340::cmdADCWrmode1_Click() {
@@ -214,9 +222,8 @@ void frmMainF340::cmdADCWrmode1_Click() {
 }
 
 void frmMainF340::cmdADCRDMode16_Click() {
-    if (!readCommand(Command::AdcSampleMode, kPurgeFill, {report::kRead}))
+    if (!readLabels(Command::AdcSampleMode, kPurgeFill, lblADCMode1Data))
         return;
-    showReply(lblADCMode1Data);
     OptiADCSamples[lblADCMode1Data[2].caption() == "01" ? 1 : 0].setValue(true);
 }
 
@@ -225,8 +232,7 @@ void frmMainF340::cmdWrtLoopCount_Click() {
 }
 
 void frmMainF340::cmdRdADCAvg_Click() {
-    if (readCommand(Command::AdcLoopCount, kPurgeFill, {report::kRead}))
-        showReply(lblADCLoopData);
+    readLabels(Command::AdcLoopCount, kPurgeFill, lblADCLoopData);
 }
 
 void frmMainF340::cmdADCWriteSampleRate_Click() {
@@ -235,17 +241,15 @@ void frmMainF340::cmdADCWriteSampleRate_Click() {
 }
 
 void frmMainF340::cmdADCRdSampleRate_Click() {
-    if (readCommand(Command::AdcSampleRate, kPurgeFill, {report::kRead}))
-        showReply(lblADCSampleData);
+    readLabels(Command::AdcSampleRate, kPurgeFill, lblADCSampleData);
 }
 
 void frmMainF340::cmdRdADCMode_Click() {
-    if (readCommand(Command::AdcRefcon, kPurgeFill, {report::kRead}))
-        showReply(lblADCRefcon);
+    readLabels(Command::AdcRefcon, kPurgeFill, lblADCRefcon);
 }
 
 void frmMainF340::cmdWrADCMode_Click() {
-    // Deliberate: the firmware has no write for the reference, and the button says so.
+    // The firmware has no write for the reference, and the button says so.
     context().say("Underconstruction");
 }
 
@@ -274,9 +278,11 @@ void frmMainF340::cmdWrtADReg_Click() {
                                                        hexToByte(txtADCDelay[0].text())};
     link().fillReportBuffer(0); // filled first, then drained: this command has it the other way round
     link().linkOk = link().checkStatus(sendCommand(Command::ExtAdcAccess, kPurge, bytes)) > 0;
+    replied_ = link().linkOk && link().readReply();
+    markReadings(lblAdRcv, replied_);
+    markReading(lblADRegRead, replied_);
     if (!link().linkOk)
         return;
-    link().readReply();
     for (auto& label : lblAdRcv)
         label->setCaption(byteToHex2(byteAt(1 + label->index())));
     events().letEventsRun();
@@ -292,9 +298,11 @@ void frmMainF340::cmdRD7150_Click() {
                                                        hexToByte(txtADCDelay[0].text())};
     link().fillReportBuffer(0);
     link().linkOk = link().checkStatus(sendCommand(Command::ExtAdcAccess, kPurge, bytes)) > 0;
+    replied_ = link().linkOk && link().readReply();
+    markReadings(lblADDecimal, replied_);
+    markReading(lbl_ADReal, replied_);
     if (!link().linkOk)
         return;
-    link().readReply();
     constexpr int kSign = 0x800000;
     int value = byteAt(3) * 65536 + byteAt(4) * 256 + byteAt(5);
     if (value >= kSign)

@@ -1,6 +1,7 @@
 #include "link/frmMainF340.h"
 
 #include "link/pinNames.h"
+#include "link/readings.h"
 
 #include <algorithm>
 #include <utility>
@@ -16,6 +17,29 @@ frmMainF340::frmMainF340(PanelContext& context, Uses uses)
     wireSpi();
     wireGpio();
     wireAdc();
+    markStartReadings();
+}
+
+void frmMainF340::markStartReadings() {
+    for (auto* labels :
+         {&lblRdOC, &lblRdGPData, &lblRdGPAnalog, &lblSFRBuf, &lblADMuxData, &lblADCRefcon, &lblADCClockDaa,
+          &lblADCMode1Data, &lblADCLoopData, &lblADCSampleData, &lblADCEnable, &lblAdRcv, &lblADDecimal})
+        for (auto& label : *labels)
+            label->markUnread();
+    for (auto* boxes : {&txtReadVal, &TXTI2C, &txtPBufRd})
+        for (auto& box : *boxes)
+            box->markUnread();
+    for (Control* field :
+         std::initializer_list<Control*>{&lblFirmwareVersion, &txtFirmwareVersion, &txtReadIndividual,
+                                         &txtADDec, &lblADRegRead, &lbl_ADReal})
+        field->markUnread();
+}
+
+void frmMainF340::markBusReadingsStale(const std::string& cause) {
+    for (auto* boxes : {&txtReadVal, &TXTI2C})
+        for (auto& box : *boxes)
+            box->markStale(cause);
+    txtReadIndividual.markStale(cause);
 }
 
 void frmMainF340::wireBoard() {
@@ -41,6 +65,18 @@ void frmMainF340::wireBoard() {
     action("getLEDstate", &frmMainF340::getLEDstate);
     action("checkValidEntryHex", &frmMainF340::checkValidEntryHex);
     action("checkValidEntryDecInt", &frmMainF340::checkValidEntryDecInt);
+    addAction("clipboardKeys", [this](const ActionArgs& args) -> ActionValue {
+        requireArguments(args, 3);
+        // The field as scripts name it: "txtWriteVal(3)".
+        const std::string path = textArgument(args, 0);
+        const auto found = std::find_if(controls().begin(), controls().end(),
+                                        [&path](const Control* control) { return control->path() == path; });
+        if (found == controls().end() || (*found)->kind() != Control::Kind::TextBox)
+            throw ArgumentError("There is no text box " + path);
+        clipboardKeys(static_cast<TextBox&>(**found), static_cast<int>(wholeArgument(args, 1)),
+                      static_cast<int>(wholeArgument(args, 2)));
+        return {};
+    });
 }
 
 void frmMainF340::Form_Load() {
@@ -90,12 +126,16 @@ void frmMainF340::cboEVBinstance_Click() {
         return;
     uses_.trace.line({"Perform HID Init cboEVBInstance"});
     link().selectInstance(cboEVBinstance.itemData());
-    getLEDstate();
-    cboSMBusFrequency_init();
-    getI2Coptions();
-    getSPIconfig();
-    getGPconf();
-    getGPvalue();
+    markBusReadingsStale("a board was chosen since");
+    const unsigned retries = link().retries();
+    for (const auto read :
+         {&frmMainF340::getLEDstate, &frmMainF340::cboSMBusFrequency_init, &frmMainF340::getI2Coptions,
+          &frmMainF340::getSPIconfig, &frmMainF340::getGPconf, &frmMainF340::getGPvalue}) {
+        (this->*read)();
+        if (link().retries() != retries) // the whole board is read again by Retry
+            return;
+    }
+    link().tellBoardRead();
 }
 
 void frmMainF340::chkLED_Click(int /*index*/) {
@@ -121,7 +161,10 @@ std::string firmwareVersion(const hid::Report& reply) {
 }
 
 void frmMainF340::cmdFirmwareVersion_Click() {
-    if (!readState(Command::FirmwareVersion, Lost::GoOn, {}))
+    const bool asked = readState(Command::FirmwareVersion, Lost::GoOn, {});
+    markReading(lblFirmwareVersion, replied_);
+    markReading(txtFirmwareVersion, replied_);
+    if (!asked)
         return;
     lblFirmwareVersion.setCaption("Firmware Version " + firmwareVersion(link().reportBuffer));
     txtFirmwareVersion.setText(lblFirmwareVersion.caption());
@@ -200,22 +243,26 @@ int frmMainF340::writeCommand(Command command, std::initializer_list<std::uint8_
 }
 
 bool frmMainF340::readCommand(Command command, unsigned prepare, std::initializer_list<std::uint8_t> bytes) {
+    replied_ = false;
     if (link().checkStatus(sendCommand(command, prepare, bytes)) != kLinkGood)
         return false;
-    link().readReply();
+    replied_ = link().readReply();
     return true;
 }
 
 bool frmMainF340::readState(Command command, Lost lost, std::initializer_list<std::uint8_t> bytes) {
+    replied_ = false;
     if (link().checkStatus(sendCommand(command, kPurgeFill, bytes)) != kLinkGood)
         return false;
     link().fillReportBuffer(0);
-    return link().readReply() || lost == Lost::GoOn;
+    replied_ = link().readReply();
+    return replied_ || lost == Lost::GoOn;
 }
 
 void frmMainF340::showReply(ControlArray<Label>& labels) {
     for (auto& label : labels)
         label->setCaption(byteToHex2(byteAt(label->index())));
+    markReadings(labels, replied_);
 }
 
 } // namespace vrk

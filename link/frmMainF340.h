@@ -1,5 +1,6 @@
 #pragma once
 
+#include "link/AnalogState.h"
 #include "link/modHID.h"
 #include "platform/controls/Panel.h"
 
@@ -21,15 +22,7 @@ class frmMainF340 final : public Panel {
     struct Uses {
         modHID& link;
         Trace& trace;
-        /// 320 or 340: selects the rows of the pin tables.
-        const int& ProcessorID;
-        /// List rows of VIN4 and of the negative input, set when the multiplexer lists are filled.
-        int& MuxVCCIndex;
-        int& MuxGroundIndex;
-        double& ADRef;
-        double& ADVolts;
-        std::uint8_t& ADHigh;
-        std::uint8_t& ADLow;
+        AnalogState& analog;
         std::function<void()> showMotherboardConsole;
     };
 
@@ -111,6 +104,9 @@ class frmMainF340 final : public Panel {
     void cmdWriteIndividual_Click(int index);
     void cmdScanI2Caddress_Click();
     void cmdStopScan_Click();
+    /// Ends the address scan after the address under way, as if nothing had answered, but without its
+    /// question.
+    void stopAddressScan() { stopScan_ = true; }
     void cmdToggleSCL_Click();
     /// \return link status of the write
     int setI2Coptions(int toggleRequest);
@@ -292,6 +288,13 @@ class frmMainF340 final : public Panel {
 
     modHID& link() const { return uses_.link; }
 
+    /// The last command that asks for a reply got it. What the fields show is of no worth otherwise.
+    bool replied() const { return replied_; }
+    /// The input that the multiplexer was connected to last, as its list names it.
+    const std::string& connectedInput() const { return connectedInput_; }
+    /// What was read of the part over its bus no longer holds. \param cause in words, for the user
+    void markBusReadingsStale(const std::string& cause);
+
     /// Gain of the external converter; 0 becomes 1 at its first use.
     double externalGain = 1;
 
@@ -315,20 +318,25 @@ class frmMainF340 final : public Panel {
     bool sendCommand(report::Command command, unsigned prepare, std::initializer_list<std::uint8_t> bytes);
     /// A write command with its check. \return link status, 8 or 0.
     int writeCommand(report::Command command, std::initializer_list<std::uint8_t> bytes);
-    /// A command with a reply. \return false if the write failed; the buffer is then not a reply. Nor is it
-    /// after a lost reply, whose dialog has told the user: it holds the request.
+    /// A command with a reply. \return false if the write failed: there is nothing to show then. After a lost
+    /// reply the caller goes on with what the link dialog left in the buffer, the last reply of its
+    /// discovery; `replied_` tells the two apart.
     bool readCommand(report::Command command, unsigned prepare, std::initializer_list<std::uint8_t> bytes);
-    /// What came instead of a reply that was lost.
+    /// What a handler does behind a lost reply.
     enum class Lost { GoOn, Stop };
     /// Reads a setting of the board into a cleared buffer. \param lost Stop where Retry reads this very
-    /// setting again, which must not be overwritten then. \return false if the buffer is not to be used.
+    /// setting again, so that nothing older is laid over it. \return false if the buffer is not to be used.
     bool readState(report::Command command, Lost lost,
                    std::initializer_list<std::uint8_t> bytes = {report::kRead});
     void showReply(ControlArray<Label>& labels);
+    /// readCommand() into labels, which keep what they show if the write fails.
+    bool readLabels(report::Command command, unsigned prepare, ControlArray<Label>& labels);
 
     bool collectWriteData(std::span<std::uint8_t> data);
     bool loadRegisterFile(std::span<std::uint8_t> data, std::span<bool> given);
-    void showReadData(std::span<const std::uint8_t> data, std::uint8_t startRegister);
+    void showReadData(std::span<const std::uint8_t> data, std::uint8_t startRegister, bool good);
+    void showIndividual(std::uint8_t value, bool good);
+    void markStartReadings();
     void showAddress(std::uint8_t address);
     std::uint8_t address() const { return uses_.link.i2cAddress; }
 
@@ -336,7 +344,11 @@ class frmMainF340 final : public Panel {
     void writePort(Role role, int port);
     void readPort(Role role, int port);
     void portClick(Role role, int port);
-    void readSfrRow(int row, bool intoWriteColumn);
+    /// \return false if the write failed or the reply was lost
+    bool readSfr();
+    bool readSfrRow(int row, bool intoWriteColumn);
+    /// All rows, up to the first whose exchange failed. \return true if none did
+    bool readSfrTable();
     PortRole portRole(Role role, int port);
     void setPinAnalog(int port, int bit);
     void fillMuxLists();
@@ -347,6 +359,8 @@ class frmMainF340 final : public Panel {
     bool programChange_ = false;
     bool rewriting_ = false;
     bool stopScan_ = false;
+    bool replied_ = false;
+    std::string connectedInput_;
     Signal<> i2cClocksListed_;
     Signal<> spiClocksListed_;
 };

@@ -1,5 +1,7 @@
 #include "link/frmMainF340.h"
 
+#include "link/readings.h"
+
 #include <array>
 #include <utility>
 
@@ -182,14 +184,19 @@ void frmMainF340::wireGpio() {
 }
 
 void frmMainF340::cmdGetSDFValue_Click() {
+    readSfr();
+}
+
+bool frmMainF340::readSfr() {
     uses_.trace.detail({"Read F340 SFR Register ", txtSFRAddress.text()});
-    if (readCommand(Command::SfrAccess, kPurgeFill, {report::kRead, hexToByte(txtSFRAddress.text())})) {
+    if (readCommand(Command::SfrAccess, kPurgeFill, {report::kRead, hexToByte(txtSFRAddress.text())}))
         showReply(lblSFRBuf);
-        return;
-    }
-    // Nothing was asked, so nothing may look like an answer.
-    for (auto& label : lblSFRBuf)
-        label->setCaption("--");
+    else // nothing was asked, so nothing may look like an answer
+        for (auto& label : lblSFRBuf) {
+            label->setCaption("--");
+            markReading(*label, false);
+        }
+    return replied_;
 }
 
 void frmMainF340::cmdSetSFR_Click() {
@@ -219,9 +226,11 @@ void frmMainF340::readPort(Role role, int port) {
     }
     if (!readCommand(Command::SfrAccess, kFill, {report::kRead, hexToByte(fields.address)})) {
         fields.indicator.setColour(Colour::LightRed);
+        markReading(fields.read, false);
         return;
     }
     fields.read.setCaption(byteToHex2(byteAt(3)));
+    markReading(fields.read, replied_);
     if (fields.read.caption() == fields.written.caption())
         fields.indicator.blinkGood();
     else
@@ -271,29 +280,38 @@ void frmMainF340::chkDIN_Click(int port) {
     portClick(Role::Analog, port);
 }
 
-void frmMainF340::readSfrRow(int row, bool intoWriteColumn) {
+bool frmMainF340::readSfrRow(int row, bool intoWriteColumn) {
     const std::string address = lblPbuf[row].caption().substr(0, 2);
     txtSFRAddress.setText(address);
     events().letEventsRun();
     // What ran meanwhile may have worked through the same fields: the address is set once more, and the
     // answer is taken before anything else runs.
     txtSFRAddress.setText(address);
-    cmdGetSDFValue_Click();
+    const bool replied = readSfr();
     const bool good = lblSFRBuf[2].caption() == "00";
     const std::string value = lblSFRBuf[3].caption();
     events().letEventsRun();
     txtPBufRd[row].setText(value);
+    markReading(txtPBufRd[row], replied);
     if (intoWriteColumn && chkWriteEqRead.checked())
         txtPBuf[row].setText(value);
     if (good)
         ShpSKFRd[row].blinkGood();
     else
         ShpSKFRd[row].setColour(Colour::LightRed);
+    return replied;
 }
 
 void frmMainF340::cmdReadSKF_Click() {
     for (int row = 0; row < kSfrRows; ++row)
         readSfrRow(row, true);
+}
+
+bool frmMainF340::readSfrTable() {
+    for (int row = 0; row < kSfrRows; ++row)
+        if (!readSfrRow(row, true))
+            return false;
+    return true;
 }
 
 void frmMainF340::txtPBufRd_Click(int index) {
@@ -308,7 +326,7 @@ void frmMainF340::cmdWriteReadAll_Click() {
     events().letEventsRun();
     for (int port = 0; port < kPorts; ++port)
         chkOpenCollector_Click(port);
-    // Port 4's data is left out on purpose.
+    // Port 4's data keeps what the firmware has put there.
     for (int port = 0; port < kPorts - 1; ++port)
         chkGPvalue_Click(port);
     for (int port = 0; port < kPorts; ++port)
@@ -343,8 +361,7 @@ void frmMainF340::setBoxes(ControlArray<CheckBox>& boxes, std::uint8_t bits) {
 void frmMainF340::getGPconf() {
     uses_.trace.blankLine();
     uses_.trace.line({"getGPconf: Read F340 Registers, update GPIO check boxes"});
-    cmdReadSKF_Click();
-    {
+    if (readSfrTable()) {
         // The board's state goes into the boxes; no port is written meanwhile. Clicks count again after it,
         // whatever was before.
         link().suppressControlEvents = true;
@@ -361,8 +378,7 @@ void frmMainF340::getGPconf() {
 
 void frmMainF340::getGPvalue() {
     uses_.trace.line({"getGPvalue: Read F340 GPIO, update check boxes."});
-    cmdReadSKF_Click();
-    {
+    if (readSfrTable()) {
         const bool before = std::exchange(link().suppressControlEvents, true);
         const OnScopeExit restore([this, before] { link().suppressControlEvents = before; });
         for (int port = 0; port < kPorts; ++port)

@@ -1,5 +1,6 @@
 #include "link/frmMainF340.h"
 
+#include "link/readings.h"
 #include "platform/files/SequentialInput.h"
 #include "platform/files/files.h"
 
@@ -69,11 +70,23 @@ void frmMainF340::wireI2c() {
     for (CheckBox* option : {&chkRepeatedStart, &chkStoppedWrite, &chkExtendHold, &chk2WireRead})
         wireClick(*option, &frmMainF340::i2cOption_Click);
     txtI2Caddress.onChange([this] { txtI2Caddress_Change(); });
+    action("stopAddressScan", &frmMainF340::stopAddressScan);
     action("txtI2Caddress_Change", &frmMainF340::txtI2Caddress_Change);
     action("readIndividualRegister", &frmMainF340::readIndividualRegister);
     action("setI2Coptions", &frmMainF340::setI2Coptions);
     action("getI2Coptions", &frmMainF340::getI2Coptions);
     action("cboSMBusFrequency_init", &frmMainF340::cboSMBusFrequency_init);
+    // Gives the bytes as hexadecimal text, empty if the file was refused.
+    addAction("loadRegisterFile", [this](const ActionArgs& args) -> ActionValue {
+        requireArguments(args, 1);
+        std::vector<std::uint8_t> data(toByte(wholeArgument(args, 0)));
+        std::array<bool, 256> given{};
+        std::string hex;
+        if (loadRegisterFile(data, given))
+            for (const std::uint8_t byte : data)
+                hex += byteToHex2(byte);
+        return hex;
+    });
 
     for (TextBox* field : {&txtI2Caddress, &txtRegister})
         hexField(*field, true);
@@ -120,9 +133,17 @@ bool frmMainF340::collectWriteData(std::span<std::uint8_t> data) {
     return true;
 }
 
-void frmMainF340::showReadData(std::span<const std::uint8_t> data, std::uint8_t startRegister) {
-    for (std::size_t i = 0; i < data.size() && startRegister + i < kByteBoxes; ++i)
-        txtReadVal[startRegister + static_cast<int>(i)].setText(byteToHex2(data[i]));
+void frmMainF340::showReadData(std::span<const std::uint8_t> data, std::uint8_t startRegister, bool good) {
+    for (std::size_t i = 0; i < data.size() && startRegister + i < kByteBoxes; ++i) {
+        TextBox& box = txtReadVal[startRegister + static_cast<int>(i)];
+        box.setText(byteToHex2(data[i]));
+        markReading(box, good);
+    }
+}
+
+void frmMainF340::showIndividual(std::uint8_t value, bool good) {
+    txtReadIndividual.setText(byteToHex2(value));
+    markReading(txtReadIndividual, good);
 }
 
 void frmMainF340::cmdRead_Click() {
@@ -131,11 +152,18 @@ void frmMainF340::cmdRead_Click() {
     std::vector<std::uint8_t> data(decimalByte(txtNumToRead.text()));
     const Registers registers = registersIf(
         chkRandom.checked() || ChK2WireCommand.checked() || chk2WireRead.checked(), txtStartRegRD);
-    if (link().readI2C(address(), data, registers.span(), 0) == kLinkError)
+    const int status = link().readI2C(address(), data, registers.span(), 0);
+    if (status == kLinkError) {
+        markReadings(TXTI2C, false);
+        for (std::size_t i = 0; i < data.size() && registers.bytes[0] + i < kByteBoxes; ++i)
+            markReading(txtReadVal[registers.bytes[0] + static_cast<int>(i)], false);
         return;
-    showReadData(data, registers.bytes[0]);
-    for (int i = 0; i < std::min(8, static_cast<int>(data.size())); ++i)
+    }
+    showReadData(data, registers.bytes[0], status == kLinkGood);
+    for (int i = 0; i < std::min(8, static_cast<int>(data.size())); ++i) {
         TXTI2C[i].setText(byteToHex2(data[static_cast<std::size_t>(i)]));
+        markReading(TXTI2C[i], status == kLinkGood);
+    }
 }
 
 void frmMainF340::cmdWrite_Click() {
@@ -151,9 +179,10 @@ void frmMainF340::cmdSimpleI2cRd_Click() {
     txtSlaveAddress.setText(byteToHex2(address()));
     std::vector<std::uint8_t> data(decimalByte(txtNumToRead.text()));
     const Registers registers = registersIf(chkRandom.checked() && !chk2WireRead.checked(), txtStartRegRD);
-    link().linkOk = link().readI2COnce(address(), data, registers.span()) > 0;
+    const int status = link().readI2COnce(address(), data, registers.span());
+    link().linkOk = status > 0;
     events().letEventsRun();
-    showReadData(data, registers.bytes[0]);
+    showReadData(data, registers.bytes[0], status == kLinkGood);
 }
 
 void frmMainF340::cmdSimpleI2cWr_Click() {
@@ -173,8 +202,10 @@ int frmMainF340::readIndividualRegister() {
     std::array<std::uint8_t, 1> data{};
     const Registers registers = registersIf(chkRandom.checked() && !chk2WireRead.checked(), txtRegister);
     const int status = link().readI2C(address(), data, registers.span(), 0);
-    if (status != kLinkError)
-        txtReadIndividual.setText(byteToHex2(data[0]));
+    if (status == kLinkError)
+        markReading(txtReadIndividual, false);
+    else
+        showIndividual(data[0], status == kLinkGood);
     return status;
 }
 
@@ -183,6 +214,7 @@ void frmMainF340::cmdReadIndividual_Click() {
 }
 
 void frmMainF340::cmdWriteIndividual_Click(int index) {
+    (void)txtWriteIndividual[index]; // a button that is none must send nothing
     if (readIndividualRegister() == kLinkError)
         return;
     const std::array<std::uint8_t, 2> values = {hexToByte(txtWriteIndividual[0].text()),
@@ -194,9 +226,9 @@ void frmMainF340::cmdWriteIndividual_Click(int index) {
     const Registers registers = registersIf(chkRandom.checked(), txtRegister);
     link().writeI2C(address(), data, registers.span(), 0);
     std::array<std::uint8_t, 1> back{}; // its own, so that a lost reply does not show what was written
-    link().readI2COnce(address(), back, registers.span());
+    const int status = link().readI2COnce(address(), back, registers.span());
     txtWriteIndividual[index].setText(byteToHex2(values.at(own)));
-    txtReadIndividual.setText(byteToHex2(back[0]));
+    showIndividual(back[0], status == kLinkGood);
 }
 
 void frmMainF340::cmdScanI2Caddress_Click() {
@@ -223,7 +255,7 @@ void frmMainF340::cmdScanI2Caddress_Click() {
 }
 
 void frmMainF340::cmdStopScan_Click() {
-    stopScan_ = true;
+    stopAddressScan();
 }
 
 void frmMainF340::showAddress(std::uint8_t address) {
@@ -243,7 +275,8 @@ void frmMainF340::txtI2Caddress_Change() {
     rewriting_ = true;
     const OnScopeExit done([this] { rewriting_ = false; });
     txtI2Caddress.setText(byteToHex2(address));
-    link().i2cAddress = address;
+    if (std::exchange(link().i2cAddress, address) != address)
+        markBusReadingsStale("the address changed since");
     const bool before = std::exchange(link().suppressControlEvents, true);
     const OnScopeExit restore([this, before] { link().suppressControlEvents = before; });
     for (int i = 0; i < chkADDRbit.count(); ++i)
@@ -265,7 +298,7 @@ void frmMainF340::cmdToggleSCL_Click() {
     if (setI2Coptions(1) != kLinkGood)
         return;
     link().fillReportBuffer(0);
-    link().readReply();
+    replied_ = link().readReply();
     if ((byteAt(2) & 1U) != 0)
         context().say("SDA error");
 }
@@ -353,8 +386,10 @@ void frmMainF340::cmdFillWriteTextBoxes_Click() {
 }
 
 void frmMainF340::cmdClearReadTextBoxes_Click() {
-    for (int i = 0; i < 32; ++i)
+    for (int i = 0; i < 32; ++i) {
         txtReadVal[i].setText("");
+        txtReadVal[i].markUnread();
+    }
 }
 
 bool frmMainF340::loadRegisterFile(std::span<std::uint8_t> data, std::span<bool> given) {

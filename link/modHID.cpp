@@ -1,6 +1,7 @@
 #include "link/modHID.h"
 
 #include <algorithm>
+#include <array>
 #include <utility>
 
 namespace vrk {
@@ -38,6 +39,18 @@ bool modHID::findBoards() {
 }
 
 void modHID::initHIDConnection() {
+    const Discovery outer = discovery_;
+    const OnScopeExit restore([this, &outer] { discovery_ = outer; });
+    do {
+        discovery_ = {};
+        if (!openBoards())
+            return;
+        discovery_ = {true, context_.events.depth(), false};
+        readBoards();
+    } while (discovery_.again);
+}
+
+bool modHID::openBoards() {
     if (hidHandles.front() != 0)
         closeHIDHandles();
     do {
@@ -53,14 +66,48 @@ void modHID::initHIDConnection() {
     } while (msgResult == static_cast<int>(Choice::Retry));
     if (!BoardConnected) {
         if (quietStart_)
-            return;
+            return false;
         giveUp_();
     }
+    selectInstance(0);
     setHealth(Health::Attached);
     attached_.emit();
     trace_.line({kTraceIndent, "Init USB HID Connection"});
-    if (boardsListed_)
-        boardsListed_();
+    return true;
+}
+
+void modHID::readBoards() {
+    constexpr int kMostPasses = 3;
+    if (overdue_ > 0)
+        drainLate(kPurgeStep);
+    for (int pass = 0; pass < kMostPasses && boardsListed_; ++pass) {
+        const bool late = overdue_ > 0;
+        drained_ = 0;
+        try {
+            boardsListed_();
+        } catch (const Fault&) {
+            // In the place of a setting a late reply can be a value that no board has.
+            if (!late || pass + 1 == kMostPasses)
+                throw;
+            ++drained_;
+        }
+        if (discovery_.again || !late)
+            return;
+        drainLate(kSettle);
+        overdue_ = 0;
+        // A report too many: a late reply may have passed for the answer to one of these readings and pushed
+        // all behind it one place off. On a quiet line they are right.
+        if (drained_ == 0)
+            return;
+    }
+}
+
+void modHID::retry() {
+    ++retries_;
+    if (discovery_.reading && discovery_.depth == context_.events.depth())
+        discovery_.again = true;
+    else
+        initHIDConnection();
 }
 
 void modHID::closeHIDHandles() noexcept {
@@ -88,34 +135,80 @@ void modHID::fillReportBuffer(std::uint8_t value) {
         trace_.detail({"Clear USB Buffer Memory: ", decimalText(value)});
 }
 
-bool modHID::readReport(Milliseconds timeout) {
-    const hid::ReadResult result = host_.read(hidOverlappedHandle, reportBuffer, timeout);
+hid::ReadResult modHID::readReport(hid::Report& report, Milliseconds timeout) {
+    const hid::ReadResult result = host_.read(hidOverlappedHandle, report, timeout);
     if (result == hid::ReadResult::Failed)
         setHealth(Health::Gone);
-    return result == hid::ReadResult::Arrived;
+    return result;
 }
 
-void modHID::noteNoReply() {
+void modHID::tellFailed(const std::string& what) const {
+    static constexpr std::array<const char*, report::kCommandCount> kNames = {
+        "firmware version", "LEDs",         "pin modes",       "pin values",
+        "I2C options",      "I2C clock",    "I2C transfer",    "SPI options",
+        "SPI clock",        "SPI transfer", "converter clock", "converter reference",
+        "converter input",  "sample mode",  "loop count",      "sample rate",
+        "converter enable", "conversion",   "register access", "external converter"};
+    if (failsQuietly())
+        return;
+    context_.results.add({.good = false,
+                          .text = what + (request_ < kNames.size() ? kNames.at(request_) : "request"),
+                          .detail = "command " + decimalText(request_),
+                          .field = {},
+                          .time = context_.clock().wallTime()});
+}
+
+void modHID::noteNoReply(hid::ReadResult result) {
     hidLinkCode = 1;
+    tellFailed("No reply: ");
+    if (result == hid::ReadResult::TimedOut)
+        ++overdue_;
     if (health_ != Health::Gone) // a board that is gone is no silent one
         setHealth(Health::Silent);
 }
 
+int modHID::drain(hid::Report& into, Milliseconds firstStep) {
+    int count = 0;
+    while (count < kMostStale &&
+           readReport(into, count == 0 ? firstStep : kPurgeStep) == hid::ReadResult::Arrived)
+        ++count;
+    drained_ += count;
+    overdue_ = std::max(0, overdue_ - count);
+    const bool told = std::exchange(flooded_, count == kMostStale);
+    if (flooded_ && !told)
+        context_.say(
+            "The device never stops sending: " + decimalText(kMostStale) +
+            " reports that nobody asked for have been dropped. Unplug the board and plug it in again.");
+    return count;
+}
+
+void modHID::drainLate(Milliseconds firstStep) {
+    // Not into the buffer, which a handler is still to look at or has just filled.
+    hid::Report late{};
+    drain(late, firstStep);
+}
+
 void modHID::purgeInputReports() {
-    while (readReport(kPurgeStep)) {
-    }
+    drain(reportBuffer, kPurgeStep);
 }
 
 bool modHID::writeReport() {
+    if (overdue_ > 0)
+        drainLate(kPurgeStep);
+    request_ = reportBuffer[report::kCommandByte];
     const bool written = host_.write(hidHandle, reportBuffer);
+    if (!written) {
+        hidLinkCode = kLinkWriteFailed;
+        tellFailed("The board did not take the request: ");
+    }
     setHealth(written ? (health_ == Health::Silent ? Health::Silent : Health::Attached) : Health::Gone);
     return written;
 }
 
 int modHID::awaitInputReport() {
     Lamp* transfer = activePanel != nullptr ? activePanel->transferLamp() : nullptr;
-    if (!readReport(kReplyTimeout)) {
-        noteNoReply();
+    if (const auto result = readReport(reportBuffer, kReplyTimeout); result != hid::ReadResult::Arrived) {
+        noteNoReply(result);
         if (transfer != nullptr)
             transfer->setColour(Colour::LightRed);
         return kLinkReadFailed;
@@ -129,17 +222,14 @@ int modHID::awaitInputReport() {
 }
 
 bool modHID::readReply() {
-    if (readReport(kReplyTimeout)) {
+    const auto result = readReport(reportBuffer, kReplyTimeout);
+    if (result == hid::ReadResult::Arrived) {
         hidLinkCode = 0;
         setHealth(Health::Attached);
         return true;
     }
-    noteNoReply();
-    // Retry reads the whole board through this buffer; none of that may pass for the reply that was lost.
-    const hid::Report kept = reportBuffer;
+    noteNoReply(result);
     checkStatus(false);
-    reportBuffer = kept;
-    setReportID(); // a cleared buffer has none, and I2C transfers set none
     return false;
 }
 
@@ -149,7 +239,7 @@ int modHID::checkStatus(bool written) {
     if (failsQuietly())
         return kLinkNotWritten;
     if (askRetry("Please check USB connection.\r\ncheckStatus") == Choice::Retry)
-        initHIDConnection();
+        retry();
     else
         giveUp_();
     return kLinkNotWritten;
@@ -163,7 +253,7 @@ void modHID::reportLinkError(int status, int quietAddressError) {
         if (failsQuietly())
             return;
         if (askRetry("Please check USB connection." + name + " error.") == Choice::Retry)
-            initHIDConnection();
+            retry();
         else
             giveUp_();
     } else if (status == kLinkError && quietAddressError == 0) {
@@ -209,10 +299,8 @@ int modHID::readI2COnce(std::uint8_t address, std::span<std::uint8_t> data,
         report::kI2cPayload + registers.size() > hid::kReportSize)
         throw subscriptOutOfRange();
     layOutTransfer(reportBuffer, static_cast<std::uint8_t>(address + 1), data.size(), registers);
-    if (!writeReport()) {
-        hidLinkCode = kLinkWriteFailed;
+    if (!writeReport())
         return transferEnded(kLinkWriteFailed);
-    }
     const int status = transferEnded(awaitInputReport());
     if (status == kLinkGood)
         std::copy_n(reportBuffer.begin() + report::kFirstData, data.size(), data.begin());
@@ -236,6 +324,7 @@ int modHID::readI2C(std::uint8_t address, std::span<std::uint8_t> data,
         reportLinkError(status, quietAddressError);
         if ((status != kLinkReadFailed && status != kLinkWriteFailed) || failsQuietly())
             return status;
+        drainLate(kPurgeStep); // what came too late must not pass for the answer to the repetition
     }
 }
 
@@ -246,6 +335,7 @@ int modHID::writeI2C(std::uint8_t address, std::span<const std::uint8_t> data,
         reportLinkError(status, quietAddressError);
         if ((status != kLinkReadFailed && status != kLinkWriteFailed) || failsQuietly())
             return status;
+        drainLate(kPurgeStep); // what came too late must not pass for the answer to the repetition
     }
 }
 

@@ -41,6 +41,11 @@ class modHID {
   public:
     static constexpr Milliseconds kReplyTimeout{6000};
     static constexpr Milliseconds kPurgeStep{1};
+    /// Behind a time-out the last reply of a discovery may still be on its way; it comes within a few
+    /// milliseconds.
+    static constexpr Milliseconds kSettle{20};
+    /// Four times what the operating system keeps for a handle: a device that has more to say never stops.
+    static constexpr int kMostStale = 256;
 
     modHID(PanelContext& context, hid::HidHost& host, Trace& trace);
     ~modHID();
@@ -60,7 +65,7 @@ class modHID {
     bool BoardConnected = false;
     int msgResult = 0;   ///< of the last link dialog: 1 OK, 2 Cancel, 4 Retry, 6 Yes, 7 No
     int i2cStatus = 0;   ///< of the last reply judged: 8 or 1
-    int hidLinkCode = 0; ///< 0 after a reply, 1 after a time-out, 4 after a failed write of an I2C read
+    int hidLinkCode = 0; ///< 0 after a reply, 1 after a reply that did not come, 4 after a failed write
     bool linkOk = false; ///< of the services that show no dialog
     /// Even 8-bit slave address of every transaction.
     std::uint8_t i2cAddress = 0;
@@ -68,8 +73,13 @@ class modHID {
     bool suppressControlEvents = false;
     ActivePanel* activePanel = nullptr;
 
-    /// Discovery. Also what Reconnect and Retry do. \throws ProgramEnded when the user gives up.
+    /// Discovery: opens every board, makes instance 0 the current one and has its state read. Also what
+    /// Reconnect and Retry do. \throws ProgramEnded when the user gives up, but not during a QuietStart,
+    /// which leaves the link without a board.
     void initHIDConnection();
+    /// How often the user has answered Retry since the start. A reading that finds it changed has been taken
+    /// again, or will be, by Retry's discovery, and ends.
+    unsigned retries() const { return retries_; }
     void closeHIDHandles() noexcept;
     /// Makes a board of the arrays the current one. \throws Fault "Subscript out of range"
     void selectInstance(int instance);
@@ -77,17 +87,21 @@ class modHID {
 
     void fillReportBuffer(std::uint8_t value);
     void setReportID() { reportBuffer[report::kIdByte] = report::kReportId; }
-    /// Drains stale replies. Costs 1 ms when there are none; a board that is gone ends it at once.
+    /// Drains stale replies, at most kMostStale of them. Costs 1 ms when there are none; a board that is gone
+    /// ends it at once. The buffer is left as it was where nothing came.
     void purgeInputReports();
-    /// Writes the buffer to the current board.
+    /// Writes the buffer to the current board. A reply that is overdue is drained first, so that it cannot
+    /// pass for the answer to this report.
     bool writeReport();
     /// Waits for the reply of an I2C transfer and judges it. \return 8, 1 or 2.
     int awaitInputReport();
-    /// Waits for the reply of any other command. A missing one brings the link dialog; the buffer then keeps
-    /// what it holds. \return true if a reply came.
+    /// Waits for the reply of any other command. A missing one brings the link dialog; the buffer is then as
+    /// the dialog left it, which after Retry is the last reply of the discovery. \return true if a reply
+    /// came.
     bool readReply();
-    /// Judges a write: 8, or 0 after the link dialog.
+    /// Judges a write: 8, or 0 after the link dialog. The command is not sent again.
     int checkStatus(bool written);
+    /// The dialog for status 2 or 4, and for status 1 unless it is to be quiet.
     void reportLinkError(int status, int quietAddressError);
 
     /// One I2C transaction without dialogs. \param address even. \param data one element for each byte
@@ -115,8 +129,9 @@ class modHID {
     /// Called when the user gives the link up: ends the program.
     void setGiveUp(std::function<void()> handler) { giveUp_ = std::move(handler); }
 
-    /// While it exists a missing board is asked for once, and after Cancel every exchange fails without a
-    /// word: the start panel loads the consoles under it and then gives its own warning.
+    /// While it exists, Cancel in the dialog for a missing board does not end the program: from then on every
+    /// exchange fails without a word. The start panel loads the consoles under it and then gives its own
+    /// warning.
     class QuietStart {
       public:
         explicit QuietStart(modHID& link) : link_(link) { link_.quietStart_ = true; }
@@ -147,13 +162,34 @@ class modHID {
         return attached_.connect(std::move(observer));
     }
 
-    /// True after a discovery that found a board, until an exchange fails.
+    /// A board is there as far as is known: one was found, and nothing has been sent to it in vain since. One
+    /// that does not reply counts.
     bool attached() const { return health_ == Health::Attached || health_ == Health::Silent; }
 
+    /// The console has read a board's state whole: whoever shows what the board does follows it now.
+    void tellBoardRead() { boardRead_.emit(); }
+    [[nodiscard]] Subscription observeBoardRead(std::function<void()> observer) {
+        return boardRead_.connect(std::move(observer));
+    }
+
   private:
-    bool readReport(Milliseconds timeout);
-    void noteNoReply();
+    /// The reading of the boards' state that a discovery ends with. A link dialog in it must not start
+    /// another discovery inside this one: a user may answer Retry any number of times.
+    struct Discovery {
+        bool reading = false;
+        int depth = 0; ///< of the action that reads: another one, which runs meanwhile, is not part of it
+        bool again = false; ///< the user has answered Retry
+    };
+
+    hid::ReadResult readReport(hid::Report& report, Milliseconds timeout);
+    int drain(hid::Report& into, Milliseconds firstStep);
+    void drainLate(Milliseconds firstStep);
+    void noteNoReply(hid::ReadResult result);
+    void tellFailed(const std::string& what) const;
     bool findBoards();
+    bool openBoards();
+    void readBoards();
+    void retry();
     int transferEnded(int status);
     Choice askRetry(const std::string& text);
     void setHealth(Health health);
@@ -164,6 +200,12 @@ class modHID {
     Trace& trace_;
     int instance_ = 0;
     bool quietStart_ = false;
+    Discovery discovery_;
+    unsigned retries_ = 0;
+    int overdue_ = 0;          ///< replies that did not come in time and may still come
+    std::uint8_t request_ = 0; ///< command of the last report written
+    int drained_ = 0;          ///< stale reports since the readings of a discovery began
+    bool flooded_ = false;     ///< the user has been told that the device never stops sending
     unsigned transfers_ = 0;
     int lastTransfer_ = 0;
     Health health_ = Health::Unknown;
@@ -171,6 +213,7 @@ class modHID {
     std::function<void()> giveUp_;
     Signal<> changed_;
     Signal<> attached_;
+    Signal<> boardRead_;
 };
 
 /// Cuts a text at each delimiter into `fields`, which is blanked first; stops when the fields are full. The

@@ -2,8 +2,8 @@
 
 #include <cstdint>
 
-/// The wire format between host and firmware: which byte of a 64-byte report means what. Shared by the link
-/// and the simulated board, and by nobody else.
+/// The wire format between host and firmware: which byte of a 64-byte report means what. The one thing that
+/// the link and the simulated board share; the programs need the board's IDs of it.
 namespace vrk::report {
 
 inline constexpr std::uint16_t kVendorId = 0xF5C3;

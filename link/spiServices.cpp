@@ -1,5 +1,7 @@
 #include "link/frmMainF340.h"
 
+#include "link/readings.h"
+
 #include <algorithm>
 #include <utility>
 
@@ -47,13 +49,20 @@ void frmMainF340::cmdSPIWrite_Click() {
                                      {report::kWrite, static_cast<std::uint8_t>(chkSPIread.checked() ? 1 : 0),
                                       static_cast<std::uint8_t>(chkSPIClockPhaseChange.checked() ? 1 : 0),
                                       phaseByte, static_cast<std::uint8_t>(count)});
-    if (link().checkStatus(written) != kLinkGood || !chkSPIread.checked())
+    const bool taken = link().checkStatus(written) == kLinkGood;
+    if (!chkSPIread.checked())
         return;
-    // Cleared, so that a lost reply shows no old bytes.
-    link().fillReportBuffer(0);
-    link().readReply();
-    for (int i = 0; i < static_cast<int>(count); ++i)
-        txtReadVal[i].setText(byteToHex2(byteAt(report::kFirstData + i)));
+    replied_ = false;
+    if (taken) {
+        // Cleared, so that a lost reply shows no old bytes.
+        link().fillReportBuffer(0);
+        replied_ = link().readReply();
+    }
+    for (int i = 0; i < static_cast<int>(count); ++i) {
+        if (taken)
+            txtReadVal[i].setText(byteToHex2(byteAt(report::kFirstData + i)));
+        markReading(txtReadVal[i], replied_);
+    }
 }
 
 void frmMainF340::cboSPIclock_init() {

@@ -27,7 +27,12 @@ constexpr int kStartRow = 6;
 
 Motherboard::Motherboard(PanelContext& context, modHID& link, AnalogState& analog, SupplyState& supply,
                          PanelSlot<frmMotherboardDAQ2>& console)
-    : context_(context), link_(link), analog_(analog), supply_(supply), console_(console) {}
+    : context_(context),
+      link_(link),
+      analog_(analog),
+      supply_(supply),
+      console_(console),
+      boardRead_(link.observeBoardRead([this] { followBoard(); })) {}
 
 SupplyPanel* Motherboard::active() const {
     return dynamic_cast<SupplyPanel*>(link_.activePanel);
@@ -53,6 +58,26 @@ void Motherboard::showSupplyState(int state) {
     for (const int index : {0, 1})
         if (OptionButton* option = panel.minusOption(index))
             option->setEnabled(!supply_.TrackOn);
+}
+
+void Motherboard::followBoard() {
+    frmMotherboardDAQ2* board = console_.loadedPanel();
+    if (board == nullptr || !link_.attached())
+        return;
+    const bool moved = board->followSupplyPins();
+    if (SupplyPanel* panel = active()) {
+        if (moved)
+            panel->suppliesMoved();
+        const auto show = [](Lamp* lamp, const Lamp& source, OptionButton* option) {
+            if (lamp != nullptr)
+                lamp->setColour(source.colour());
+            if (option != nullptr)
+                option->showSelected();
+        };
+        show(panel->vccLamp(), board->ShpVCCon, panel->vccOption(board->OptVCC[0].value() ? 0 : 1));
+        show(panel->minusLamp(), board->ShpVCCMinusOn,
+             panel->minusOption(board->OptVCCMinus[0].value() ? 0 : 1));
+    }
 }
 
 void Motherboard::initSupplyDefaults() {
@@ -93,7 +118,7 @@ void Motherboard::applyCalibration(ComboBox* list) {
     try {
         file = CalibrationFile::read(context_.programFolder / CalibrationFile::kName, blank);
     } catch (const Fault&) {
-        // Without a message, as ever: the rows say that they have no code.
+        // Without a message: the rows say that they have no code, and a panel opens with this.
     }
     std::vector<RowControl::Row> rows;
     for (int row = 0; row < CalibrationFile::kTargets; ++row) {
@@ -108,9 +133,9 @@ void Motherboard::applyCalibration(ComboBox* list) {
         list->setListIndex(kStartRow);
     }
     console_->lblCal_header.setCaption(file.header);
-    if (isNumeric(file.reference)) // a file cut short must not set the converter's reference to 0
-        analog_.VrefCal = leadingNumber(file.reference);
-    analog_.ADRef = analog_.VrefCal;
+    // A file that is cut short or damaged must not take the converter's scale away.
+    if (isNumeric(file.reference) && leadingNumber(file.reference) > 0)
+        analog_.ADRef = analog_.VrefCal = leadingNumber(file.reference);
     context_.events.letEventsRun();
 }
 

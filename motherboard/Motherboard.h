@@ -14,6 +14,10 @@ class Motherboard {
     /// off
     void showSupplyState(int state);
 
+    /// Shows what the board's supply pins are, without switching anything: a board that was unplugged comes
+    /// back with both supplies off, and On must then switch on. Runs whenever a board has been read whole.
+    void followBoard();
+
     /// Both supplies off, the supply DAC set up, the volts list filled from the built-in codes or, where
     /// there is one, from the calibration file.
     void initSupplyDefaults();
@@ -27,6 +31,7 @@ class Motherboard {
     AnalogState& analog_;
     SupplyState& supply_;
     PanelSlot<frmMotherboardDAQ2>& console_;
+    Subscription boardRead_;
 };
 
 } // namespace vrk

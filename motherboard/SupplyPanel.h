@@ -11,7 +11,10 @@ class SupplyPanel : public ActivePanel {
     virtual Lamp* vccLamp() { return nullptr; }
     virtual Lamp* minusLamp() { return nullptr; }
     /// 0 on, 1 off
+    virtual OptionButton* vccOption(int /*index*/) { return nullptr; }
     virtual OptionButton* minusOption(int /*index*/) { return nullptr; }
+    /// A board came back with other supplies than the panel showed: what was measured no longer holds.
+    virtual void suppliesMoved() {}
     virtual CheckBox* trackBox() { return nullptr; }
     virtual ComboBox* vccList() { return nullptr; }
 };

@@ -1,5 +1,7 @@
 #include "motherboard/frmMotherboardDAQ2.h"
 
+#include "link/readings.h"
+
 #include <array>
 
 namespace vrk {
@@ -25,6 +27,8 @@ constexpr Milliseconds kSampleWait{100};
 void frmMotherboardDAQ2::wireAnalog() {
     Combo1.setCaption("A/D Channel");
     txtADDec.setText("XXXX");
+    for (TextBox* box : {&txtADDec, &txtRdgs[0], &txtGPIOUserName[0]})
+        box->markUnread();
     lblVINP.setCaptions({"Vin0", "Vin1", "Vin2", "Vin3", "Vin4 VCC/2", "Proc-Temp", "Proc-VCC"});
     shpSample.setCaption("Sampling");
     shpSample.setVisible(false);
@@ -69,6 +73,8 @@ void frmMotherboardDAQ2::READ_AD() {
     txtRdgs[0].setText(formatNumber(volts, "##.####"));
     analog.ADVolts = volts;
     analog.ADVolts2 = volts + volts;
+    markReading(txtADDec, console().replied());
+    markReading(txtRdgs[0], console().replied());
 }
 
 void frmMotherboardDAQ2::Combo1_Click() {
@@ -91,6 +97,7 @@ void frmMotherboardDAQ2::cmdReadAllAD_Click() {
     READ_AD();
     READ_AD();
     txtGPIOUserName[0].setText(formatNumber(uses_.analog.ADVolts2, "#0.0000"));
+    markReading(txtGPIOUserName[0], console().replied());
 }
 
 void frmMotherboardDAQ2::cmdSample_Click() {

@@ -1,6 +1,7 @@
 #include "motherboard/frmMotherboardDAQ2.h"
 
 #include "link/pinNames.h"
+#include "link/readings.h"
 
 #include <array>
 #include <utility>
@@ -65,6 +66,7 @@ void frmMotherboardDAQ2::wirePorts() {
     for (int reg = 0; reg < kRegisters; ++reg) {
         txtPBuf[reg].setText("00");
         txtPBufRd[reg].setText("00");
+        txtPBufRd[reg].markUnread();
         hexBox(txtPBuf[reg]);
     }
     cmdWrtPipe1.setCaption("Write Ports");
@@ -161,13 +163,13 @@ void frmMotherboardDAQ2::cmdReadPipe1_Click() {
     console().cmdReadSKF_Click();
     static constexpr std::array<int, kRegisters> kRows = {0, 1, 2, 6, 7, 8};
     for (int reg = 0; reg < kRegisters; ++reg)
-        txtPBufRd[reg].setText(console().txtPBufRd[kRows.at(static_cast<std::size_t>(reg))].text());
+        takeReading(txtPBufRd[reg], console().txtPBufRd[kRows.at(static_cast<std::size_t>(reg))]);
     afterFault.dismiss();
     cmdEnableBUttons_Click();
 }
 
 void frmMotherboardDAQ2::Reverse_Tally_GPIO() {
-    // Deliberately without effect: the read-back is converted, and no box is changed by it.
+    // The read-back is converted, so that a text that is no byte is told; no box is changed by it.
     for (const auto& field : txtPBufRd)
         (void)hexToInt(field->text());
     events().letEventsRun();
@@ -211,8 +213,10 @@ void frmMotherboardDAQ2::wireBoxes() {
     fill(txtSPIWrite2Data, {"00", "C0", "00", "00", "00", "00"});
     fill(txtSPIWrite3Data, {"00", "80", "00", "00", "00", "00"});
     for (auto* boxes : {&txtI2CRead, &txtSPIORead, &txtSPIORead3})
-        for (auto& box : *boxes)
+        for (auto& box : *boxes) {
             box->setText("--");
+            box->markUnread();
+        }
     for (TextBox* box : {&txtI2CWriteStatus, &txtI2CReadStatus, &txtSPIReadCnt2, &txtSPIReadCnt3})
         box->setText("--");
     for (auto* boxes : {&txtI2COut, &txtI2CIN, &txtSPIWrite2Data, &txtSPIWrite3Data})
@@ -253,12 +257,12 @@ void frmMotherboardDAQ2::cmdI2CRead_Click() {
     txtI2CReadStatus.setText("--");
     uses_.link.i2cAddress = static_cast<std::uint8_t>(hexToByte(txtI2CIN[1].text()) & 0xFEU);
     console().txtNumToRead.setText(txtI2CIN[0].text());
-    // The write's register field it is: the read's own keeps what it held. Deliberate.
+    // The write's register field it is: the read sends what its own has kept.
     console().txtStartRegWr.setText(txtI2CIN[2].text());
     console().cmdRead_Click();
     const int count = decimalByte(txtI2CIN[0].text());
     for (int k = 0; k <= count; ++k) // one more box than the count
-        txtI2CRead[k].setText(console().txtReadVal[k].text());
+        takeReading(txtI2CRead[k], console().txtReadVal[k]);
     ShpI2CNAK[1].setColour(uses_.link.i2cStatus == kLinkGood ? Colour::LightGreen : Colour::LightRed);
     afterFault.dismiss();
     cmdEnableBUttons_Click();
@@ -300,12 +304,14 @@ void frmMotherboardDAQ2::spiExchange(const SpiRow& row) {
         console().txtWriteVal[k].setText(row.data[k + 1].text());
     console().cmdSPIWrite_Click();
     row.count.setText("--");
-    for (auto& box : row.read)
+    for (auto& box : row.read) {
         box->setText("--");
+        box->markUnread();
+    }
     row.count.setText(row.quantity.text());
     const int count = decimalByte(row.quantity.text());
     for (int k = 0; k <= count; ++k)
-        row.read[k].setText(console().txtReadVal[k].text());
+        takeReading(row.read[k], console().txtReadVal[k]);
     events().letEventsRun();
     afterFault.dismiss();
     cmdEnableBUttons_Click();

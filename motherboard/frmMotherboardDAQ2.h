@@ -59,6 +59,9 @@ class frmMotherboardDAQ2 final : public Panel {
     void Reverse_Tally_GPIO();
     /// Sets a pin's data and runs its click, as every device panel does.
     void setPin(int index, int value);
+    /// Image, options and lamps of both supplies as the controller console has read their pins. Nothing is
+    /// sent. \return true if they stand otherwise than shown until now
+    bool followSupplyPins();
 
     // Analog inputs
     ComboBox Combo1{*this, "Combo1"};
@@ -169,6 +172,7 @@ class frmMotherboardDAQ2 final : public Panel {
     void setImageBit(int reg, int bit, bool set);
     void setDrive(int index, int value);
     void dacExchange(DacRow row);
+    void supplySwitched();
     void selectDac(bool selected);
     void spiExchange(const SpiRow& row);
     void fillChannels();

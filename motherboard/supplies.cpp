@@ -1,6 +1,9 @@
 #include "motherboard/frmMotherboardDAQ2.h"
 
+#include "link/readings.h"
+
 #include <array>
+#include <utility>
 
 namespace vrk {
 
@@ -24,7 +27,10 @@ void frmMotherboardDAQ2::wireSupplies() {
     }
     for (auto& cell : txtSPIRd)
         cell->setText("--");
+    for (auto& cell : txtSPIRd)
+        cell->markUnread();
     lblVCCVoltsRDBK.setCaption("0.000");
+    lblVCCVoltsRDBK.markUnread();
     lblCal_header.setCaption("Defaults");
     cmdSPIWrite.setCaption("Write Reg");
     cmdSPIWrite2.setCaption("Write Data");
@@ -69,7 +75,7 @@ void frmMotherboardDAQ2::dacExchange(DacRow row) {
     }
     console().cmdSPIWrite_Click();
     for (int k = 0; k < 4; ++k)
-        txtSPIRd[k].setText(console().txtReadVal[k].text());
+        takeReading(txtSPIRd[k], console().txtReadVal[k]);
     selectDac(false);
     events().letEventsRun();
     afterFault.dismiss();
@@ -89,10 +95,40 @@ void frmMotherboardDAQ2::cmdSPIReadData_Click() {
     dacExchange(DacRow::ReadData);
 }
 
+void frmMotherboardDAQ2::supplySwitched() {
+    constexpr char kCause[] = "a supply was switched since";
+    for (Control* reading :
+         std::initializer_list<Control*>{&lblVCCVoltsRDBK, &txtADDec, &txtRdgs[0], &txtGPIOUserName[0]})
+        reading->markStale(kCause);
+    for (auto& box : txtI2CRead)
+        box->markStale(kCause);
+    console().markBusReadingsStale(kCause);
+}
+
+bool frmMotherboardDAQ2::followSupplyPins() {
+    const bool before = std::exchange(uses_.link.suppressControlEvents, true);
+    const OnScopeExit restore([this, before] { uses_.link.suppressControlEvents = before; });
+    bool moved = false;
+    const auto follow = [this, &moved](int pin, ControlArray<OptionButton>& options, Lamp& lamp) {
+        const bool on = console().chkGPvalue(pin / 8)[pin % 8].checked();
+        moved = moved || on != options[0].value();
+        // The image too: the next write of any other pin must not switch a supply.
+        setPin(pin, on ? 1 : 0);
+        options[on ? 0 : 1].showSelected();
+        lamp.setColour(on ? Colour::LightRed : Colour::Black);
+    };
+    follow(kPinVcc, OptVCC, ShpVCCon);
+    follow(kPinMinus, OptVCCMinus, ShpVCCMinusOn);
+    if (moved)
+        supplySwitched();
+    return moved;
+}
+
 void frmMotherboardDAQ2::OptVCC_Click(int index) {
     OnScopeExit afterFault([this] { setButtonsEnabled(true); });
     cmdDisableButtons_Click();
     uses_.supply.TrackOn = ChkTrack.value() == 1;
+    supplySwitched();
     events().letEventsRun();
     if (index == 0) {
         ShpVCCon.setColour(Colour::LightRed);
@@ -104,7 +140,7 @@ void frmMotherboardDAQ2::OptVCC_Click(int index) {
         }
     } else if (index == 1) {
         // Without tracking only the controller console's mirror is cleared: the image keeps VCC's bit, and
-        // the write below sends it still set. Deliberate.
+        // the write below sends it still set. VCC's own pin box switches it off then.
         console().chkGPvalueP2[5].setValue(0);
         ShpVCCon.setColour(Colour::Black);
         if (uses_.supply.TrackOn) {
@@ -126,11 +162,13 @@ void frmMotherboardDAQ2::OptVCCMinus_Click(int index) {
         return;
     OnScopeExit afterFault([this] { setButtonsEnabled(true); });
     cmdDisableButtons_Click();
+    supplySwitched();
     events().letEventsRun();
     if (index == 0) {
         ShpVCCMinusOn.setColour(Colour::LightRed);
         chkPData[kPinMinus].setValue(1);
-        chkPData_Click(kPinVcc); // the neighbour's click, as ever; the assignment has run the pin's own
+        // The neighbour's: VCC's bit follows its box again. The assignment has run the pin's own.
+        chkPData_Click(kPinVcc);
     } else if (index == 1) {
         ShpVCCMinusOn.setColour(Colour::Black);
         setPin(kPinMinus, 0);
@@ -160,6 +198,9 @@ void frmMotherboardDAQ2::cmdSampleVCC_Click() {
     READ_AD();
     READ_AD();
     lblVCCVoltsRDBK.setCaption(formatNumber(uses_.analog.ADVolts2, "#0.000"));
+    // The multiplexer stays where it was: the list alone has moved.
+    lblVCCVoltsRDBK.setToolTip("Twice the volts at " + console().connectedInput());
+    markReading(lblVCCVoltsRDBK, console().replied());
     afterFault.dismiss();
     cmdEnableBUttons_Click();
 }

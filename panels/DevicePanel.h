@@ -26,7 +26,12 @@ class DevicePanel : public Panel, public SupplyPanel, public SupplyBlock, public
     Lamp* transferLamp() override { return &Shp_USB_Transfer; }
     Lamp* vccLamp() override { return &ShpVCCon; }
     Lamp* minusLamp() override { return &ShVM; }
+    OptionButton* vccOption(int index) override { return &OptVCC[index]; }
     OptionButton* minusOption(int index) override { return &OptVM[index]; }
+    void suppliesMoved() override {
+        lblVCCVolts.markStale("the board came back with other supplies");
+        supplyChanged();
+    }
     CheckBox* trackBox() override { return &ChkTrack; }
     ComboBox* vccList() override { return &CboVCC; }
 

@@ -20,10 +20,8 @@ Bench::Bench(const Parts& parts)
       frmMainF340(context_, "frmMainF340", "HID Firmware Basic I/O ",
                   [this] {
                       return std::make_shared<class frmMainF340>(
-                          context_, frmMainF340::Uses{link_, trace_, analog_.ProcessorID, analog_.MuxVCCIndex,
-                                                      analog_.MuxGroundIndex, analog_.ADRef, analog_.ADVolts,
-                                                      analog_.ADHigh, analog_.ADLow,
-                                                      [this] { frmMotherboardDAQ2.show(); }});
+                          context_,
+                          frmMainF340::Uses{link_, trace_, analog_, [this] { frmMotherboardDAQ2.show(); }});
                   }),
       frmMotherboardDAQ2(context_, "frmMotherboardDAQ2", "VRK Motherboard Control",
                          [this] {

@@ -4,9 +4,33 @@
 #include "platform/runtime/text.h"
 
 #include <algorithm>
+#include <memory>
+#include <span>
 #include <type_traits>
 
 namespace vrk {
+
+namespace {
+
+/// Bytes as text, two hexadecimal digits each, blanks allowed between them. \throws Fault "Type mismatch"
+std::vector<std::uint8_t> bytesOf(std::string hex) {
+    std::erase(hex, ' ');
+    if (hex.size() % 2 != 0 || hex.find_first_not_of("0123456789ABCDEFabcdef") != std::string::npos)
+        throw typeMismatch();
+    std::vector<std::uint8_t> bytes;
+    for (std::size_t at = 0; at < hex.size(); at += 2)
+        bytes.push_back(hexToByte(hex.substr(at, 2)));
+    return bytes;
+}
+
+std::string hexOf(std::span<const std::uint8_t> bytes) {
+    std::string hex;
+    for (const std::uint8_t byte : bytes)
+        hex += byteToHex2(byte);
+    return hex;
+}
+
+} // namespace
 
 void Bench::registerSharedValues() {
     SharedValues& all = sharedValues_;
@@ -28,20 +52,13 @@ void Bench::registerSharedValues() {
              [this](int) -> ActionValue { return static_cast<std::int64_t>(link_.hidOverlappedHandle); },
              {}});
     all.add({"reportBuffer", kNoIndex, kNoIndex,
-             [this](int) -> ActionValue {
-                 std::string hex;
-                 for (const std::uint8_t byte : link_.reportBuffer)
-                     hex += byteToHex2(byte);
-                 return hex;
-             },
+             [this](int) -> ActionValue { return hexOf(link_.reportBuffer); },
              [this](int, const ActionValue& value) {
-                 const std::string hex = textArgument({value}, 0);
-                 if (hex.size() > 2 * link_.reportBuffer.size() || hex.size() % 2 != 0 ||
-                     hex.find_first_not_of("0123456789ABCDEFabcdef") != std::string::npos)
+                 const auto bytes = bytesOf(textArgument({value}, 0));
+                 if (bytes.size() > link_.reportBuffer.size())
                      throw typeMismatch();
                  link_.reportBuffer.fill(0);
-                 for (std::size_t byte = 0; 2 * byte < hex.size(); ++byte)
-                     link_.reportBuffer.at(byte) = hexToByte(hex.substr(2 * byte, 2));
+                 std::copy(bytes.begin(), bytes.end(), link_.reportBuffer.begin());
              }});
     all.add({"activePanel",
              kNoIndex,
@@ -112,6 +129,53 @@ void Bench::registerModuleActions() {
         link_.reportLinkError(static_cast<int>(wholeArgument(args, 0)),
                               static_cast<int>(wholeArgument(args, 1)));
         return none;
+    });
+    // What these routines give back through their arguments stands in values of their own.
+    const auto data = std::make_shared<std::vector<std::uint8_t>>();
+    sharedValues_.add({"i2cData", kNoIndex, kNoIndex, [data](int) { return ActionValue(hexOf(*data)); }, {}});
+    const auto address = [](const ActionArgs& args) { return toByte(wholeArgument(args, 0)); };
+    const auto room = [data](const ActionArgs& args) {
+        data->assign(toByte(wholeArgument(args, 1)), 0);
+        return std::span(*data);
+    };
+    const auto done = [data](int status) -> ActionValue {
+        if (status != kLinkGood)
+            data->clear();
+        return static_cast<std::int64_t>(status);
+    };
+    add("readI2COnce", 3, [this, address, room, done](const ActionArgs& args) {
+        return done(link_.readI2COnce(address(args), room(args), bytesOf(textArgument(args, 2))));
+    });
+    add("readI2C", 4, [this, address, room, done](const ActionArgs& args) {
+        return done(link_.readI2C(address(args), room(args), bytesOf(textArgument(args, 2)),
+                                  static_cast<int>(wholeArgument(args, 3))));
+    });
+    add("writeI2COnce", 3, [this, address](const ActionArgs& args) -> ActionValue {
+        return static_cast<std::int64_t>(link_.writeI2COnce(address(args), bytesOf(textArgument(args, 1)),
+                                                            bytesOf(textArgument(args, 2))));
+    });
+    add("writeI2C", 4, [this, address](const ActionArgs& args) -> ActionValue {
+        return static_cast<std::int64_t>(link_.writeI2C(address(args), bytesOf(textArgument(args, 1)),
+                                                        bytesOf(textArgument(args, 2)),
+                                                        static_cast<int>(wholeArgument(args, 3))));
+    });
+    constexpr int kMostFields = 64;
+    const auto fields = std::make_shared<CheckedArray<std::string, kMostFields>>();
+    sharedValues_.add(
+        {"splitField", 0, kMostFields - 1, [fields](int index) { return ActionValue((*fields)[index]); }, {}});
+    add("splitFields", 3, [fields](const ActionArgs& args) -> ActionValue {
+        std::string text = textArgument(args, 0);
+        const std::int64_t size = wholeArgument(args, 1);
+        const std::string delimiter = textArgument(args, 2);
+        if (size < 1 || size > kMostFields)
+            throw subscriptOutOfRange();
+        if (delimiter.size() != 1)
+            throw typeMismatch();
+        std::vector<std::string> cut(static_cast<std::size_t>(size));
+        const int last = splitFields(text, cut, delimiter.front());
+        for (int index = 0; index < kMostFields; ++index)
+            (*fields)[index] = index < size ? cut.at(static_cast<std::size_t>(index)) : std::string();
+        return static_cast<std::int64_t>(last);
     });
     add("byteToHex2", 1,
         [](const ActionArgs& args) -> ActionValue { return byteToHex2(toByte(wholeArgument(args, 0))); });

@@ -134,6 +134,7 @@ int runBench(const Options& options, QApplication& application) {
     qt::QtDialogs dialogs(events);
     qt::QtClipboard clipboard;
 
+    hid::requireOtherFile(options.replay, options.wireLog);
     BoardKind kind = BoardKind::Real;
     std::string name;
     const auto board = chooseHost(options, clock, kind, name);
@@ -162,6 +163,7 @@ int runBench(const Options& options, QApplication& application) {
 } // namespace
 
 int main(int argc, char** argv) {
+    failAtFileSizeLimit();
     Options options;
     CLI::App commandLine("Bench console for digitally controlled potentiometers.", "vrkbench");
     commandLine.set_version_flag("--version", "vrkbench " VRK_VERSION);

@@ -50,6 +50,7 @@ std::unique_ptr<Clock> Session::makeClock(const Options& options, DefaultTime ti
 std::unique_ptr<hid::HidHost> Session::makeHost(const Options& options) {
     if (!options.simulate.empty() && !options.replay.empty())
         throw CommandError(ExitCode::Usage, "--simulate and --replay exclude each other");
+    hid::requireOtherFile(options.replay, options.wireLog);
     if (!options.replay.empty()) {
         auto replay =
             std::make_unique<hid::ReplayHost>(options.replay, *clock_, report::kVendorId, report::kProductId);

@@ -1,5 +1,6 @@
 #include "apps/vrkctl/Options.h"
 #include "apps/vrkctl/Terminal.h"
+#include "platform/files/files.h"
 #include "platform/runtime/Fault.h"
 
 #include <CLI/CLI.hpp>
@@ -107,6 +108,7 @@ int run(int argc, char** argv) {
 } // namespace
 
 int main(int argc, char** argv) {
+    failAtFileSizeLimit();
     try {
         return run(argc, argv);
     } catch (const CommandError& error) {

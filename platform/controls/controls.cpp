@@ -400,49 +400,6 @@ Outcome Grid::userSelect(int row, int column) {
     });
 }
 
-// TextLog
-
-void TextLog::add(std::string_view text) {
-    size_ += text.size();
-    for (const char c : text) {
-        // A line break may come in two appends, so the CR waits for its LF.
-        if (std::exchange(pendingReturn_, false) && c != '\n')
-            lines_.back() += '\r';
-        if (c == '\r')
-            pendingReturn_ = true;
-        else if (c == '\n')
-            lines_.emplace_back();
-        else
-            lines_.back() += c;
-    }
-}
-
-void TextLog::append(std::string_view text) {
-    if (text.empty())
-        return;
-    add(text);
-    notify(Aspect::Appended);
-}
-
-void TextLog::setText(std::string_view text) {
-    lines_.assign(1, std::string());
-    size_ = 0;
-    pendingReturn_ = false;
-    add(text);
-    notify(Aspect::Value);
-}
-
-std::string TextLog::text() const {
-    std::string all;
-    all.reserve(size_);
-    for (std::size_t number = 0; number < lines_.size(); ++number) {
-        if (number > 0)
-            all += "\r\n";
-        all += lines_[number];
-    }
-    return all;
-}
-
 // Timer
 
 Timer::~Timer() {

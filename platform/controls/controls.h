@@ -1,9 +1,9 @@
 #pragma once
 
 #include "platform/controls/Control.h"
+#include "platform/controls/TextLog.h"
 #include "platform/runtime/text.h"
 
-#include <deque>
 #include <functional>
 #include <memory>
 #include <string>
@@ -376,33 +376,6 @@ class Grid final : public Control {
     int row_ = 0;
     int column_ = 0;
     std::function<void()> click_;
-};
-
-/// A growing text. Appending costs the same however long the text is.
-class TextLog final : public Control {
-  public:
-    TextLog(Panel& panel, std::string name, int index = kNoIndex) : Control(panel, std::move(name), index) {}
-    Kind kind() const override { return Kind::TextLog; }
-
-    /// Adds to the end; lines break at CR LF. Observers hear Aspect::Appended.
-    void append(std::string_view text);
-    /// Replaces everything. Observers hear Aspect::Value.
-    void setText(std::string_view text);
-    void clear() { setText({}); }
-
-    /// At least 1: the last line is what stands behind the last line break, maybe empty.
-    std::size_t lineCount() const { return lines_.size(); }
-    const std::string& line(std::size_t number) const { return lines_[number]; }
-    /// The whole text, lines ended by CR LF.
-    std::string text() const;
-    std::size_t size() const { return size_; }
-
-  private:
-    void add(std::string_view text);
-
-    std::deque<std::string> lines_{std::string()};
-    std::size_t size_ = 0;
-    bool pendingReturn_ = false;
 };
 
 class Timer final : public Control {

@@ -1,5 +1,7 @@
 #include "platform/files/SequentialInput.h"
 
+#include <algorithm>
+
 namespace vrk {
 
 namespace {
@@ -28,12 +30,12 @@ std::optional<std::string> SequentialInput::next() {
         }
     }
     const bool quoted = !field.empty();
-    std::string plain;
-    while (at_ < text_.size() && text_[at_] != ',' && text_[at_] != '\r' && text_[at_] != '\n')
-        plain += text_[at_++];
+    const std::size_t end = std::min(text_.find_first_of(",\r\n", at_), text_.size());
+    std::string_view plain = text_.substr(at_, end - at_);
+    at_ = end;
     if (!quoted) {
         while (!plain.empty() && isBlank(plain.back()))
-            plain.pop_back();
+            plain.remove_suffix(1);
         field = plain;
     }
     if (at_ < text_.size() && !takeLineEnd())

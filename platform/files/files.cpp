@@ -1,11 +1,14 @@
 #include "platform/files/files.h"
 
 #include "platform/runtime/Fault.h"
+#include "platform/runtime/text.h"
 
 #include <cerrno>
+#include <csignal>
 #include <cstdlib>
 #include <fcntl.h>
 #include <string_view>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 #include <utility>
@@ -56,23 +59,79 @@ bool fileExists(const std::filesystem::path& path) {
 }
 
 std::string readFile(const std::filesystem::path& path) {
-    const Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
-    if (file.number() < 0)
+    // The open of a pipe would wait for somebody to write to it.
+    const Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+    struct stat status {};
+    if (file.number() < 0 || ::fstat(file.number(), &status) != 0)
         throw fileFault("open", path.string(), errno);
+    if (S_ISDIR(status.st_mode))
+        throw fileFault("read", path.string(), EISDIR);
+    if (!S_ISREG(status.st_mode))
+        throw Fault("Cannot read " + path.string() + ": it is a pipe or a device, no file");
+    const auto tooLong = [&path] {
+        return Fault("Cannot read " + path.string() + ": it is longer than " +
+                     std::to_string(kMostFileBytes >> 20U) + " MiB");
+    };
+    if (static_cast<std::uintmax_t>(status.st_size) > kMostFileBytes)
+        throw tooLong();
     std::string content;
     std::string block(65536, '\0');
     for (;;) {
         const ssize_t count = ::read(file.number(), block.data(), block.size());
         if (count == 0)
-            return content;
+            break;
         if (count < 0) {
             if (errno == EINTR)
                 continue;
             throw fileFault("read", path.string(), errno);
         }
         content.append(block, 0, static_cast<std::size_t>(count));
+        if (content.size() > kMostFileBytes) // it grows, or its size is not what the system says
+            throw tooLong();
+    }
+    constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+    if (content.compare(0, kByteOrderMark.size(), kByteOrderMark) == 0)
+        content.erase(0, kByteOrderMark.size());
+    return content;
+}
+
+namespace {
+
+/// The name that the new content of `target` has until it takes its place. Short enough for any file system.
+std::string temporaryName(const fs::path& target) {
+    constexpr std::size_t kLongest = 200;
+    return "." + target.filename().string().substr(0, kLongest) + ".vrkbench-";
+}
+
+/// Removes what killed saves of `target` have left: nobody holds the lock of such a file any more.
+void removeLeftovers(const fs::path& target) {
+    const std::string name = temporaryName(target);
+    std::error_code error;
+    for (fs::directory_iterator entry(target.parent_path().empty() ? "." : target.parent_path(), error), end;
+         !error && entry != end; entry.increment(error)) {
+        if (!startsWith(entry->path().filename().string(), name))
+            continue;
+        const Descriptor file(::open(entry->path().c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));
+        if (file.number() >= 0 && ::flock(file.number(), LOCK_EX | LOCK_NB) == 0)
+            ::unlink(entry->path().c_str());
     }
 }
+
+/// Makes the file and takes its lock. \return its path; the descriptor is -1, with errno set, on failure.
+std::pair<std::string, int> makeTemporary(const fs::path& target) {
+    for (;;) {
+        std::string path = (target.parent_path() / temporaryName(target)).string() + "XXXXXX";
+        const int file = ::mkostemp(path.data(), O_CLOEXEC);
+        struct stat status {};
+        if (file < 0 ||
+            (::flock(file, LOCK_EX | LOCK_NB) == 0 && ::fstat(file, &status) == 0 && status.st_nlink > 0))
+            return {path, file};
+        // Another save has taken it for a leftover between the two calls.
+        ::close(file);
+    }
+}
+
+} // namespace
 
 void replaceFile(const std::filesystem::path& path, const std::string& content) {
     if (path.empty())
@@ -96,15 +155,16 @@ void replaceFile(const std::filesystem::path& path, const std::string& content) 
     }
     if (existed && ::access(target.c_str(), W_OK) != 0)
         throw fileFault("write", path.string(), errno);
-    std::string temporary = target.string() + ".XXXXXX";
-    Descriptor file(::mkostemp(temporary.data(), O_CLOEXEC));
+    removeLeftovers(target);
+    const auto [temporary, number] = makeTemporary(target);
+    Descriptor file(number);
     if (file.number() < 0)
         throw fileFault("write", path.string(), errno);
     const mode_t mask = ::umask(0);
     ::umask(mask);
     const mode_t mode = existed ? (old.st_mode & 07777U) : (0666U & ~mask);
     if (!writeAll(file.number(), content) || ::fchmod(file.number(), mode) != 0 ||
-        ::fsync(file.number()) != 0 || !file.close() || ::rename(temporary.c_str(), target.c_str()) != 0) {
+        ::fsync(file.number()) != 0 || ::rename(temporary.c_str(), target.c_str()) != 0) {
         const int error = errno;
         ::unlink(temporary.c_str());
         throw fileFault("write", path.string(), error);
@@ -117,6 +177,15 @@ void appendFile(const std::filesystem::path& path, const std::string& content) {
         throw fileFault("open", path.string(), errno);
     if (!writeAll(file.number(), content) || !file.close())
         throw fileFault("write", path.string(), errno);
+}
+
+bool sameFile(const fs::path& one, const fs::path& other) {
+    std::error_code error;
+    return fs::equivalent(one, other, error);
+}
+
+void failAtFileSizeLimit() {
+    std::signal(SIGXFSZ, SIG_IGN);
 }
 
 fs::path programFolder(const fs::path& wanted) {

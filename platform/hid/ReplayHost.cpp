@@ -9,6 +9,8 @@ namespace vrk::hid {
 
 namespace {
 
+constexpr Milliseconds kReplyWait{1000};
+
 std::string pathOf(int board) {
     return "replay:" + std::to_string(board);
 }
@@ -70,14 +72,14 @@ Handle ReplayHost::open(const std::string& path) {
     return kNoHandle;
 }
 
-void ReplayHost::diverge(const WireEvent* recorded, int board, const Report& sent) {
+void ReplayHost::diverge(const WireEvent* recorded, const Report& sent, const std::string& text) {
     diverged_ = true;
     Difference difference;
     difference.request = requests_;
     if (recorded)
         difference.recorded = recorded->report;
     difference.sent = sent;
-    difference.text = differenceText(requests_, recorded, board, sent);
+    difference.text = text;
     lastError_ = difference.text;
     if (onDifference_)
         onDifference_(difference);
@@ -97,9 +99,10 @@ bool ReplayHost::write(Handle handle, const Report& report) {
                      [](const WireEvent& event) { return event.direction == WireEvent::Direction::Out; });
     const WireEvent* recorded = request == events_.end() ? nullptr : &*request;
     if (!recorded || recorded->board != board->second || recorded->report != report) {
-        diverge(recorded, board->second, report);
+        diverge(recorded, report, differenceText(requests_, recorded, board->second, report));
         return false;
     }
+    sent_ = report;
     next_ = static_cast<std::size_t>(request - events_.begin()) + 1;
     offset_ = clock_.now() - recorded->at;
     if (recorded->failed)
@@ -127,6 +130,11 @@ ReadResult ReplayHost::read(Handle handle, Report& report, std::chrono::millisec
         }
     }
     clock_.sleep(timeout);
+    // A drain looks for what may be there; so long a wait is for a reply.
+    if (!diverged_ && next == nullptr && requests_ > 0 && timeout >= kReplyWait)
+        diverge(nullptr, sent_,
+                "The recording ends before the reply to request " + std::to_string(requests_) +
+                    "\n  sent     board " + std::to_string(board->second) + ": " + reportText(sent_));
     return ReadResult::TimedOut;
 }
 

@@ -14,7 +14,8 @@ namespace vrk::hid {
 ///
 /// A reply belongs to the request before it in the log. A report that the recording had read before a
 /// request and that nobody reads in the replay is dropped at that request. At the first request that
-/// differs the recording is of no more use: from then on writes fail and reads time out.
+/// differs, and at the first reply that the recording has no more of, it is of no more use: from then on
+/// writes fail and reads time out.
 class ReplayHost final : public HidHost {
   public:
     struct Difference {
@@ -28,7 +29,7 @@ class ReplayHost final : public HidHost {
     /// \throws Fault if the file cannot be read or is no wire log.
     ReplayHost(const std::filesystem::path& log, Clock& clock, std::uint16_t vendor, std::uint16_t product);
 
-    /// Called once, from the write that differs.
+    /// Called once, from the write that differs or the read that finds the recording's end.
     void onDifference(std::function<void(const Difference&)> handler) { onDifference_ = std::move(handler); }
     bool diverged() const { return diverged_; }
     /// True when every request of the recording has been made.
@@ -42,7 +43,7 @@ class ReplayHost final : public HidHost {
     std::string lastError() const override { return lastError_; }
 
   private:
-    void diverge(const WireEvent* recorded, int board, const Report& sent);
+    void diverge(const WireEvent* recorded, const Report& sent, const std::string& text);
 
     Clock& clock_;
     std::uint16_t vendor_;
@@ -51,6 +52,7 @@ class ReplayHost final : public HidHost {
     std::size_t next_ = 0;
     int boards_ = 1;
     int requests_ = 0;
+    Report sent_{};          ///< the last request
     Milliseconds offset_{0}; ///< from the recording's time to ours, at the last request
     std::map<Handle, int> open_;
     Handle lastHandle_ = 0;

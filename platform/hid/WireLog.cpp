@@ -1,5 +1,6 @@
 #include "platform/hid/WireLog.h"
 
+#include "platform/files/files.h"
 #include "platform/runtime/Fault.h"
 #include "platform/runtime/text.h"
 
@@ -14,6 +15,8 @@ namespace {
 
 constexpr std::string_view kFormat = "vrkbench wire log 1";
 constexpr int kMaxBoards = 128; ///< more than a USB bus has addresses
+/// Of a device's path; each report of the board carries it.
+constexpr std::size_t kMostPath = 4096;
 
 std::string padded(std::string text, std::size_t width) {
     if (text.size() < width)
@@ -88,7 +91,7 @@ bool readReport(std::string_view line, WireEvent& event) {
 bool readBoard(std::string_view line, std::map<int, std::string>& paths) {
     Words words(line);
     int number = 0;
-    if (words.next() != "board" || !readBoardNumber(words.next(), number))
+    if (words.next() != "board" || !readBoardNumber(words.next(), number) || words.rest().size() > kMostPath)
         return false;
     paths[number] = words.rest();
     return true;
@@ -127,20 +130,41 @@ void WireLog::write(const WireEvent& event) {
     if (!file_)
         return;
     std::string text;
-    if (std::find(named_.begin(), named_.end(), event.board) == named_.end()) {
-        named_.push_back(event.board);
+    if (const auto named = named_.find(event.board);
+        named == named_.end() || named->second != event.boardPath) {
+        named_.insert_or_assign(event.board, event.boardPath);
         text = "board " + std::to_string(event.board) + ' ' + event.boardPath + '\n';
     }
     text += padded(std::to_string(event.at.count()), 8);
     text += event.direction == WireEvent::Direction::Out ? " out " : " in  ";
     text +=
         std::to_string(event.board) + ' ' + reportText(event.report) + (event.failed ? " failed\n" : "\n");
-    if (put(text))
-        return;
-    const int error = errno;
-    file_.reset();
+    if (!put(text)) {
+        const int error = errno;
+        file_.reset();
+        end(error);
+    }
+}
+
+void WireLog::end(int error) {
     if (onFailure_)
         onFailure_(std::string(fileFault("write", path_, error).what()) + ". The wire log ends here.");
+}
+
+WireLog::~WireLog() {
+    // Some network disks tell only now that there was no room.
+    if (file_ == nullptr || std::fclose(file_.release()) == 0)
+        return;
+    try {
+        end(errno);
+    } catch (...) {
+        // Who is told of it fails as well: there is nobody else.
+    }
+}
+
+void requireOtherFile(const std::filesystem::path& replay, const std::filesystem::path& log) {
+    if (!replay.empty() && !log.empty() && sameFile(replay, log))
+        throw Fault("The wire log would overwrite the recording that is played back: " + log.string());
 }
 
 std::vector<WireEvent> parseWireLog(std::string_view text) {

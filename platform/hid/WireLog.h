@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <filesystem>
 #include <functional>
+#include <map>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -25,7 +26,8 @@ namespace vrk::hid {
 ///         6020 out 0 01 06 A0 00 ... failed
 ///
 /// The first line names the format and its version. A line that begins with '#' and an empty line mean
-/// nothing. "board" stands before the first report of a board; all behind the number is its path. Times
+/// nothing. "board" stands before the first report of a board, and again where its path has changed, as it
+/// does with each plug; all behind the number is its path. Times
 /// count in milliseconds from the start of the program; "failed" marks a report that the board did not take.
 class WireLog {
   public:
@@ -34,6 +36,9 @@ class WireLog {
     /// \throws Fault with the system's description if the file cannot be written.
     WireLog(WireRecorder& recorder, const Clock& clock, const std::filesystem::path& path,
             std::function<void(const std::string&)> onFailure);
+
+    /// The one who is told of failures hears of one at the end too.
+    ~WireLog();
 
     WireLog(const WireLog&) = delete;
     WireLog& operator=(const WireLog&) = delete;
@@ -47,13 +52,18 @@ class WireLog {
 
     void write(const WireEvent& event);
     bool put(const std::string& text);
+    void end(int error);
 
     std::string path_;
     std::unique_ptr<std::FILE, CloseFile> file_;
     std::function<void(const std::string&)> onFailure_;
-    std::vector<int> named_;
+    std::map<int, std::string> named_; ///< paths of the boards as the log has named them last
     Subscription subscription_;
 };
+
+/// \throws Fault if a recording is to be played back from the very file that the log would overwrite.
+/// \param replay empty: none is. \param log empty: none is written.
+void requireOtherFile(const std::filesystem::path& replay, const std::filesystem::path& log);
 
 /// The reports of a wire log in their order. A last line that a crash cut short is left out.
 /// \throws Fault that names the line which is no wire log.

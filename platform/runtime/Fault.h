@@ -21,7 +21,7 @@ Fault divisionByZero();
 Fault fileFault(const std::string& action, const std::string& path, int errorNumber);
 
 /// Unwinds every action on the stack when the program ends from deep inside one, as Cancel in a link
-/// dialog does. Deliberately no std::exception: nobody catches it by accident.
+/// dialog does. No std::exception, so that nobody catches it by accident.
 struct ProgramEnded {};
 
 } // namespace vrk

@@ -71,5 +71,49 @@ TEST_F(ConsoleTest, ClipboardKeysPassTheFilter) {
     EXPECT_EQ(console().txtSFRAddress.text(), "F5");
 }
 
+/// What gives back more than a number, as a client calls it.
+TEST_F(ConsoleTest, RoutinesGoByTheirName) {
+    loadConsoles();
+    bus.socket("KV4071", 0x50);
+    bench.frmVRK_User1.load();
+    i2c().OptVCC[0].userClick();
+    folder.write("registers.txt", "generic,0x11,0xfF");
+    const auto call = [this](const char* name, ActionArgs args) {
+        const Panel::Action* action = bench.findModuleAction(name);
+        if (action == nullptr)
+            action = console().findAction(name);
+        return action == nullptr ? ActionValue("no such action") : (*action)(args);
+    };
+    const auto shared = [this](const char* name, int index = kNoIndex) {
+        return bench.sharedValues().find(name)->get(index);
+    };
+    using std::int64_t;
+    using std::string;
+    sent();
+    EXPECT_EQ(call("writeI2C", {int64_t{0x50}, "2A", "00", int64_t{0}}), ActionValue(int64_t{8}));
+    EXPECT_EQ(call("readI2C", {int64_t{0x50}, int64_t{1}, "00", int64_t{0}}), ActionValue(int64_t{8}));
+    EXPECT_EQ(shared("i2cData"), ActionValue("2A"));
+    EXPECT_EQ(call("writeI2COnce", {int64_t{0x50}, "1b", "00"}), ActionValue(int64_t{8}));
+    EXPECT_EQ(call("readI2COnce", {int64_t{0x50}, int64_t{1}, "00"}), ActionValue(int64_t{8}));
+    EXPECT_EQ(shared("i2cData"), ActionValue("1B"));
+    EXPECT_EQ(call("readI2C", {int64_t{0xA0}, int64_t{1}, "", int64_t{-1}}), ActionValue(int64_t{1}));
+    EXPECT_EQ(shared("i2cData"), ActionValue(""));
+    EXPECT_THAT(sent(6), ElementsAre("01 06 50 01 01 00", "01 06 51 01 01 00", "01 06 50 01 01 00",
+                                     "01 06 51 01 01 00", "01 06 A1 01 00 00"));
+    for (const auto& [text, last, first, second] :
+         {std::tuple{"a,bc", 1, "a", "bc"}, {"", 0, "", ""}, {"a,b,c,d,e", 3, "a", "b"}, {"x", 0, "x", ""}}) {
+        EXPECT_EQ(call("splitFields", {string(text), int64_t{4}, ","}), ActionValue(int64_t{last})) << text;
+        EXPECT_EQ(shared("splitField", 0), ActionValue(first));
+        EXPECT_EQ(shared("splitField", 1), ActionValue(second));
+    }
+    EXPECT_EQ(call("loadRegisterFile", {int64_t{2}}), ActionValue("11FF"));
+    EXPECT_EQ(call("loadRegisterFile", {int64_t{3}}), ActionValue(""));
+    EXPECT_EQ(boxes().size(), 1U);
+    clipboard.setText("7E");
+    call("clipboardKeys", {"txtWriteVal(3)", int64_t{'V'}, int64_t{2}});
+    EXPECT_EQ(console().txtWriteVal[3].text(), "7E");
+    EXPECT_THROW(call("clipboardKeys", {"chkRandom", int64_t{'V'}, int64_t{2}}), ArgumentError);
+}
+
 } // namespace
 } // namespace vrk

@@ -25,22 +25,25 @@ class I2cServicesTest : public TestBench {
 
 TEST_F(I2cServicesTest, ReadDataLandByRegisterNumberUpToBox63) {
     loadConsoles();
-    using Row = std::tuple<const char*, bool, const char*, int, int, std::string>;
+    using Row = std::tuple<const char*, CheckBox*, const char*, int, int, std::string>;
     link().i2cAddress = 0xA0;
+    CheckBox* const senders[] = {&console().chkRandom, &console().ChK2WireCommand, &console().chk2WireRead};
     console().txtNumToRead.setText("8");
-    for (const auto& [start, random, report, from, to, shown] :
-         {Row{"02", true, "01 06 A1 08 01 02", 1, 10, ".11.12.13.14.15.16.17.18.."},
-          Row{"3C", true, "01 06 A1 08 01 3C", 59, 63, ".11.12.13.14."},
-          Row{"40", true, "01 06 A1 08 01 40", 0, 63, std::string(64, '.')},
-          Row{"3C", false, "01 06 A1 08 00", 0, 8, "11.12.13.14.15.16.17.18.."}}) {
+    for (const auto& [start, sender, report, from, to, shown] :
+         {Row{"02", senders[0], "01 06 A1 08 01 02", 1, 10, ".11.12.13.14.15.16.17.18.."},
+          Row{"3C", senders[1], "01 06 A1 08 01 3C", 59, 63, ".11.12.13.14."},
+          Row{"40", senders[2], "01 06 A1 08 01 40", 0, 63, std::string(64, '.')},
+          Row{"3C", nullptr, "01 06 A1 08 00", 0, 8, "11.12.13.14.15.16.17.18.."}}) {
         SCOPED_TRACE(report);
         for (auto& box : console().txtReadVal)
             box->setText("");
         console().txtStartRegRD.setText(start);
-        console().chkRandom.setValue(random ? 1 : 0);
+        for (CheckBox* box : senders)
+            box->setValue(box == sender ? 1 : 0);
+        sent();
         replyWith({0x11, 0x12, 0x13, 0x14, 0x15, 0x16, 0x17, 0x18});
         console().cmdRead.userClick();
-        EXPECT_EQ(sent(random ? 6 : 5).at(0), report);
+        EXPECT_EQ(sent(sender != nullptr ? 6 : 5).at(0), report);
         EXPECT_EQ(readValues(from, to), shown);
         EXPECT_EQ(console().TXTI2C[0].text() + console().TXTI2C[7].text(), "1118");
         EXPECT_EQ(console().txtSlaveAddress.text(), "A0");
@@ -72,6 +75,9 @@ TEST_F(I2cServicesTest, IndividualWriteAlwaysChangesTheRegister) {
     console().cmdWriteIndividual[0].userClick();
     EXPECT_EQ(sent(Command::I2cTransfer).size(), 1U); // nothing is written on an unknown register
     EXPECT_EQ(boxes().size(), 1U);
+    EXPECT_EQ(act([this] { console().cmdWriteIndividual_Click(2); }).fault, "Subscript out of range");
+    EXPECT_EQ(boxes().size(), 1U);
+    EXPECT_THAT(sent(), IsEmpty());
 }
 
 TEST_F(I2cServicesTest, ScanOfAnEmptyBusVisitsEveryAddressAndAsks) {

@@ -166,7 +166,7 @@ TEST_F(LinkTest, TransferIsRepeatedForEachRetryAndEndsWithCancel) {
     answer(Choice::Retry, note);
     console().cmdWrite.userClick();
     EXPECT_THAT(boxes(), ElementsAre(with(kWriteFailed, "Retry")));
-    EXPECT_THAT(codes, ElementsAre(4, 0)); // only a read notes the failed write
+    EXPECT_THAT(codes, ElementsAre(4, 4));
 
     fault(FaultKind::NoReply, 1, 6);
     answer(Choice::Cancel);
@@ -216,16 +216,167 @@ TEST_F(LinkTest, RetryOverALostReplyShowsTheBoardsStateAndNoOtherRegister) {
     answer(Choice::Retry);
     console().cmdGetSDFValue.userClick();
     EXPECT_THAT(boxes(), ElementsAre(with(kCheckStatus, "Retry")));
-    EXPECT_NE(console().lblSFRBuf[2].caption(), "00"); // no good value of whatever Retry read last
+    EXPECT_EQ(bench.context().results.kept().back().text, "No reply: register access");
+    // What Retry read last, register F8, and not the request: 01 12 01 80.
+    EXPECT_EQ(console().lblSFRBuf[2].caption() + console().lblSFRBuf[3].caption(), "000D");
     console().chkSPIread.setValue(1);
     fault(FaultKind::NoReply, 1, 9);
     answer(Choice::Retry);
     console().cmdSPIWrite.userClick();
     EXPECT_THAT(boxes(), ElementsAre(with(kCheckStatus, "Retry")));
     EXPECT_EQ(console().txtReadVal[0].text(), "00");
+    // Pins that were read before the loss are not laid over those that Retry has read.
+    for (const char* getter : {"getGPvalue", "getGPconf"}) {
+        fault(FaultKind::NoReply, 1, 18);
+        answer(Choice::Retry);
+        EXPECT_TRUE(act([&] { (*console().findAction(getter))({}); }).done());
+        EXPECT_THAT(boxes(), ElementsAre(with(kCheckStatus, "Retry")));
+        EXPECT_EQ(console().lblWrGPData[2].caption() + console().lblWrOC[2].caption(), "10F8");
+    }
     sent();
     console().cmdSimpleI2cRd.userClick(); // sets no report ID of its own
     EXPECT_THAT(sent(2), ElementsAre("01 06"));
+}
+
+TEST_F(LinkTest, LateReplyNeverAnswersAnotherRequest) {
+    openI2c();
+    link().i2cAddress = 0x50;
+    console().txtWriteVal[0].setText("2A");
+    console().cmdWrite.userClick();
+    for (int late = 6000; late < 6016; ++late) { // wherever in Retry's discovery it comes
+        SCOPED_TRACE(late);
+        console().TXTI2C[0].setText("--");
+        console().txtPBufRd[2].setText("--");
+        fault(FaultKind::LateReply, 1, 6, late);
+        answer(Choice::Retry);
+        EXPECT_TRUE(console().cmdRead.userClick().done());
+        EXPECT_EQ(boxes().size(), 1U);
+        EXPECT_EQ(console().TXTI2C[0].text(), "2A");
+        EXPECT_EQ(console().txtPBufRd[2].text() + console().txtPBufRd[6].text(), "7005");
+        EXPECT_EQ(console().cboSMBusFrequency.text(), "400");
+        // A service without a drain of its own, behind a time-out without a dialog.
+        fault(FaultKind::LateReply, 1, 6, late);
+        console().cmdSimpleI2cRd.userClick();
+        clock.sleep(Milliseconds(20));
+        sent();
+        console().txtStartRegRD.setText("10");
+        console().cmdSimpleI2cRd.userClick();
+        console().txtStartRegRD.setText("00");
+        console().cmdSimpleI2cRd.userClick();
+        EXPECT_EQ(console().txtReadVal[0].text(), "2A");
+    }
+}
+
+TEST_F(LinkTest, DeviceThatNeverStopsSendingIsToldOnce) {
+    loadConsoles();
+    const auto flood = [this] {
+        for (int report = 0; report < 63; ++report)
+            bus.stale({1, 0, 0xEE});
+    };
+    int reads = 0;
+    const Subscription more = recorder.observe([&](const hid::WireEvent& event) {
+        if (event.direction == hid::WireEvent::Direction::In && event.report[2] == 0xEE && ++reads % 60 == 0)
+            flood();
+    });
+    flood();
+    link().purgeInputReports();
+    link().purgeInputReports();
+    EXPECT_EQ(reads, 2 * modHID::kMostStale);
+    const auto told = boxes();
+    ASSERT_EQ(told.size(), 1U);
+    EXPECT_THAT(told[0], ::testing::HasSubstr("never stops sending"));
+}
+
+/// As often as the user likes, in the discovery itself too: nothing may pile up on the stack.
+TEST_F(LinkTest, RetryMayBeAnsweredAnyNumberOfTimes) {
+    loadConsoles();
+    constexpr int kTimes = 5000;
+    for (const auto& [kind, command, button] : {std::tuple{FaultKind::WriteFails, 1, &console().cmdReconnect},
+                                                {FaultKind::WriteFails, 18, &console().cmdGetSDFValue},
+                                                {FaultKind::WriteFails, 6, &console().cmdWrite},
+                                                {FaultKind::NoReply, 5, &console().cmdReconnect}}) {
+        SCOPED_TRACE(button->name());
+        // A transfer's own Retry reads the board each time; a few do.
+        const int times = command == 6 ? 100 : kTimes;
+        fault(kind, times, command);
+        for (int time = 0; time < times; ++time)
+            answer(Choice::Retry);
+        replyWith({});
+        EXPECT_TRUE(button->userClick().done());
+        EXPECT_EQ(boxes().size(), static_cast<std::size_t>(times));
+        EXPECT_EQ(link().instance() + console().cboEVBinstance.listIndex(), 0);
+        EXPECT_EQ(console().cboSMBusFrequency.text(), "400");
+        wire.clear();
+        bus.clear();
+    }
+}
+
+/// Every field that shows what the board said: never before its read, fresh behind it, stale once a read
+/// fails.
+TEST_F(LinkTest, ReadingsKnowWhatTheyAreWorth) {
+    loadConsoles();
+    frmMainF340& c = console();
+    c.chkSPIread.setValue(1);
+    using Controls = std::initializer_list<const Control*>;
+    const std::tuple<Button*, int, Controls> rows[] = {
+        {&c.cmdRdADMux, 12, {&c.lblADMuxData[0], &c.lblADMuxData[12]}},
+        {&c.cmdADCRDEnable, 16, {&c.lblADCEnable[2]}},
+        {&c.cmdADCRDData, 17, {&c.txtADDec}},
+        {&c.cmdReadADCClock, 10, {&c.lblADCClockDaa[3]}},
+        {&c.cmdADCRDMode16, 13, {&c.lblADCMode1Data[2]}},
+        {&c.cmdRdADCAvg, 14, {&c.lblADCLoopData[2]}},
+        {&c.cmdADCRdSampleRate, 15, {&c.lblADCSampleData[4]}},
+        {&c.cmdRdADCMode, 11, {&c.lblADCRefcon[2]}},
+        {&c.cmdWrtADReg, 19, {&c.lblAdRcv[3], &c.lblADRegRead}},
+        {&c.cmdRD7150, 19, {&c.lblADDecimal[1], &c.lbl_ADReal}},
+        {&c.cmdFirmwareVersion, 0, {&c.lblFirmwareVersion, &c.txtFirmwareVersion}},
+        {&c.cmdRdGPAnalog[3], 18, {&c.lblRdGPAnalog[3]}},
+        {&c.cmdRdOC[1], 18, {&c.lblRdOC[1]}},
+        {&c.cmdGetSDFValue, 18, {&c.lblSFRBuf[3]}},
+        {&c.cmdReadIndividual, 6, {&c.txtReadIndividual}},
+        {&c.cmdSimpleI2cRd, 6, {&c.txtReadVal[0]}},
+        {&c.cmdRead, 6, {&c.TXTI2C[0], &c.txtReadVal[0]}},
+        {&c.cmdSPIWrite, 9, {&c.txtReadVal[0]}},
+    };
+    using State = Freshness::State;
+    const auto expect = [](const Controls& readings, State state, bool failed) {
+        for (const Control* reading : readings) {
+            SCOPED_TRACE(reading->path());
+            ASSERT_TRUE(reading->freshness());
+            EXPECT_EQ(reading->freshness()->state, state);
+            EXPECT_EQ(reading->freshness()->failed, failed);
+        }
+    };
+    for (const auto& [button, command, readings] : rows) {
+        SCOPED_TRACE(button->path());
+        const bool rereads = button == &c.cmdRdOC[1] || button == &c.cmdGetSDFValue || button == &c.cmdRead ||
+                             button == &c.cmdRdGPAnalog[3] || button == &c.cmdSPIWrite ||
+                             button == &c.cmdADCRDData;
+        if (!rereads)
+            expect(readings, State::Never, false);
+        replyWith({0x12});
+        button->userClick();
+        bus.clear();
+        expect(readings, State::Fresh, false);
+        if (command == 6) { // the other commands look at no error byte
+            fault(FaultKind::Nak, 1, 6);
+        } else {
+            fault(FaultKind::NoReply, 1, command);
+        }
+        answer(Choice::Retry);
+        button->userClick();
+        EXPECT_EQ(boxes().size(), button == &c.cmdSimpleI2cRd ? 0U : 1U);
+        expect(readings, State::Stale, true);
+        if (button == &c.cmdSimpleI2cRd)
+            dialogs.show({"", {}, {Choice::Retry}}); // takes the answer that it had no need of
+        boxes();
+    }
+    // Another address: what the part at the old one said no longer holds.
+    replyWith({0x12}, 2);
+    c.cmdRead.userClick();
+    c.cmdReadIndividual.userClick();
+    type(c.txtI2Caddress, "A0");
+    expect({&c.TXTI2C[0], &c.txtReadVal[0], &c.txtReadIndividual}, State::Stale, false);
 }
 
 TEST_F(LinkTest, ErrorByteAsksForTheAddressButIsNoLinkFailure) {
@@ -296,9 +447,54 @@ TEST_F(LinkTest, SecondOfTwoBoardsAmongForeignDevices) {
     EXPECT_TRUE(bus.state(1).leds.red);
     EXPECT_FALSE(bus.state(0).leds.red);
 
-    console().cmdReconnect.userClick();
-    EXPECT_EQ(link().instance(), 0);
-    EXPECT_EQ(handles(0) + handles(1), 4);
+    for (const bool retry : {false, true}) {
+        console().cboEVBinstance.userSelect(1);
+        bus.unplug(0);
+        bus.plug(0);
+        sent();
+        if (retry) {
+            fault(FaultKind::WriteFails, 1, 14);
+            answer(Choice::Retry);
+            console().cmdRdADCAvg.userClick();
+            EXPECT_EQ(boxes().size(), 1U);
+            wire.erase(wire.begin()); // what failed went to board 1
+        } else {
+            console().cmdReconnect.userClick();
+        }
+        EXPECT_EQ(link().instance() + console().cboEVBinstance.listIndex(), 0);
+        EXPECT_THAT(wire, Each(::testing::Field(&hid::WireEvent::board, 0)));
+        EXPECT_EQ(handles(0) * handles(1), 4);
+    }
+
+    // Devices of other makers are closed again too.
+    struct Counter final : hid::HidHost {
+        explicit Counter(hid::HidHost& bus) : under(bus) {}
+        std::vector<hid::DeviceInfo> list() override { return under.list(); }
+        hid::Handle open(const std::string& path) override {
+            ++opened;
+            return under.open(path);
+        }
+        bool write(hid::Handle handle, const hid::Report& report) override {
+            return under.write(handle, report);
+        }
+        hid::ReadResult read(hid::Handle handle, hid::Report& report, Milliseconds timeout) override {
+            return under.read(handle, report, timeout);
+        }
+        void close(hid::Handle handle) noexcept override {
+            ++closed;
+            under.close(handle);
+        }
+        hid::HidHost& under;
+        int opened = 0;
+        int closed = 0;
+    } counter(bus);
+    Trace trace;
+    modHID other(bench.context(), counter, trace);
+    other.initHIDConnection();
+    other.initHIDConnection();
+    EXPECT_EQ(counter.opened - counter.closed, 4);
+    other.closeHIDHandles();
+    EXPECT_EQ(counter.opened, counter.closed);
 }
 
 TEST_F(LinkTest, WithoutABoardOneWarningThenTheSecondSelectionGoesOn) {

@@ -27,6 +27,15 @@ TEST_F(AnalogTest, ReadingAndItsTexts) {
     }
     EXPECT_EQ(console().chkADCEnable.value(), 1);
     EXPECT_EQ(sent(4).at(0), "01 10 00 01");
+    const auto worth = [this] {
+        return std::pair(board().txtADDec.freshness()->state, board().txtRdgs[0].freshness()->state);
+    };
+    EXPECT_EQ(worth(), std::pair(Freshness::State::Fresh, Freshness::State::Fresh));
+    fault(sim::FaultKind::NoReply, 1, 17);
+    answer(Choice::Retry);
+    board().READ_AD();
+    EXPECT_EQ(boxes().size(), 1U);
+    EXPECT_EQ(worth(), std::pair(Freshness::State::Stale, Freshness::State::Stale));
 }
 
 TEST_F(AnalogTest, ChannelChangesThroughTheMultiplexer) {

@@ -32,6 +32,30 @@ TEST_F(SuppliesTest, FourFramesOfTheSupplyDac) {
     }
     EXPECT_EQ(bus.state().code, 0x77);
     EXPECT_EQ(b.txtSPIRd[2].text(), "77"); // the code read back
+    EXPECT_EQ(b.txtSPIRd[2].freshness()->state, Freshness::State::Fresh);
+    // A lost reply leaves no value that looks read, and U5 not selected.
+    fault(sim::FaultKind::NoReply, 1, 9);
+    answer(Choice::Retry);
+    b.cmdSPIReadData.userClick();
+    EXPECT_EQ(boxes().size(), 1U);
+    EXPECT_EQ(b.txtSPIRd[2].freshness()->state, Freshness::State::Stale);
+    EXPECT_EQ(bus.state().sfr.at("A0") & 0x10, 0x10);
+    EXPECT_EQ(unlocked(), 13);
+    // Measures the input that is connected, VIN0, though the list moves to VIN4; a switch makes it stale.
+    b.Combo1.setListIndex(6);
+    b.cmdSampleVCC.userClick();
+    EXPECT_EQ(b.lblVCCVoltsRDBK.toolTip(), "Twice the volts at 06 - P1.6");
+    EXPECT_EQ(b.lblVCCVoltsRDBK.freshness()->state, Freshness::State::Fresh);
+    b.OptVCC[0].userClick();
+    EXPECT_EQ(b.lblVCCVoltsRDBK.freshness()->state, Freshness::State::Stale);
+    EXPECT_FALSE(b.lblVCCVoltsRDBK.freshness()->failed);
+    b.OptVCC[1].userClick();
+    sent();
+    for (const auto& [typed, text] : {std::pair{"7g", "7"}, {"101", "00"}, {"0", "00"}, {"ff", "FF"}}) {
+        type(b.txtSPIwr[13], typed);
+        b.txtSPIwr[13].userLeave();
+        EXPECT_EQ(b.txtSPIwr[13].text(), text);
+    }
     // The field of each row that is not sent.
     b.txtSPIwr[4].setText("FF");
     b.cmdSPIWrite2.userClick();
@@ -65,6 +89,38 @@ TEST_F(SuppliesTest, WithoutTrackSwitchingVccOffLeavesItsBitInTheImage) {
     EXPECT_EQ(bus.state().vminus, 0);
 }
 
+TEST_F(SuppliesTest, LampsAndOptionsFollowABoardThatComesBack) {
+    bus.setBoards(2);
+    openI2c();
+    const auto shown = [this](Colour lamp, bool on) {
+        for (const Lamp* each : {&board().ShpVCCon, &board().ShpVCCMinusOn, &i2c().ShpVCCon, &i2c().ShVM})
+            EXPECT_EQ(each->colour(), lamp) << each->path();
+        for (auto* options : {&board().OptVCC, &board().OptVCCMinus, &i2c().OptVCC, &i2c().OptVM})
+            EXPECT_TRUE((*options)[on ? 0 : 1].value()) << options->name();
+        EXPECT_EQ(bus.state().vcc > 2.0, on);
+        EXPECT_EQ(bus.state().vminus < 0, on);
+        EXPECT_EQ(byteOf("PBuf", 2) & 0x60, on ? 0x60 : 0);
+    };
+    console().cmdReconnect.userClick(); // as it was
+    shown(Colour::LightRed, true);
+    console().cboEVBinstance.userSelect(1);
+    EXPECT_EQ(i2c().ShpVCCon.colour(), Colour::Black);
+    console().cboEVBinstance.userSelect(0);
+    shown(Colour::LightRed, true);
+    bus.unplug(0);
+    bus.plug(0);
+    sent();
+    console().cmdReconnect.userClick();
+    for (const std::string& report : sent(3))
+        EXPECT_EQ(report.substr(6), "01"); // only read
+    shown(Colour::Black, false);
+    EXPECT_EQ(i2c().lblVCCVolts.freshness()->state, Freshness::State::Stale);
+    i2c().ChkShutDown2.userClick(); // any other pin
+    shown(Colour::Black, false);
+    i2c().OptVCC[0].userClick();
+    shown(Colour::LightRed, true);
+}
+
 TEST_F(SuppliesTest, MinusOnRunsItsNeighboursClick) {
     loadConsoles();
     board().ChkTrack.userClick();
@@ -90,6 +146,15 @@ TEST_F(SuppliesTest, CalibrationFileTakesThePlaceOfTheBuiltInCodes) {
     i2c().cmdUpdateVCC.userClick();
     EXPECT_EQ(bus.state().code, 0x2D);
     EXPECT_EQ(i2c().lblSPICode.caption(), "2D");
+    // A file that ends early leaves the fields that it has; a reference that is none leaves the scale.
+    for (const auto& [reference, kept] : {std::pair{"3.1", 3.1}, {"0", 3.1}, {"-2", 3.1}, {"3.2x", 3.1}}) {
+        folder.write("VRK_Cal_Data.txt",
+                     std::string("cut\r\nVREF,") + reference + "\r\n2.7,2E,1.3,2.6\r\n3.0,37");
+        (*bench.findModuleAction("initSupplyDefaults"))({});
+        EXPECT_EQ(number("ADRef"), kept) << reference;
+        EXPECT_EQ(code(0) + code(1) + code(2) + i2c().CboVCC.row(1).text + i2c().CboVCC.row(2).text,
+                  "2E37--3.0x.x");
+    }
 }
 
 } // namespace

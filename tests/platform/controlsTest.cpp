@@ -1,8 +1,10 @@
 #include "platform/controls/Panel.h"
+#include "platform/files/files.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <string>
+#include <sys/resource.h>
 #include <vector>
 
 namespace vrk {
@@ -212,6 +214,38 @@ TEST_F(ControlsTest, LogBreaksItsLinesAlsoWhereTheBreakComesInTwo) {
     panel.trace.clear();
     EXPECT_EQ(panel.trace.text(), "");
     EXPECT_THAT(aspects, ElementsAre(Aspect::Appended, Aspect::Appended, Aspect::Value));
+}
+
+TEST_F(ControlsTest, LogPutsItsOldestLinesOnTheDisk) {
+    failAtFileSizeLimit();
+    for (const bool diskFull : {false, true}) {
+        panel.trace.clear();
+        panel.trace.setMemoryLimit(20000);
+        rlimit old{};
+        getrlimit(RLIMIT_FSIZE, &old);
+        const rlimit small{diskFull ? 30000 : old.rlim_cur, old.rlim_max};
+        setrlimit(RLIMIT_FSIZE, &small);
+        std::string all;
+        std::vector<std::string> lines;
+        for (int number = 0; number < 5000; ++number) {
+            lines.push_back(std::string(static_cast<std::size_t>(number % 40), 'x') + decimalText(number) +
+                            (number % 7 == 0 ? "\r" : ""));
+            panel.trace.append(lines.back());
+            panel.trace.append("\r\n");
+            all += lines.back() + "\r\n";
+        }
+        setrlimit(RLIMIT_FSIZE, &old);
+        panel.trace.append("tail");
+        EXPECT_EQ(panel.trace.inMemory() <= 20000, !diskFull);
+        EXPECT_EQ(panel.trace.size(), all.size() + 4);
+        EXPECT_EQ(panel.trace.text(), all + "tail");
+        ASSERT_EQ(panel.trace.lineCount(), 5001U);
+        for (const std::size_t number : {0U, 4999U, 255U, 256U, 1U, 2500U})
+            EXPECT_EQ(panel.trace.line(number), lines[number]);
+        // Told once, the full disk too.
+        ASSERT_EQ(context.results.kept().size(), diskFull ? 3U : 1U);
+        EXPECT_EQ(context.results.kept().back().good, !diskFull);
+    }
 }
 
 TEST_F(ControlsTest, TimerIsNotEnteredTwice) {

@@ -3,6 +3,7 @@
 #include "platform/runtime/Fault.h"
 
 #include <cstdlib>
+#include <fcntl.h>
 #include <filesystem>
 #include <functional>
 #include <gmock/gmock.h>
@@ -11,7 +12,10 @@
 #include <rapidcheck.h>
 #include <rapidcheck/gtest.h>
 #include <string>
+#include <sys/file.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
+#include <unistd.h>
 #include <vector>
 
 namespace vrk {
@@ -89,11 +93,26 @@ TEST_F(FilesTest, ReplaceKeepsPermissionsAndLinks) {
 }
 
 TEST_F(FilesTest, FailureKeepsTheOldFile) {
-    // So long a name that the new file cannot stand beside the old one.
-    const fs::path file = folder / std::string(252, 'n');
+    const fs::path file = folder / std::string(252, 'n'); // a temporary name cannot be longer
     appendFile(file, "old");
-    EXPECT_THAT(faultOf([&] { replaceFile(file, "new"); }), HasSubstr("Cannot write"));
+    // Left by killed saves of this file; what somebody else is writing stays.
+    const std::string leftover = (folder / ("." + std::string(200, 'n') + ".vrkbench-")).string();
+    appendFile(leftover + "dead00", "half");
+    appendFile(leftover + "alive0", "half");
+    const int alive = ::open((leftover + "alive0").c_str(), O_RDONLY | O_CLOEXEC);
+    ASSERT_EQ(::flock(alive, LOCK_EX), 0);
+    failAtFileSizeLimit();
+    rlimit old{};
+    getrlimit(RLIMIT_FSIZE, &old);
+    const rlimit small{2, old.rlim_max};
+    setrlimit(RLIMIT_FSIZE, &small);
+    const std::string fault = faultOf([&] { replaceFile(file, "new"); });
+    setrlimit(RLIMIT_FSIZE, &old);
+    EXPECT_THAT(fault, HasSubstr("too large"));
     EXPECT_EQ(readFile(file), "old");
+    EXPECT_EQ(entries(), 2U);
+    ::close(alive);
+    replaceFile(file, "new");
     EXPECT_EQ(entries(), 1U);
     EXPECT_THAT(faultOf([&] { replaceFile(folder / "none" / "file", "new"); }), HasSubstr("No such file"));
     EXPECT_FALSE(fs::exists(folder / "none"));
@@ -103,6 +122,19 @@ TEST_F(FilesTest, FailureKeepsTheOldFile) {
     EXPECT_THAT(faultOf([&] { readFile(folder / "none"); }), HasSubstr("Cannot open"));
     EXPECT_THAT(faultOf([&] { readFile(folder); }), HasSubstr("Is a directory"));
     EXPECT_THAT(faultOf([&] { appendFile(folder / "none" / "file", "x"); }), HasSubstr("No such file"));
+
+    // None of these may keep the program waiting or eat its memory.
+    ASSERT_EQ(::mkfifo((folder / "pipe").c_str(), 0600), 0);
+    for (const fs::path& special : {folder / "pipe", fs::path("/dev/zero")})
+        EXPECT_THAT(faultOf([&] { readFile(special); }), HasSubstr("a pipe or a device"));
+    fs::resize_file(file, kMostFileBytes);
+    EXPECT_EQ(readFile(file).size(), kMostFileBytes);
+    fs::resize_file(file, kMostFileBytes + 1);
+    EXPECT_THAT(faultOf([&] { readFile(file); }), HasSubstr("16 MiB"));
+    replaceFile(file, "\xEF\xBB\xBFgeneric");
+    EXPECT_EQ(readFile(file), "generic");
+    EXPECT_TRUE(sameFile(file, folder / "." / file.filename()));
+    EXPECT_FALSE(sameFile(file, folder / "pipe"));
 }
 
 } // namespace

@@ -8,8 +8,6 @@
 #include <sys/resource.h>
 #include <unistd.h>
 
-#include <csignal>
-
 namespace vrk::hid {
 namespace {
 
@@ -109,6 +107,10 @@ TEST_F(Wire, LogHoldsEachReportOfTheBoardsAndNothingElse) {
     recorder_.write(board, reportOf({1}));
     recorder_.close(board);
     recorder_.write(board, reportOf({2}));
+    host_.takesWrites = true;
+    host_.devices.back().path = "b2"; // unplugged and plugged in again
+    recorder_.list();
+    recorder_.write(recorder_.open("b2"), reportOf({3}));
 
     const auto line = [](const std::string& head, int bytes) {
         std::string zeros;
@@ -121,7 +123,7 @@ TEST_F(Wire, LogHoldsEachReportOfTheBoardsAndNothingElse) {
                                "# ms, direction, board, 64 bytes\nboard 1 b\n" +
                                    line("    1236 out 1 01 06 A0", 3) + '\n' +
                                    line("    1238 in  1 01 00 3F", 3) + '\n' + line("    1240 out 1 01", 1) +
-                                   " failed\n");
+                                   " failed\nboard 1 b2\n" + line("    1248 out 1 03", 1) + '\n');
 }
 
 TEST_F(Wire, FirstRequestThatDiffersIsToldAndEndsTheReplay) {
@@ -158,6 +160,18 @@ TEST_F(Wire, FirstRequestThatDiffersIsToldAndEndsTheReplay) {
     EXPECT_TRUE(again.write(second, reportOf({1, 6, 0xA2, 0, 5})));
     EXPECT_FALSE(again.write(second, reportOf({1})));
     EXPECT_THAT(again.lastError(), HasSubstr("not in the recording"));
+
+    // Cut before a reply: the recording is to blame, not the board.
+    ReplayHost cut(path_, clock_, kVendor, kProduct);
+    const Handle third = cut.open("replay:0");
+    EXPECT_TRUE(cut.write(third, reportOf({1, 6, 0xA0})));
+    EXPECT_TRUE(cut.write(third, reportOf({1, 6, 0xA2, 0, 5})));
+    EXPECT_EQ(cut.read(third, reply, 5ms), ReadResult::Arrived);
+    EXPECT_EQ(cut.read(third, reply, 20ms), ReadResult::TimedOut);
+    EXPECT_FALSE(cut.diverged());
+    EXPECT_EQ(cut.read(third, reply, 6000ms), ReadResult::TimedOut);
+    EXPECT_TRUE(cut.diverged());
+    EXPECT_THAT(cut.lastError(), HasSubstr("The recording ends before the reply to request 2\n"));
 }
 
 TEST_F(Wire, BrokenLogsAreRefusedWithTheirLine) {
@@ -166,7 +180,8 @@ TEST_F(Wire, BrokenLogsAreRefusedWithTheirLine) {
     // Text and fault; empty: none.
     const std::pair<std::string, std::string> cases[] = {
         {"", ""},
-        {head + "\r\n# remark\r\n" + good, ""},
+        {"\xEF\xBB\xBF" + head + "\r\n# remark\r\n" + good, ""},
+        {head + "board 0 " + std::string(4097, 'p') + '\n' + good, "Line 2"},
         {head + good + "12 out 0 01 06", ""}, // cut short by a crash
         {"something else\n", "no wire log"},
         {head + good + "12 out 0 01 06\n", "Line 3"},
@@ -188,6 +203,10 @@ TEST_F(Wire, UnwritableLogIsToldBeforeAnythingIsSent) {
     EXPECT_THROW(WireLog(recorder_, clock_, "/no/such/folder/log", {}), Fault);
     EXPECT_THROW(WireLog(recorder_, clock_, testing::TempDir(), {}), Fault);
     EXPECT_THROW(WireLog(recorder_, clock_, "/dev/full", {}), Fault);
+    replaceFile(path_, "");
+    EXPECT_THROW(requireOtherFile(path_, testing::TempDir() + "./" + path_.substr(testing::TempDir().size())),
+                 Fault);
+    EXPECT_NO_THROW(requireOtherFile(path_, ""));
 }
 
 TEST_F(Wire, FullDiskIsToldOnceAndTheExchangeGoesOn) {
@@ -197,7 +216,7 @@ TEST_F(Wire, FullDiskIsToldOnceAndTheExchangeGoesOn) {
         throw std::runtime_error("the one who is told fails as well");
     });
     const Handle board = recorder_.open("a");
-    std::signal(SIGXFSZ, SIG_IGN);
+    failAtFileSizeLimit();
     rlimit old{};
     getrlimit(RLIMIT_FSIZE, &old);
     const rlimit small{300, old.rlim_max};

@@ -17,6 +17,14 @@ FLOORS = [["platform"], ["link", "sim"], ["motherboard"], ["panels"], ["script"]
           ["views"], ["apps"]]
 FLOOR_OF = {folder: floor for floor, folders in enumerate(FLOORS) for folder in folders}
 
+# Floors inside a folder; "." is the files that stand in the folder itself.
+SUB_FLOORS = {
+    "platform": [["runtime"], ["files", "dialogs", "clipboard"], ["controls", "hid"], ["qt"]],
+    "panels": [["blocks"], ["."], ["instruction"], ["i2c", "spi", "discrete"]],
+}
+SUB_FLOOR_OF = {folder: {name: floor for floor, names in enumerate(floors) for name in names}
+                for folder, floors in SUB_FLOORS.items()}
+
 # The simulated board stands in for the hardware: all that it shares with the link is what goes over the wire.
 SIM_MAY_INCLUDE = ("sim/", "platform/", "link/reportLayout.h")
 
@@ -45,6 +53,18 @@ FOREIGN_SYMBOL = re.compile(r"\bU (?:\w+ for )?(Q[A-Z][a-z]\w*(?:::|\(|$)|qt_\w+
 QT_LIBRARY = re.compile(r"\(NEEDED\).*\[(libQt[^\]]*)\]")
 
 
+def sub_fault(folder, file, header):
+    """The same inside one folder."""
+    floor_of = SUB_FLOOR_OF.get(folder)
+    if not floor_of:
+        return None
+    own, target = (path.split("/")[1] if path.count("/") > 1 else "." for path in (file, header))
+    for name in (own, target):
+        if name not in floor_of:
+            return f"stands in {folder}/{name}, which is on no floor"
+    return None if own == target or floor_of[target] < floor_of[own] else "looks up or sideways"
+
+
 def include_fault(file, kind, header):
     """What is wrong with a file's include line; None if nothing is. Paths are relative to the repository."""
     if QT_HEADER.match(header):
@@ -59,12 +79,13 @@ def include_fault(file, kind, header):
     if header.startswith("platform/qt/") and not file.startswith(QT_FOLDERS):
         return "knows the rendering"
     folder, target = file.split("/")[0], header.split("/")[0]
+    if folder == target:
+        return sub_fault(folder, file, header)
     if target not in FLOOR_OF:
         return "is not written from the repository's top"
     if folder == "sim":
         return None if header.startswith(SIM_MAY_INCLUDE) else "knows more of the host than the wire"
-    below = FLOOR_OF[target] < FLOOR_OF[folder]
-    return None if folder == target or below else "looks up or sideways"
+    return None if FLOOR_OF[target] < FLOOR_OF[folder] else "looks up or sideways"
 
 
 def check_includes(root):
@@ -114,11 +135,21 @@ def self_test():
         ("automation/a.cpp", "<", "QtWidgets/QWidget"), ("automation/a.cpp", "<", "hidapi/hidapi.h"),
         ("platform/controls/a.h", "<", "unistd.h"), ("link/a.cpp", '"', "modHID.h"),
         ("platform/runtime/a.h", '"', "link/modHID.h"),
+        ("panels/blocks/a.h", '"', "panels/DevicePanel.h"), ("panels/blocks/a.h", '"', "panels/i2c/frmVRK_User1.h"),
+        ("panels/WiperPanel.h", '"', "panels/instruction/frmInstructions.h"),
+        ("panels/instruction/a.h", '"', "panels/i2c/frmVRK_User1.h"), ("panels/i2c/a.h", '"', "panels/spi/a.h"),
+        ("panels/discrete/a.h", '"', "panels/i2c/i2cParts.h"), ("panels/new/a.h", '"', "panels/DevicePanel.h"),
+        ("platform/runtime/a.h", '"', "platform/controls/Panel.h"),
+        ("platform/files/a.h", '"', "platform/dialogs/Dialogs.h"),
+        ("platform/hid/a.h", '"', "platform/controls/Panel.h"),
     ]
     passed = [
         ("sim/a.cpp", '"', "link/reportLayout.h"), ("views/a.cpp", "<", "QWidget"), ("views/a.cpp", '"', "a.moc"),
         ("platform/hid/a.cpp", "<", "hidapi/hidapi.h"), ("apps/vrkctl/main.cpp", "<", "CLI/CLI.hpp"),
         ("shell/a.cpp", '"', "panels/i2c/frmVRK_User1.h"), ("link/a.h", "<", "vector"),
+        ("panels/WiperPanel.h", '"', "panels/blocks/StatusBlock.h"), ("panels/a.h", '"', "panels/DevicePanel.h"),
+        ("panels/spi/a.h", '"', "panels/instruction/a.h"), ("platform/hid/a.h", '"', "platform/files/files.h"),
+        ("platform/qt/a.h", '"', "platform/controls/Panel.h"), ("platform/runtime/a.h", '"', "platform/runtime/text.h"),
     ]
     faults = [f"not refused: {case}" for case in refused if not include_fault(*case)]
     faults += [f"refused: {case}" for case in passed if include_fault(*case)]

@@ -1,8 +1,7 @@
-#include "bench/BenchRig.h"
+#include "benchmarks/BenchRig.h"
 #include "platform/qt/LogView.h"
 #include "platform/qt/QtHost.h"
-#include "views/PanelWindow.h"
-#include "views/WindowManager.h"
+#include "views/workspace/Workspace.h"
 
 #include <benchmark/benchmark.h>
 
@@ -21,7 +20,7 @@ struct TraceRig {
         rig.bench.start();
         appendLines(rig.bench.Doco->rtxt1, lines);
         rig.bench.Doco.show();
-        view = dynamic_cast<qt::LogView*>(windows.window("Doco")->findChild<QWidget*>("rtxt1"));
+        view = dynamic_cast<qt::LogView*>(workspace.page("Doco")->findChild<QWidget*>("rtxt1"));
         view->logReplaced();
         view->viewport()->repaint();
     }
@@ -35,7 +34,7 @@ struct TraceRig {
 
     BenchRig rig;
     qt::QtHost host{rig.events};
-    WindowManager windows{{rig.bench, BoardKind::Simulated, QStringLiteral("KV4071")}};
+    Workspace workspace{{rig.bench, BoardKind::Simulated, QStringLiteral("KV4071")}};
     qt::LogView* view = nullptr;
 };
 

@@ -1,4 +1,4 @@
-#include "bench/BenchRig.h"
+#include "benchmarks/BenchRig.h"
 
 #include <benchmark/benchmark.h>
 

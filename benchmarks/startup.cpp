@@ -1,7 +1,7 @@
-#include "bench/BenchRig.h"
+#include "benchmarks/BenchRig.h"
 #include "platform/qt/QtHost.h"
 #include "platform/qt/theme.h"
-#include "views/WindowManager.h"
+#include "views/workspace/Workspace.h"
 
 #include <benchmark/benchmark.h>
 
@@ -45,7 +45,7 @@ void startConsole() {
     BenchRig rig;
     const qt::QtHost host(rig.events);
     qt::applyTheme(*qApp, qt::desktopShade());
-    const WindowManager windows({rig.bench, BoardKind::Simulated, QStringLiteral("KV4071")});
+    const Workspace workspace({rig.bench, BoardKind::Simulated, QStringLiteral("KV4071")});
     rig.bench.start();
     watch.wait();
 }

@@ -1,3 +1,4 @@
+#include "tests/platform/hid/FakeHost.h"
 #include "tests/support/TestBench.h"
 
 namespace vrk {
@@ -311,74 +312,6 @@ TEST_F(LinkTest, RetryMayBeAnsweredAnyNumberOfTimes) {
     }
 }
 
-/// Every field that shows what the board said: never before its read, fresh behind it, stale once a read
-/// fails.
-TEST_F(LinkTest, ReadingsKnowWhatTheyAreWorth) {
-    loadConsoles();
-    frmMainF340& c = console();
-    c.chkSPIread.setValue(1);
-    using Controls = std::initializer_list<const Control*>;
-    const std::tuple<Button*, int, Controls> rows[] = {
-        {&c.cmdRdADMux, 12, {&c.lblADMuxData[0], &c.lblADMuxData[12]}},
-        {&c.cmdADCRDEnable, 16, {&c.lblADCEnable[2]}},
-        {&c.cmdADCRDData, 17, {&c.txtADDec}},
-        {&c.cmdReadADCClock, 10, {&c.lblADCClockDaa[3]}},
-        {&c.cmdADCRDMode16, 13, {&c.lblADCMode1Data[2]}},
-        {&c.cmdRdADCAvg, 14, {&c.lblADCLoopData[2]}},
-        {&c.cmdADCRdSampleRate, 15, {&c.lblADCSampleData[4]}},
-        {&c.cmdRdADCMode, 11, {&c.lblADCRefcon[2]}},
-        {&c.cmdWrtADReg, 19, {&c.lblAdRcv[3], &c.lblADRegRead}},
-        {&c.cmdRD7150, 19, {&c.lblADDecimal[1], &c.lbl_ADReal}},
-        {&c.cmdFirmwareVersion, 0, {&c.lblFirmwareVersion, &c.txtFirmwareVersion}},
-        {&c.cmdRdGPAnalog[3], 18, {&c.lblRdGPAnalog[3]}},
-        {&c.cmdRdOC[1], 18, {&c.lblRdOC[1]}},
-        {&c.cmdGetSDFValue, 18, {&c.lblSFRBuf[3]}},
-        {&c.cmdReadIndividual, 6, {&c.txtReadIndividual}},
-        {&c.cmdSimpleI2cRd, 6, {&c.txtReadVal[0]}},
-        {&c.cmdRead, 6, {&c.TXTI2C[0], &c.txtReadVal[0]}},
-        {&c.cmdSPIWrite, 9, {&c.txtReadVal[0]}},
-    };
-    using State = Freshness::State;
-    const auto expect = [](const Controls& readings, State state, bool failed) {
-        for (const Control* reading : readings) {
-            SCOPED_TRACE(reading->path());
-            ASSERT_TRUE(reading->freshness());
-            EXPECT_EQ(reading->freshness()->state, state);
-            EXPECT_EQ(reading->freshness()->failed, failed);
-        }
-    };
-    for (const auto& [button, command, readings] : rows) {
-        SCOPED_TRACE(button->path());
-        const bool rereads = button == &c.cmdRdOC[1] || button == &c.cmdGetSDFValue || button == &c.cmdRead ||
-                             button == &c.cmdRdGPAnalog[3] || button == &c.cmdSPIWrite ||
-                             button == &c.cmdADCRDData;
-        if (!rereads)
-            expect(readings, State::Never, false);
-        replyWith({0x12});
-        button->userClick();
-        bus.clear();
-        expect(readings, State::Fresh, false);
-        if (command == 6) { // the other commands look at no error byte
-            fault(FaultKind::Nak, 1, 6);
-        } else {
-            fault(FaultKind::NoReply, 1, command);
-        }
-        answer(Choice::Retry);
-        button->userClick();
-        EXPECT_EQ(boxes().size(), button == &c.cmdSimpleI2cRd ? 0U : 1U);
-        expect(readings, State::Stale, true);
-        if (button == &c.cmdSimpleI2cRd)
-            dialogs.show({"", {}, {Choice::Retry}}); // takes the answer that it had no need of
-        boxes();
-    }
-    // Another address: what the part at the old one said no longer holds.
-    replyWith({0x12}, 2);
-    c.cmdRead.userClick();
-    c.cmdReadIndividual.userClick();
-    type(c.txtI2Caddress, "A0");
-    expect({&c.TXTI2C[0], &c.txtReadVal[0], &c.txtReadIndividual}, State::Stale, false);
-}
-
 TEST_F(LinkTest, ErrorByteAsksForTheAddressButIsNoLinkFailure) {
     loadConsoles();
     fault(FaultKind::Nak, 2, 6);
@@ -466,35 +399,15 @@ TEST_F(LinkTest, SecondOfTwoBoardsAmongForeignDevices) {
         EXPECT_EQ(handles(0) * handles(1), 4);
     }
 
-    // Devices of other makers are closed again too.
-    struct Counter final : hid::HidHost {
-        explicit Counter(hid::HidHost& bus) : under(bus) {}
-        std::vector<hid::DeviceInfo> list() override { return under.list(); }
-        hid::Handle open(const std::string& path) override {
-            ++opened;
-            return under.open(path);
-        }
-        bool write(hid::Handle handle, const hid::Report& report) override {
-            return under.write(handle, report);
-        }
-        hid::ReadResult read(hid::Handle handle, hid::Report& report, Milliseconds timeout) override {
-            return under.read(handle, report, timeout);
-        }
-        void close(hid::Handle handle) noexcept override {
-            ++closed;
-            under.close(handle);
-        }
-        hid::HidHost& under;
-        int opened = 0;
-        int closed = 0;
-    } counter(bus);
+    // Devices of other makers are closed again at once, the boards' two handles when the link ends.
+    hid::FakeHost host;
+    host.devices = {{1, 2, "mouse"}, {report::kVendorId, report::kProductId, "board"}, {1, 3, "keys"}};
     Trace trace;
-    modHID other(bench.context(), counter, trace);
+    modHID other(bench.context(), host, trace);
     other.initHIDConnection();
-    other.initHIDConnection();
-    EXPECT_EQ(counter.opened - counter.closed, 4);
+    EXPECT_THAT(host.closed, ElementsAre(1, 3));
     other.closeHIDHandles();
-    EXPECT_EQ(counter.opened, counter.closed);
+    EXPECT_THAT(host.closed, ElementsAre(1, 3, 2, 2));
 }
 
 TEST_F(LinkTest, WithoutABoardOneWarningThenTheSecondSelectionGoesOn) {

@@ -37,7 +37,7 @@ class WiperPanel : public DevicePanel,
     void supplyChanged() override;
     void addressChanged() override;
     void partChanged() override;
-    std::string wiperVolts() override { return measure(); }
+    void measureWiper(Reading& volts) override { measure(volts); }
     /// Both sizes list "None", one and two bytes; one byte is chosen.
     void fillSizes();
 };

@@ -1,5 +1,6 @@
 #include "panels/blocks/ChannelBlock.h"
 
+#include "link/readings.h"
 #include "panels/blocks/choices.h"
 #include "platform/runtime/text.h"
 
@@ -256,12 +257,8 @@ void ChannelBlock::showPosition(int index, std::optional<int> read) {
     ProgressBar1[index].setValue(std::min(value, wipers.TapCount));
     lblPotRead[index].setCaption(decimalText(value));
     lblPotReadhex[index].setCaption(hexText(value, readDigits()));
-    for (Reading* shown : {&lblPotRead[index], &lblPotReadhex[index]}) {
-        if (read)
-            shown->markRead();
-        else
-            shown->markStale("last read failed", true);
-    }
+    for (Reading* shown : {&lblPotRead[index], &lblPotReadhex[index]})
+        markReading(*shown, read.has_value());
 }
 
 void ChannelBlock::cmdI2Read_Click(int index) {
@@ -293,12 +290,7 @@ void ChannelBlock::cmdSampleWiper_Click(int index) {
     host().pump();
     services_.board().Combo1.setListIndex(index + kFirstWiperChannelRow);
     host().pump();
-    const std::string volts = wiperVolts();
-    lblWiperVolts[index].setCaption(volts);
-    if (services_.link.attached())
-        lblWiperVolts[index].markRead();
-    else
-        lblWiperVolts[index].markStale("the board did not answer", true);
+    measureWiper(lblWiperVolts[index]);
     host().wait(Milliseconds{50});
     busy.release();
     host().pump();

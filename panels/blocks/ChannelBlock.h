@@ -132,8 +132,8 @@ class ChannelBlock : public PanelBlock {
     virtual int shownPosition(int value) const = 0;
     /// Least digits of a position read, in hexadecimal.
     virtual int readDigits() const { return 2; }
-    /// Volts at the part's wiper, as text: see SupplyBlock::measure().
-    virtual std::string wiperVolts() = 0;
+    /// Measures the channel chosen on the motherboard: see SupplyBlock::measure().
+    virtual void measureWiper(Reading& volts) = 0;
     /// The part, its taps or channels were chosen anew.
     virtual void partChanged() {}
 

@@ -1,5 +1,6 @@
 #include "panels/blocks/SupplyBlock.h"
 
+#include "link/readings.h"
 #include "platform/runtime/text.h"
 
 namespace vrk {
@@ -144,22 +145,17 @@ void SupplyBlock::cmdReadVCC_Click() {
 void SupplyBlock::measureVcc(int row) {
     services_.board().Combo1.setListIndex(row);
     host().pump();
-    const std::string volts = measure();
-    if (services_.link.attached())
-        lblVCCVolts.showRead(volts);
-    else {
-        lblVCCVolts.setCaption(volts);
-        lblVCCVolts.markStale("the board did not answer", true);
-    }
+    measure(lblVCCVolts);
     host().pump();
     host().wait(kVccSettle);
 }
 
-std::string SupplyBlock::measure() {
+void SupplyBlock::measure(Reading& volts) {
     services_.board().READ_AD();
     services_.board().READ_AD();
     services_.analog.ADVolts += leadingNumber(txtADOffset.text());
-    return formatNumber(services_.analog.ADVolts * leadingNumber(txtADGain.text()), "#0.000");
+    volts.setCaption(formatNumber(services_.analog.ADVolts * leadingNumber(txtADGain.text()), "#0.000"));
+    markReading(volts, services_.console().replied());
 }
 
 } // namespace vrk

@@ -45,9 +45,9 @@ class SupplyBlock : public PanelBlock {
     virtual void supplyChanged() {}
 
     /// Converts the channel chosen on the motherboard twice, as the first conversion after a change of
-    /// channel is of the channel before, and adds the offset to the shared value. \return volts times the
-    /// gain, "#0.000"
-    std::string measure();
+    /// channel is of the channel before, adds the offset to the shared value, and shows volts times the gain,
+    /// "#0.000".
+    void measure(Reading& volts);
 
   private:
     void showUserCode();

@@ -1,3 +1,4 @@
+#include "link/readings.h"
 #include "panels/i2c/frmVRK_User1.h"
 #include "platform/runtime/text.h"
 
@@ -86,10 +87,7 @@ void frmVRK_User1::CMDq331X_Read_Click(int index) {
     console().txtStartRegRD.setText(entryOf(kRead331x, index));
     console().cmdRead_Click();
     lblRdq331x[index].setCaption(hexText(twoByteReading()));
-    if (lastTransferGood())
-        lblRdq331x[index].markRead();
-    else
-        lblRdq331x[index].markStale("last read failed", true);
+    markReading(lblRdq331x[index], lastTransferGood());
     readOutcome();
 }
 

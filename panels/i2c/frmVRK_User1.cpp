@@ -1,4 +1,5 @@
 #include "panels/i2c/frmVRK_User1.h"
+#include "link/readings.h"
 
 #include "panels/blocks/choices.h"
 #include "panels/blocks/entries.h"
@@ -204,8 +205,10 @@ bool frmVRK_User1::writeWiper(int channel) {
 
 std::optional<int> frmVRK_User1::readWiper(int channel) {
     setAddressBytes();
+    const unsigned before = link().transfers();
     Read_VRK(wipers.ChanReg[channel]);
-    if (!lastTransferGood())
+    // With the data size "None" nothing is sent, and the status is that of an exchange before.
+    if (link().transfers() == before || !lastTransferGood())
         return std::nullopt;
     return wipers.WiperRead[kWiperElement];
 }
@@ -247,10 +250,7 @@ void frmVRK_User1::Read_VRK(int reg) {
             f340.cmdRead_Click();
             wipers.WiperRead[kWiperElement] = twoByteReading();
             lblRdq331x[0].setCaption(hexText(wipers.WiperRead[kWiperElement]));
-            if (lastTransferGood())
-                lblRdq331x[0].markRead();
-            else
-                lblRdq331x[0].markStale("last read failed", true);
+            markReading(lblRdq331x[0], lastTransferGood());
         }
     }
     readOutcome();

@@ -1,3 +1,4 @@
+#include "link/readings.h"
 #include "panels/blocks/entries.h"
 #include "panels/i2c/frmVRK_User1.h"
 #include "platform/runtime/text.h"
@@ -68,10 +69,7 @@ void frmVRK_User1::cmdACRRead_Click() {
     console().txtStartRegRD.setText(txtACRAddress.text());
     console().cmdRead_Click();
     txtACR[1].setText(console().txtReadVal[hexToInt(txtACRAddress.text())].text());
-    if (lastTransferGood())
-        txtACR[1].markRead();
-    else
-        txtACR[1].markStale("last read failed", true);
+    markReading(txtACR[1], lastTransferGood());
     showRegisterOutcome(kAcrRead, kRead, "Read of register " + txtACRAddress.text(), txtACR[1]);
     pump();
     wait(Milliseconds{20});
@@ -111,10 +109,7 @@ void frmVRK_User1::cmdGPRead_Click() {
     console().cmdRead_Click();
     const std::string text = console().txtReadVal[hexToInt(txtGPAddress.text())].text();
     lblGPRead.setCaption(text.size() == 1 ? "0" + text : text);
-    if (lastTransferGood())
-        lblGPRead.markRead();
-    else
-        lblGPRead.markStale("last read failed", true);
+    markReading(lblGPRead, lastTransferGood());
     showRegisterOutcome(kGeneralRead, kRead, "Read of register " + txtGPAddress.text(), lblGPRead);
     busy.release();
     pump();

@@ -48,6 +48,9 @@ std::unique_ptr<Clock> Session::makeClock(const Options& options, DefaultTime ti
 }
 
 std::unique_ptr<hid::HidHost> Session::makeHost(const Options& options) {
+    std::error_code none;
+    if (!options.replay.empty() && fs::equivalent(options.replay, options.wireLog, none))
+        throw CommandError(ExitCode::Usage, "--wire-log would overwrite the recording that --replay reads");
     if (!options.simulate.empty() && !options.replay.empty())
         throw CommandError(ExitCode::Usage, "--simulate and --replay exclude each other");
     hid::requireOtherFile(options.replay, options.wireLog);
@@ -76,7 +79,10 @@ Session::Session(const Options& options, Dialogs& dialogs, DefaultTime time)
       host_(makeHost(options)),
       recorder_(*host_, *clock_, report::kVendorId, report::kProductId) {
     if (!options.wireLog.empty())
-        wireLog_.emplace(recorder_, *clock_, options.wireLog, [](const std::string& why) { tell(why); });
+        wireLog_.emplace(recorder_, *clock_, options.wireLog, tellFileFailed);
+    supplies_.emplace(recorder_);
+    if (replay_ != nullptr) // what is not in the recording would pass for a difference
+        supplies_->leaveAsTheyAre();
     bench_ = std::make_unique<Bench>(Bench::Parts{.events = events_,
                                                   .dialogs = dialogs,
                                                   .clipboard = clipboard_,

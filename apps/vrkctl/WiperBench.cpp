@@ -1,5 +1,6 @@
 #include "apps/vrkctl/WiperBench.h"
 
+#include "apps/vrkctl/Interrupt.h"
 #include "apps/vrkctl/Terminal.h"
 #include "link/reportLayout.h"
 #include "platform/runtime/text.h"
@@ -13,7 +14,9 @@ namespace vrk {
 namespace {
 constexpr int kI2cRow = 2;      ///< of the start panel
 constexpr int kConsolesRow = 1; ///< loads the consoles and stays
-constexpr int kVccOn = 0, kVccOff = 1;
+constexpr int kVccOn = 0;
+/// Rows of the panel's supply list.
+constexpr std::array kLevels = {"2.7", "3.0", "3.3", "3.5", "4.0", "4.5", "5.0", "Min", "Mid", "Max"};
 
 struct PartFacts {
     const char* name; ///< caption of its entry in the device menu
@@ -78,6 +81,24 @@ void checkAddress(const std::string& text) {
         throw usage("--address: '" + text + "' is no even hexadecimal address from 02 to FE");
 }
 
+/// "5" and "5.0" are one level, "min" and "Min" too.
+bool sameLevel(const std::string& one, const std::string& other) {
+    if (isNumeric(one) && isNumeric(other))
+        return leadingNumber(one) == leadingNumber(other);
+    return upperCase(one) == upperCase(other);
+}
+
+void checkVcc(const std::string& vcc) {
+    std::string all;
+    for (const char* level : kLevels) {
+        if (sameLevel(vcc, level))
+            return;
+        all += std::string(level) + ", ";
+    }
+    if (!vcc.empty() && vcc != "on" && vcc != "off")
+        throw usage("--vcc: '" + vcc + "' is no level; levels: " + all + "off");
+}
+
 nlohmann::ordered_json json(const std::optional<Position>& position) {
     if (!position)
         return nullptr;
@@ -99,6 +120,21 @@ nlohmann::ordered_json WiperResult::json() const {
     return all;
 }
 
+std::string WiperResult::statusText() const {
+    switch (status) {
+    case kLinkGood:
+        return "ok";
+    case kLinkError:
+        return "no acknowledge";
+    case kLinkReadFailed:
+        return "no reply";
+    case kLinkWriteFailed:
+        return "not sent";
+    default:
+        return "unknown";
+    }
+}
+
 int parsePosition(const std::string& text) {
     const bool hex = startsWith(text, "0x") || startsWith(text, "0X");
     const char* first = text.data() + (hex ? 2 : 0);
@@ -118,13 +154,14 @@ WiperBench::WiperBench(const Options& options, const WiperOptions& wiper)
       session_(options, dialogs_, DefaultTime::VirtualIfPossible) {
     checkChannel(part_, wiper_.channel);
     checkAddress(wiper_.address);
+    checkVcc(wiper_.vcc);
 }
 
-WiperBench::~WiperBench() {
-    if (!vccOn_ || leavePowered_ || session_.events().ended())
+void WiperBench::leavePowered() {
+    if (!wiper_.powered())
         return;
-    panel().OptVCC[kVccOff].userClick();
-    session_.runEvents();
+    session_.leaveSupplies();
+    tell("VCC stays on: a volatile position would be lost with it");
 }
 
 std::string WiperBench::address() {
@@ -162,8 +199,10 @@ void WiperBench::open() {
     if (!bench.frmVRK_User1.visible())
         throw CommandError(ExitCode::NoBoard, "the board cannot be used: another program may have it open");
     choosePart();
-    if (wiper_.vcc)
-        switchVcc(true);
+    if (wiper_.powered())
+        switchVccOn();
+    if (const auto signalled = interrupt::requested())
+        throw CommandError(*signalled, "interrupted; nothing was written");
 }
 
 void WiperBench::chooseInstance() {
@@ -192,9 +231,15 @@ void WiperBench::choosePart() {
     }
 }
 
-void WiperBench::switchVcc(bool on) {
-    done(panel().OptVCC[on ? kVccOn : kVccOff].userClick(), "switching VCC");
-    vccOn_ = on;
+void WiperBench::switchVccOn() {
+    ComboBox& levels = panel().CboVCC;
+    bool found = wiper_.vcc.empty() || wiper_.vcc == "on";
+    for (int row = 0; row < levels.rowCount() && !found; ++row)
+        if ((found = sameLevel(levels.rows().at(static_cast<std::size_t>(row)).text, wiper_.vcc)))
+            done(levels.userSelect(row), "choosing VCC's level");
+    if (!found)
+        throw CommandError(ExitCode::CheckFailed, "the calibration file has no level " + wiper_.vcc);
+    done(panel().OptVCC[kVccOn].userClick(), "switching VCC on");
 }
 
 WiperResult WiperBench::write(int value) {
@@ -228,8 +273,8 @@ void WiperBench::explain(const WiperResult& result) {
         tell(message);
     if (!result.read)
         tell("channel " + std::to_string(result.channel) + ": the part at address " + address() +
-             (wiper_.vcc ? " does not answer" : " does not answer without VCC") + " (bus status " +
-             std::to_string(result.status) + ")");
+             (wiper_.powered() ? " does not answer" : " does not answer without VCC") +
+             " (bus: " + result.statusText() + ")");
     else if (!result.good())
         tell("channel " + std::to_string(result.channel) + ": wrote " +
              std::to_string(result.written->value) + " but read " + std::to_string(result.read->value) +

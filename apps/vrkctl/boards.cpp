@@ -6,7 +6,6 @@
 
 #include <nlohmann/json.hpp>
 
-#include <cstdio>
 #include <optional>
 
 namespace vrk {
@@ -46,10 +45,10 @@ ExitCode listBoards(const Options& options) {
         }
         list.push_back({{"board", number}, {"path", path}, {"firmware", firmware}});
         if (!options.json)
-            std::printf("%zu  %s  firmware %s\n", number, path.c_str(), firmware.c_str());
+            putf("%zu  %s  firmware %s\n", number, path.c_str(), firmware.c_str());
     }
     if (options.json)
-        std::printf("%s\n", list.dump(2).c_str());
+        put(list.dump(2) + "\n");
     if (boards.empty())
         throw CommandError(ExitCode::NoBoard, "no evaluation board is plugged in");
     return allAnswer ? ExitCode::Done : ExitCode::LinkLost;

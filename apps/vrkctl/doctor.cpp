@@ -1,10 +1,9 @@
 #include "apps/vrkctl/Options.h"
+#include "apps/vrkctl/Terminal.h"
 #include "link/reportLayout.h"
 #include "platform/hid/DeviceAccess.h"
 
 #include <nlohmann/json.hpp>
-
-#include <cstdio>
 
 namespace vrk {
 
@@ -22,17 +21,17 @@ const char* accessText(const hid::DeviceAccess& device) {
 }
 
 void print(const hid::LinkDiagnosis& found, const std::vector<std::string>& advice) {
-    std::printf("boards on the USB bus     %d\n", found.onUsb);
-    std::printf("raw HID service (hidraw)  %s\n", yesNo(found.hidSystem));
-    std::printf("udev rule installed       %s\n", yesNo(found.ruleInstalled));
+    putf("boards on the USB bus     %d\n", found.onUsb);
+    putf("raw HID service (hidraw)  %s\n", yesNo(found.hidSystem));
+    putf("udev rule installed       %s\n", yesNo(found.ruleInstalled));
     for (const hid::DeviceAccess& device : found.devices)
-        std::printf("%-25s %s\n", device.path.c_str(), accessText(device));
+        putf("%-25s %s\n", device.path.c_str(), accessText(device));
     if (found.devices.empty())
-        std::printf("device nodes of boards    none\n");
+        putf("device nodes of boards    none\n");
     for (const std::string& line : advice)
-        std::printf("\n%s\n", line.c_str());
+        putf("\n%s\n", line.c_str());
     if (found.good() && advice.empty())
-        std::printf("\nAll is well.\n");
+        putf("\nAll is well.\n");
 }
 
 void printJson(const hid::LinkDiagnosis& found, const std::vector<std::string>& advice) {
@@ -45,7 +44,7 @@ void printJson(const hid::LinkDiagnosis& found, const std::vector<std::string>& 
     const nlohmann::ordered_json all = {
         {"onUsb", found.onUsb}, {"hidraw", found.hidSystem}, {"ruleInstalled", found.ruleInstalled},
         {"devices", devices},   {"good", found.good()},      {"advice", advice}};
-    std::printf("%s\n", all.dump(2).c_str());
+    put(all.dump(2) + "\n");
 }
 } // namespace
 

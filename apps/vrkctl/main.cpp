@@ -1,3 +1,4 @@
+#include "apps/vrkctl/Interrupt.h"
 #include "apps/vrkctl/Options.h"
 #include "apps/vrkctl/Terminal.h"
 #include "platform/files/files.h"
@@ -42,10 +43,9 @@ void addWiperOptions(CLI::App& command, WiperOptions& wiper) {
     command.add_option("--address", wiper.address, "Bus address, hexadecimal, 8-bit form");
     command.add_option("--taps", wiper.taps, "Taps: 16, 32, 64, 100, 128 or 256");
     command
-        .add_option_function<std::string>(
-            "--vcc", [&wiper](const std::string& state) { wiper.vcc = state == "on"; },
-            "off leaves the part without VCC")
-        ->check(CLI::IsMember({"on", "off"}));
+        .add_option("--vcc", wiper.vcc,
+                    "Level: 2.7, 3.0, 3.3, 3.5, 4.0, 4.5, 5.0, Min, Mid, Max, or off; else 5.0")
+        ->type_name("LEVEL");
 }
 
 int run(int argc, char** argv) {
@@ -100,20 +100,23 @@ int run(int argc, char** argv) {
         app.exit(error);
         return static_cast<int>(asked ? ExitCode::Done : ExitCode::Usage);
     }
-    const ExitCode code = command();
-    if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0)
-        throw CommandError(ExitCode::File, "the output could not be written");
-    return static_cast<int>(code);
+    return static_cast<int>(withFiles(command()));
+}
+
+int ended(const CommandError& error) {
+    if (*error.what() != '\0')
+        tell(error.what());
+    return static_cast<int>(withFiles(error.code()));
 }
 } // namespace
 
 int main(int argc, char** argv) {
     failAtFileSizeLimit();
     try {
+        interrupt::takeSignals();
         return run(argc, argv);
     } catch (const CommandError& error) {
-        tell(error.what());
-        return static_cast<int>(error.code());
+        return ended(error);
     } catch (const Fault& fault) {
         tell(fault.what()); // of a file that an option names: the bench tells its own
         return static_cast<int>(ExitCode::File);

@@ -6,8 +6,7 @@
 #include "link/reportLayout.h"
 #include "platform/hid/HidapiHost.h"
 
-#include <csignal>
-#include <optional>
+#include <system_error>
 #include <unistd.h>
 
 namespace vrk {
@@ -32,7 +31,6 @@ ExitCode serveRpc(const Options& given) {
     ScriptedDialogs dialogs;
     Session session(options, dialogs, DefaultTime::Real);
     Bench& bench = session.bench();
-    std::signal(SIGPIPE, SIG_IGN);
     // Before the first request is looked at: the start panel's load lets events run.
     bench.start();
     StdioTransport transport({.events = session.events(),
@@ -45,14 +43,18 @@ ExitCode serveRpc(const Options& given) {
                               .simulated = session.simulated(),
                               .wire = &session.wire(),
                               .log = tell},
-                             STDIN_FILENO, STDOUT_FILENO);
-    const Interrupt interrupt([&transport] { transport.stop(); });
+                             STDIN_FILENO, STDOUT_FILENO, interrupt::descriptor());
     tell("serving " +
          (options.simulate.empty() ? std::string(options.replay.empty() ? "the board" : "a recording")
                                    : "a simulated board with " + options.simulate) +
          (session.virtualClock() != nullptr ? " in virtual time" : "") + "; one JSON-RPC message a line");
     transport.run();
-    return interrupt.requested() ? ExitCode::Interrupted : ExitCode::Done;
+    if (transport.outputError() == 0)
+        return interrupt::requested().value_or(ExitCode::Done);
+    const ExitCode code = outputFailure(transport.outputError());
+    if (code == ExitCode::File)
+        tell("an answer could not be written: " + std::generic_category().message(transport.outputError()));
+    return code;
 }
 
 } // namespace vrk

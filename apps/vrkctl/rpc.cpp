@@ -39,6 +39,7 @@ ExitCode serveRpc(const Options& given) {
                               .panels = bench.panels(),
                               .values = bench.sharedValues(),
                               .moduleActions = bench.moduleActions(),
+                              .results = bench.context().results,
                               .virtualClock = session.virtualClock(),
                               .simulated = session.simulated(),
                               .wire = &session.wire(),

@@ -107,6 +107,7 @@ struct RpcBench {
                        .panels = panels,
                        .values = values,
                        .moduleActions = actions,
+                       .results = context.results,
                        .virtualClock = &clock,
                        .simulated = &bus,
                        .wire = &recorder,

@@ -47,10 +47,10 @@ struct Options {
 
 struct WiperOptions {
     int channel = 0;
-    std::string part;    ///< an entry of the panel's device menu; empty: the simulated one, or manual set-up
-    std::string address; ///< hexadecimal, 8-bit form; empty: the part's
-    int taps = 0;        ///< 0: the part's
-    std::string vcc;     ///< a level of the supply list, "on" or empty: the list's first, "off"
+    std::string part; ///< an entry of the panel's device menu; empty: the simulated one, or manual set-up
+    std::optional<std::string> address; ///< hexadecimal, 8-bit form; nothing: the part's
+    std::optional<int> taps;            ///< nothing: the part's
+    std::optional<std::string> vcc;     ///< a level of the supply list, "on" or nothing: 5.0, or "off"
     bool powered() const { return vcc != "off"; }
 };
 

@@ -1,5 +1,6 @@
 #include "apps/vrkctl/Session.h"
 
+#include "apps/vrkctl/CommandLine.h"
 #include "apps/vrkctl/Terminal.h"
 #include "link/reportLayout.h"
 #include "platform/files/files.h"
@@ -63,11 +64,11 @@ std::unique_ptr<hid::HidHost> Session::makeHost(const Options& options) {
     }
     if (options.simulate.empty())
         return std::make_unique<hid::HidapiHost>(report::kVendorId, report::kProductId);
-    requireSimulatedPart(options.simulate);
+    const std::string part = simulatedPart(options.simulate);
     auto bus = std::make_unique<sim::SimulatedBus>(*clock_);
     bus->setBoards(std::max(bus->boards(), options.board + 1));
     for (int board = 0; board < bus->boards(); ++board)
-        bus->socket(options.simulate, std::nullopt, board);
+        bus->socket(part, std::nullopt, board);
     simulated_ = bus.get();
     return bus;
 }
@@ -99,9 +100,7 @@ void Session::requireBoard(int number) {
     const auto boards = this->boards();
     const int count = static_cast<int>(boards.size());
     if (count == 0)
-        throw CommandError(ExitCode::NoBoard,
-                           "no evaluation board is plugged in; \"vrkctl doctor\" looks for the "
-                           "cause, and --simulate works without a board");
+        throw CommandError(ExitCode::NoBoard, kNoBoardText);
     if (number >= count)
         throw CommandError(ExitCode::Usage, "--board: there is no board " + std::to_string(number) +
                                                 "; the last is " + std::to_string(count - 1));
@@ -126,14 +125,19 @@ std::vector<hid::DeviceInfo> boardsOf(hid::HidHost& host) {
     return devices;
 }
 
-void requireSimulatedPart(const std::string& part) {
-    const auto names = sim::SimulatedBus::partNames();
-    if (std::find(names.begin(), names.end(), part) != names.end())
-        return;
+std::string listed(const std::vector<std::string>& names) {
     std::string all;
     for (const std::string& name : names)
         all += (all.empty() ? "" : ", ") + name;
-    throw CommandError(ExitCode::Usage, "--simulate: unknown part '" + part + "'; parts: " + all);
+    return all;
+}
+
+std::string simulatedPart(const std::string& part) {
+    const auto names = sim::SimulatedBus::partNames();
+    if (const std::string* name = nameInAnyCase(part, names))
+        return *name;
+    throw CommandError(ExitCode::Usage, "--simulate: unknown part '" + part + "'" + didYouMean(part, names) +
+                                            "; parts: " + listed(names));
 }
 
 } // namespace vrk

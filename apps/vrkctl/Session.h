@@ -66,7 +66,14 @@ class Session {
 /// The evaluation boards among the devices of a host.
 std::vector<hid::DeviceInfo> boardsOf(hid::HidHost& host);
 
-/// \throws CommandError that lists the parts, unless the simulated socket takes this one.
-void requireSimulatedPart(const std::string& part);
+inline constexpr const char* kNoBoardText =
+    "no evaluation board is plugged in; try --simulate, or \"vrkctl doctor\", which looks for the cause";
+
+/// "KV4071, KV4074"
+std::string listed(const std::vector<std::string>& names);
+
+/// The part's name as the simulator writes it, given in any case. \throws CommandError that lists the parts,
+/// unless the simulated socket takes this one.
+std::string simulatedPart(const std::string& part);
 
 } // namespace vrk

@@ -1,5 +1,6 @@
 #include "apps/vrkctl/WiperBench.h"
 
+#include "apps/vrkctl/CommandLine.h"
 #include "apps/vrkctl/Interrupt.h"
 #include "apps/vrkctl/Terminal.h"
 #include "link/reportLayout.h"
@@ -41,24 +42,28 @@ CommandError usage(const std::string& text) {
 
 /// The part that the options name, by itself or through the simulated socket.
 std::string partOf(const Options& options, const WiperOptions& wiper) {
-    const std::string part = wiper.part.empty() ? options.simulate : wiper.part;
-    if (part.empty() || factsOf(part) != nullptr)
-        return part;
-    if (wiper.part.empty())
-        requireSimulatedPart(part);
-    std::string all;
+    const bool simulated = wiper.part.empty();
+    const std::string part = !simulated                 ? wiper.part
+                             : options.simulate.empty() ? std::string()
+                                                        : simulatedPart(options.simulate);
+    std::vector<std::string> names;
     for (const PartFacts& facts : kParts)
-        all += (all.empty() ? "" : ", ") + std::string(facts.name);
-    throw usage("'" + part + "' is no part of the I2C panel; parts: " + all);
+        names.emplace_back(facts.name);
+    if (part.empty())
+        return part;
+    if (const std::string* name = nameInAnyCase(part, names))
+        return *name;
+    throw usage("'" + part + "' is no part of the I2C panel" + didYouMean(part, names) +
+                "; parts: " + listed(names));
 }
 
 int tapsOf(const std::string& part, const WiperOptions& wiper) {
     const PartFacts* facts = factsOf(part);
-    if (wiper.taps == 0)
+    if (!wiper.taps)
         return facts != nullptr ? facts->taps : 128;
-    if (std::find(kManualTaps.begin(), kManualTaps.end(), wiper.taps) == kManualTaps.end())
-        throw usage("--taps: " + std::to_string(wiper.taps) + " is none of 16, 32, 64, 100, 128, 256");
-    return wiper.taps;
+    if (std::find(kManualTaps.begin(), kManualTaps.end(), *wiper.taps) == kManualTaps.end())
+        throw usage("--taps: " + std::to_string(*wiper.taps) + " is none of 16, 32, 64, 100, 128, 256");
+    return *wiper.taps;
 }
 
 void checkChannel(const std::string& part, int channel) {
@@ -72,8 +77,6 @@ void checkChannel(const std::string& part, int channel) {
 }
 
 void checkAddress(const std::string& text) {
-    if (text.empty())
-        return;
     int value = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value, 16);
     if (error != std::errc() || end != text.data() + text.size() || value < 2 || value > 0xFE ||
@@ -95,7 +98,7 @@ void checkVcc(const std::string& vcc) {
             return;
         all += std::string(level) + ", ";
     }
-    if (!vcc.empty() && vcc != "on" && vcc != "off")
+    if (vcc != "on" && vcc != "off")
         throw usage("--vcc: '" + vcc + "' is no level; levels: " + all + "off");
 }
 
@@ -153,8 +156,10 @@ WiperBench::WiperBench(const Options& options, const WiperOptions& wiper)
       taps_(tapsOf(part_, wiper)),
       session_(options, dialogs_, DefaultTime::VirtualIfPossible) {
     checkChannel(part_, wiper_.channel);
-    checkAddress(wiper_.address);
-    checkVcc(wiper_.vcc);
+    if (wiper_.address)
+        checkAddress(*wiper_.address);
+    if (wiper_.vcc)
+        checkVcc(*wiper_.vcc);
 }
 
 void WiperBench::leavePowered() {
@@ -166,7 +171,7 @@ void WiperBench::leavePowered() {
 
 std::string WiperBench::address() {
     const auto* open = session_.bench().frmVRK_User1.loadedPanel();
-    return open == nullptr ? wiper_.address : open->txtDeviceAdr.text();
+    return open == nullptr ? wiper_.address.value_or("") : open->txtDeviceAdr.text();
 }
 
 void WiperBench::requirePosition(int position, const std::string& what) const {
@@ -219,26 +224,27 @@ void WiperBench::choosePart() {
     for (Control* control : i2c.controls())
         if (control->kind() == Control::Kind::MenuEntry && !part_.empty() && control->caption() == part_)
             done(static_cast<MenuEntry*>(control)->userClick(), "choosing the part");
-    if (wiper_.taps != 0)
+    if (wiper_.taps)
         for (auto& taps : i2c.OptTaps)
             if (taps->caption() == std::to_string(taps_))
                 done(taps->userClick(), "choosing the taps");
     if (part_.empty() && wiper_.channel > 0)
         done(i2c.OptChans[wiper_.channel == 1 ? 1 : 2].userClick(), "choosing the channels");
-    if (!wiper_.address.empty()) {
-        done(i2c.txtDeviceAdr.userType(wiper_.address), "typing the address");
+    if (wiper_.address) {
+        done(i2c.txtDeviceAdr.userType(*wiper_.address), "typing the address");
         done(i2c.txtDeviceAdr.userEnter(), "typing the address");
     }
 }
 
 void WiperBench::switchVccOn() {
     ComboBox& levels = panel().CboVCC;
-    bool found = wiper_.vcc.empty() || wiper_.vcc == "on";
+    const std::string level = wiper_.vcc.value_or("on");
+    bool found = level == "on";
     for (int row = 0; row < levels.rowCount() && !found; ++row)
-        if ((found = sameLevel(levels.rows().at(static_cast<std::size_t>(row)).text, wiper_.vcc)))
+        if ((found = sameLevel(levels.rows().at(static_cast<std::size_t>(row)).text, level)))
             done(levels.userSelect(row), "choosing VCC's level");
     if (!found)
-        throw CommandError(ExitCode::CheckFailed, "the calibration file has no level " + wiper_.vcc);
+        throw CommandError(ExitCode::CheckFailed, "the calibration file has no level " + level);
     done(panel().OptVCC[kVccOn].userClick(), "switching VCC on");
 }
 

@@ -1,5 +1,7 @@
 #include "apps/vrkctl/Options.h"
+#include "apps/vrkctl/Session.h"
 #include "apps/vrkctl/Terminal.h"
+#include "apps/vrkctl/TerminalDialogs.h"
 #include "link/reportLayout.h"
 #include "platform/hid/DeviceAccess.h"
 
@@ -46,14 +48,37 @@ void printJson(const hid::LinkDiagnosis& found, const std::vector<std::string>& 
         {"devices", devices},   {"good", found.good()},      {"advice", advice}};
     put(all.dump(2) + "\n");
 }
+
+/// A simulated board needs nothing of the computer: what is left to look at is whether it answers.
+ExitCode doctorOfSimulation(const Options& options) {
+    TerminalDialogs dialogs;
+    Session session(options, dialogs, DefaultTime::VirtualIfPossible);
+    nlohmann::ordered_json devices = nlohmann::ordered_json::array();
+    for (const hid::DeviceInfo& device : session.boards()) {
+        if (!options.json)
+            putf("%-25s may be used\n", device.path.c_str());
+        devices.push_back({{"path", device.path}, {"exists", true}, {"readable", true}, {"writable", true}});
+    }
+    const std::string advice = "The board is simulated: it needs no cable, no rule and no permission.";
+    if (options.json)
+        put(nlohmann::ordered_json(
+                {{"simulated", true}, {"devices", devices}, {"good", true}, {"advice", {advice}}})
+                .dump(2) +
+            "\n");
+    else
+        put("\n" + advice + " All is well.\n");
+    return ExitCode::Done;
+}
 } // namespace
 
 ExitCode doctor(const Options& options) {
+    if (!options.simulate.empty())
+        return doctorOfSimulation(options);
     const auto found = hid::diagnoseLink(report::kVendorId, report::kProductId);
     auto advice = hid::linkAdvice(found);
     if (found.devices.empty() && found.onUsb == 0 && !found.ruleInstalled)
-        advice.push_back("Before a board can be used without root, its udev rule is needed: sudo cp "
-                         "packaging/70-vrkbench.rules /etc/udev/rules.d/ && sudo udevadm control --reload");
+        advice.push_back("Before a board can be used without root, its udev rule is needed. Run: " +
+                         hid::ruleCommand(report::kVendorId, report::kProductId));
     if (options.json)
         printJson(found, advice);
     else

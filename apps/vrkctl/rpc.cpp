@@ -16,8 +16,9 @@ constexpr const char* kDefaultPart = "KV4071";
 
 /// A bench that nobody said more about works on the board that is plugged in, else on a simulated one.
 Options completed(Options options) {
-    const bool free = options.simulate.empty() && options.replay.empty();
-    if (!free)
+    if (!options.simulate.empty())
+        options.simulate = simulatedPart(options.simulate);
+    if (!options.simulate.empty() || !options.replay.empty())
         return options;
     hid::HidapiHost host(report::kVendorId, report::kProductId);
     if (options.virtualTime || boardsOf(host).empty())

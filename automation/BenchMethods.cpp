@@ -33,11 +33,11 @@ void describeControls(Json& into, const Panel& panel) {
     }
 }
 
-/// The state of one panel; without one every name, once.
-void describeValues(Json& into, const SharedValues& values, const std::string& panel) {
+/// A name that several panels have stands once.
+void describeValues(Json& into, const SharedValues& values) {
     std::set<std::string> told;
     for (const SharedValues::Value& value : values.all()) {
-        if ((!panel.empty() && value.panel != panel) || !told.insert(value.name).second)
+        if (!told.insert(value.name).second)
             continue;
         Json entry = description(value.name, "Value");
         if (value.isArray()) {
@@ -175,11 +175,10 @@ Json BenchMethods::describe(const Json& params) {
     if (const auto name = optionalText(params, "panel")) {
         const Panel& panel = used(slotNamed(bench_, *name));
         describeControls(all, panel);
-        describeValues(all, bench_.values, *name);
         describeActions(all, panel.actions());
         return all;
     }
-    describeValues(all, bench_.values, {});
+    describeValues(all, bench_.values);
     describeActions(all, bench_.moduleActions);
     return all;
 }

@@ -225,6 +225,7 @@ void RpcServer::serve(const Json& message, const std::function<void(const Json&)
 }
 
 void RpcServer::run(const std::string& method, const Json& params, const Json& id, const Answer& answer) {
+    ++handled_;
     // Errors of the two that answer by themselves come as exceptions, before they have answered.
     if (bench_.events.ended() && method != "dialogs")
         throw RpcError(RpcCode::Ended, "the program has ended");
@@ -361,6 +362,7 @@ void RpcServer::type(const Json& params, const Answer& answer) {
 }
 
 void RpcServer::typeKey(Typing& typing, int key) {
+    ++handled_;
     // The panel may have gone since the key was queued.
     const Json outcome = outcomeOf([&]() -> Json {
         TextBox& box = asTextBox(methods_.loadedControl(typing.path), "type");

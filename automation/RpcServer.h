@@ -42,6 +42,8 @@ class RpcServer {
     /// Once the program has ended no event runs any more: answers what still waits for one.
     void settle();
 
+    /// Grows with each request and key that was handled: work goes on, and no action stands alone.
+    std::uint64_t handled() const { return handled_; }
     /// A request of `at` is still to come.
     bool expectsRequest() const { return requestsToCome_ > 0; }
 
@@ -78,6 +80,7 @@ class RpcServer {
     BenchMethods methods_;
     Send send_;
     Ticket nextTicket_ = 1;
+    std::uint64_t handled_ = 0;
     int requestsToCome_ = 0;
     int nesting_ = 0;
     bool overduePosted_ = false;

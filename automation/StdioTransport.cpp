@@ -199,7 +199,7 @@ void StdioTransport::pumpInsideAction() {
     if (events_.ended())
         return;
     const Milliseconds now = events_.clock().now();
-    if (alone() && !aloneSince_)
+    if (alone() && (!aloneSince_ || std::exchange(handledAlone_, server_.handled()) != server_.handled()))
         aloneSince_ = now;
     if (stopping() || (aloneSince_ && now - *aloneSince_ > kAloneLimit))
         events_.endProgram();

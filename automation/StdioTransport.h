@@ -98,7 +98,8 @@ class StdioTransport {
     int output_;
     int stop_;
     int outputError_ = 0;
-    std::optional<Milliseconds> aloneSince_;
+    std::optional<Milliseconds> aloneSince_; ///< and no request or key was handled since
+    std::uint64_t handledAlone_ = 0;
     LineReader reader_;
     RpcServer server_;
 };

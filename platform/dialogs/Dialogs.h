@@ -74,7 +74,7 @@ class ScriptedDialogs final : public Dialogs {
     std::deque<Shown> takeShown();
     /// How many boxes were dropped since the last call of this function, the oldest first.
     std::size_t takeDropped();
-    static constexpr std::size_t kKept = 50'000;
+    static constexpr std::size_t kKept = 25'000;
 
   private:
     void remember(Shown shown);

@@ -70,7 +70,8 @@ std::string unknownCommand(const std::string& word, const CLI::App& app) {
 
 std::string listOfCommands(const CLI::App& app) {
     const Apps commands = subcommandsOf(app);
-    std::string text = pathOf(app) + " needs a command:\n";
+    const bool top = app.get_parent() == nullptr;
+    std::string text = top ? "name a command:\n" : pathOf(app) + " needs a command:\n";
     std::size_t width = 0;
     for (const std::string& name : namesOf(commands))
         width = std::max(width, name.size());

@@ -60,13 +60,13 @@ ExitCode listBoards(const Options& options) {
     for (std::size_t number = 0; number < found.size() && !interrupt::requested(); ++number) {
         const Board board = ask(session.wire(), found[number].path);
         list.push_back(json(board, number));
+        const std::string trouble = (board.opened ? "does not answer: " : "cannot be used: ") + board.why;
         if (!options.json)
-            put(std::to_string(number) + "  " + board.path +
-                (board.firmware ? "  firmware " + *board.firmware + "\n" : "  silent: " + board.why + "\n"));
+            put(std::to_string(number) + "  " + board.path + "  " +
+                (board.firmware ? "firmware " + *board.firmware : trouble) + "\n");
         if (board.firmware)
             continue;
-        tell("board " + std::to_string(number) + ": " + board.why +
-             "; \"vrkctl doctor\" says how to mend it");
+        tell("board " + std::to_string(number) + " " + trouble + "; \"vrkctl doctor\" says how to mend it");
         // A link that broke outranks a board that was never opened.
         if (board.opened || code != ExitCode::LinkLost)
             code = board.opened ? ExitCode::LinkLost : ExitCode::NoBoard;

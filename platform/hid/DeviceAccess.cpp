@@ -132,8 +132,8 @@ std::vector<std::string> linkAdvice(const LinkDiagnosis& diagnosis) {
         }
         std::string text = device.path + " cannot be " + denied(device) + " by this user. ";
         if (!diagnosis.ruleInstalled)
-            text += "Give it its rule, then plug the board in again. Run: " +
-                    ruleCommand(diagnosis.vendor, diagnosis.product);
+            text += "Install the rule: " + ruleCommand(diagnosis.vendor, diagnosis.product) +
+                    ", then plug the board in again.";
         else
             text += "The rule is installed: plug the board in again. It serves the user at the screen; for a "
                     "remote "

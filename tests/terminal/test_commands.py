@@ -188,7 +188,7 @@ class Commands(unittest.TestCase):
         code, out, err = run("boards", "--replay", self.log, "--json")
         first, second = json.loads(out)
         self.assertEqual((code, first["firmware"], second["firmware"]), (4, None, "1.2 - 2008/June/12"))
-        self.assertIn("board 0: " + first["error"], err)
+        self.assertIn("board 0 does not answer: " + first["error"], err)
         code, out, _ = run("doctor", "--simulate", "--json")
         self.assertEqual((code, json.loads(out)["good"]), (0, True))
         plugged_in = run("boards")[0] == 0

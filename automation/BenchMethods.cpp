@@ -7,6 +7,7 @@
 
 #include <array>
 #include <cstdio>
+#include <set>
 
 namespace vrk {
 
@@ -32,9 +33,32 @@ void describeControls(Json& into, const Panel& panel) {
     }
 }
 
+/// A name that several panels have stands once.
+void describeValues(Json& into, const SharedValues& values) {
+    std::set<std::string> told;
+    for (const SharedValues::Value& value : values.all()) {
+        if (!told.insert(value.name).second)
+            continue;
+        Json entry = description(value.name, "Value");
+        if (value.isArray()) {
+            entry["first"] = value.first;
+            entry["last"] = value.last;
+        }
+        into.push_back(std::move(entry));
+    }
+}
+
 void describeActions(Json& into, const std::vector<Panel::NamedAction>& actions) {
     for (const Panel::NamedAction& action : actions)
         into.push_back(description(action.name, "Action"));
+}
+
+Json dateAndTime(const WallTime& wall) {
+    std::array<char, 32> date{};
+    std::array<char, 32> time{};
+    std::snprintf(date.data(), date.size(), "%04d-%02d-%02d", wall.year, wall.month, wall.day);
+    std::snprintf(time.data(), time.size(), "%02d:%02d:%02d", wall.hour, wall.minute, wall.second);
+    return {{"date", date.data()}, {"time", time.data()}};
 }
 
 Json describeShown(const ScriptedDialogs::Shown& shown) {
@@ -58,12 +82,19 @@ Json describeShown(const ScriptedDialogs::Shown& shown) {
 
 const std::vector<std::pair<std::string, BenchMethods::Method>>& BenchMethods::table() {
     static const std::vector<std::pair<std::string, Method>> kTable = {
-        {"panels", &BenchMethods::panels},   {"describe", &BenchMethods::describe},
-        {"get", &BenchMethods::get},         {"set", &BenchMethods::set},
-        {"call", &BenchMethods::call},       {"show", &BenchMethods::show},
-        {"close", &BenchMethods::close},     {"answer", &BenchMethods::answer},
-        {"dialogs", &BenchMethods::dialogs}, {"clipboard", &BenchMethods::clipboard},
-        {"now", &BenchMethods::now},         {"advance", &BenchMethods::advanceTime},
+        {"panels", &BenchMethods::panels},
+        {"describe", &BenchMethods::describe},
+        {"get", &BenchMethods::get},
+        {"set", &BenchMethods::set},
+        {"call", &BenchMethods::call},
+        {"show", &BenchMethods::show},
+        {"close", &BenchMethods::close},
+        {"answer", &BenchMethods::answer},
+        {"dialogs", &BenchMethods::dialogs},
+        {"clipboard", &BenchMethods::clipboard},
+        {"log", &BenchMethods::log},
+        {"now", &BenchMethods::now},
+        {"advance", &BenchMethods::advanceTime},
         {"sim", &BenchMethods::simulate}};
     return kTable;
 }
@@ -147,24 +178,16 @@ Json BenchMethods::describe(const Json& params) {
         describeActions(all, panel.actions());
         return all;
     }
-    for (const SharedValues::Value& value : bench_.values.all()) {
-        Json entry = description(value.name, "Value");
-        if (value.isArray()) {
-            entry["first"] = value.first;
-            entry["last"] = value.last;
-        }
-        all.push_back(std::move(entry));
-    }
+    describeValues(all, bench_.values);
     describeActions(all, bench_.moduleActions);
     return all;
 }
 
 Json BenchMethods::read(const std::string& text) const {
     const Path path = parsePath(text);
-    if (path.bare()) {
-        const SharedValues::Value& value = sharedValueAt(bench_, path);
+    if (const SharedValues::Value* value = sharedValueAt(bench_, path)) {
         try {
-            return toJson(value.get(path.index));
+            return toJson(value->get(path.index));
         } catch (const Fault& missing) {
             throw invalidParams(missing.what()); // it lives in a panel that is not loaded
         }
@@ -192,12 +215,11 @@ Json BenchMethods::set(const Json& params) {
     const Json* value = findParameter(params, "value");
     if (value == nullptr)
         throw invalidParams("parameter 'value' is missing");
-    if (path.bare()) {
-        const SharedValues::Value& shared = sharedValueAt(bench_, path);
-        if (!shared.set)
+    if (const SharedValues::Value* shared = sharedValueAt(bench_, path)) {
+        if (!shared->set)
             throw invalidParams("'" + path.text() + "' can only be read");
         const ActionValue held = toActionValue(*value, "value");
-        withArguments(path.text(), [&] { shared.set(path.index, held); });
+        withArguments(path.text(), [&] { shared->set(path.index, held); });
         return nullptr;
     }
     Assignment assignment{*value, optionalText(params, "aspect")};
@@ -287,6 +309,9 @@ Json BenchMethods::answer(const Json& params) {
             throw invalidParams("parameter 'files' takes paths, and null for a cancelled dialog");
         files.push_back(file.is_null() ? std::nullopt : std::optional(file.get<std::string>()));
     }
+    constexpr std::size_t kMostQueued = 100'000;
+    if (bench_.dialogs.queued() + choices.size() + files.size() > kMostQueued)
+        throw invalidParams("at most " + std::to_string(kMostQueued) + " answers may wait for dialogs");
     for (auto& choice : choices)
         bench_.dialogs.answer(std::move(choice));
     for (auto& file : files)
@@ -296,6 +321,9 @@ Json BenchMethods::answer(const Json& params) {
 
 Json BenchMethods::dialogs(const Json&) {
     Json all = Json::array();
+    if (const std::size_t dropped = bench_.dialogs.takeDropped(); dropped > 0)
+        bench_.log(std::to_string(dropped) +
+                   " dialogs before those of this answer were dropped, since nobody asked");
     for (const ScriptedDialogs::Shown& shown : bench_.dialogs.takeShown())
         all.push_back(describeShown(shown));
     return all;
@@ -307,13 +335,27 @@ Json BenchMethods::clipboard(const Json& params) {
     return bench_.clipboard.text();
 }
 
+Json BenchMethods::log(const Json& params) {
+    constexpr std::int64_t kMost = std::int64_t{1} << 53;
+    const auto since = static_cast<std::uint64_t>(wholeParameter(params, "since", 0, kMost, 0));
+    Json all = Json::array();
+    for (const Result& result : bench_.results.kept())
+        if (result.number > since) {
+            Json line = {{"number", result.number},
+                         {"good", result.good},
+                         {"text", result.text},
+                         {"detail", result.detail},
+                         {"field", result.field}};
+            line.update(dateAndTime(result.time));
+            all.push_back(std::move(line));
+        }
+    return all;
+}
+
 Json BenchMethods::now(const Json&) {
-    const WallTime wall = bench_.events.clock().wallTime();
-    std::array<char, 32> date{};
-    std::array<char, 32> time{};
-    std::snprintf(date.data(), date.size(), "%04d-%02d-%02d", wall.year, wall.month, wall.day);
-    std::snprintf(time.data(), time.size(), "%02d:%02d:%02d", wall.hour, wall.minute, wall.second);
-    return {{"ms", bench_.events.clock().now().count()}, {"date", date.data()}, {"time", time.data()}};
+    Json time = {{"ms", bench_.events.clock().now().count()}};
+    time.update(dateAndTime(bench_.events.clock().wallTime()));
+    return time;
 }
 
 Json BenchMethods::advanceTime(const Json& params) {

@@ -40,6 +40,7 @@ class BenchMethods {
     Json answer(const Json& params);
     Json dialogs(const Json& params);
     Json clipboard(const Json& params);
+    Json log(const Json& params);
     Json now(const Json& params);
     Json advanceTime(const Json& params);
     Json simulate(const Json& params);

@@ -23,6 +23,7 @@ struct BenchTarget {
     const std::vector<PanelSlotBase*>& panels;
     const SharedValues& values;
     const std::vector<Panel::NamedAction>& moduleActions;
+    const ResultLog& results;
     VirtualClock* virtualClock = nullptr;   ///< nullptr in real time
     sim::SimulatedBus* simulated = nullptr; ///< nullptr with real boards
     hid::WireRecorder* wire = nullptr;

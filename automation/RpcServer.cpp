@@ -58,6 +58,10 @@ RpcError unknownMethod(const std::string& method) {
 
 const Json kNoParams = Json::object();
 
+/// Each key and each request to come is an event that is kept.
+constexpr std::size_t kMostKeys = 100'000;
+constexpr int kMostToCome = 100'000;
+
 /// The parameters of a request. \throws RpcError unless they go by name.
 const Json& paramsOf(const Json& request) {
     const Json* params = findParameter(request, "params");
@@ -108,23 +112,75 @@ void RpcServer::notify(const char* method, const Json& params) const {
     send({{"jsonrpc", "2.0"}, {"method", method}, {"params", params}});
 }
 
+namespace {
+/// What a line may hold. Copies and texts of a value go as deep as the value does, and the stack must bear
+/// it; an object is searched member by member, for each member that is added.
+class LineLimits {
+  public:
+    bool accept(int depth, Json::parse_event_t event) {
+        constexpr int kDeepestValue = 64;
+        constexpr std::size_t kMostMembers = 256;
+        const auto level = static_cast<std::size_t>(depth);
+        if (depth > kDeepestValue) {
+            code_ = RpcCode::ParseError;
+            broken_ = "the line is nested too deep";
+        } else if (event == Json::parse_event_t::object_start) {
+            members_.resize(std::max(members_.size(), level + 2));
+            members_[level + 1] = 0;
+        } else if (event == Json::parse_event_t::key && ++members_[level] > kMostMembers) {
+            code_ = RpcCode::InvalidRequest;
+            broken_ = "an object has more than " + std::to_string(kMostMembers) + " members";
+        }
+        return broken_.empty();
+    }
+    /// What is wrong with the line; empty if nothing is.
+    const std::string& broken() const { return broken_; }
+    RpcCode code() const { return code_; }
+
+  private:
+    std::vector<std::size_t> members_; ///< of the object that is open at a depth
+    std::string broken_;
+    RpcCode code_ = RpcCode::ParseError;
+};
+
+/// Counts for as long as it lives.
+class Nesting {
+  public:
+    explicit Nesting(int& count) : count_(count) { ++count_; }
+    ~Nesting() { --count_; }
+    Nesting(const Nesting&) = delete;
+    Nesting& operator=(const Nesting&) = delete;
+
+  private:
+    int& count_;
+};
+} // namespace
+
+void RpcServer::refuseLine(const std::string& why) {
+    send(answerWith(nullptr, failure(RpcCode::InvalidRequest, why)));
+}
+
 void RpcServer::handle(const std::string& line) {
-    // Copies and texts of a value go as deep as the value does: the stack must bear it.
-    constexpr int kDeepest = 64;
-    bool tooDeep = false;
-    const Json message = Json::parse(
-        line,
-        [&tooDeep](int depth, Json::parse_event_t, Json&) {
-            tooDeep = tooDeep || depth > kDeepest;
-            return !tooDeep;
-        },
+    {
+        const Nesting nesting(nesting_);
+        take(line);
+    }
+    postOverdue();
+    settle();
+}
+
+void RpcServer::take(const std::string& line) {
+    LineLimits limits;
+    Json message = Json::parse(
+        line, [&limits](int depth, Json::parse_event_t event, Json&) { return limits.accept(depth, event); },
         false);
-    if (tooDeep || message.is_discarded()) {
-        const char* why = tooDeep ? "the line is nested too deep" : "the line is no JSON";
-        send(answerWith(nullptr, failure(RpcCode::ParseError, why)));
+    if (!limits.broken().empty()) {
+        send(answerWith(nullptr, failure(limits.code(), limits.broken())));
+    } else if (message.is_discarded()) {
+        send(answerWith(nullptr, failure(RpcCode::ParseError, "the line is no JSON")));
     } else if (message.is_array() && !message.empty()) {
         auto batch = std::make_shared<Batch>();
-        batch->messages.assign(message.begin(), message.end());
+        batch->messages = std::move(message.get_ref<Json::array_t&>());
         runBatch(batch);
     } else {
         serve(message, [this](const Json& answer) {
@@ -132,7 +188,6 @@ void RpcServer::handle(const std::string& line) {
                 send(answer);
         });
     }
-    settle();
 }
 
 void RpcServer::runBatch(const std::shared_ptr<Batch>& batch) {
@@ -170,6 +225,7 @@ void RpcServer::serve(const Json& message, const std::function<void(const Json&)
 }
 
 void RpcServer::run(const std::string& method, const Json& params, const Json& id, const Answer& answer) {
+    ++handled_;
     // Errors of the two that answer by themselves come as exceptions, before they have answered.
     if (bench_.events.ended() && method != "dialogs")
         throw RpcError(RpcCode::Ended, "the program has ended");
@@ -225,6 +281,8 @@ void RpcServer::runAt(const Json& params, const Json& id, const Answer& answer) 
     const std::string method = request->at("method");
     if (!isKnown(method))
         throw unknownMethod(method);
+    if (requestsToCome_ >= kMostToCome)
+        throw invalidParams("at most " + std::to_string(kMostToCome) + " requests may be still to come");
     const Ticket ticket = keep([this, id](const Json& outcome) {
         Json done = {{"id", id}, {"ms", bench_.events.clock().now().count()}};
         done.update(outcome);
@@ -235,19 +293,54 @@ void RpcServer::runAt(const Json& params, const Json& id, const Answer& answer) 
             if (alive.expired())
                 return;
             --requestsToCome_;
-            try {
-                run(method, inner, id, [this, ticket](const Json& outcome) { give(ticket, outcome); });
-            } catch (const RpcError& error) {
-                give(ticket, failure(error.code(), error.what()));
-            }
+            runDueRequest([this, ticket, method, id, inner] {
+                try {
+                    run(method, inner, id, [this, ticket](const Json& outcome) { give(ticket, outcome); });
+                } catch (const RpcError& error) {
+                    give(ticket, failure(error.code(), error.what()));
+                }
+            });
         });
     ++requestsToCome_;
     answer(success(nullptr));
 }
 
+void RpcServer::runDueRequest(std::function<void()> request) {
+    overdue_.push_back(std::move(request));
+    if (overdue_.size() == 1)
+        runOverdue();
+}
+
+void RpcServer::runOverdue() {
+    if (overdue_.empty() || nesting_ >= kDeepest)
+        return;
+    const auto request = std::move(overdue_.front());
+    overdue_.pop_front();
+    // The next one may be what this one's action waits for.
+    postOverdue();
+    {
+        const Nesting nesting(nesting_);
+        request();
+    }
+    postOverdue();
+}
+
+void RpcServer::postOverdue() {
+    if (overdue_.empty() || nesting_ >= kDeepest || std::exchange(overduePosted_, true))
+        return;
+    bench_.events.post([this, alive = std::weak_ptr(alive_)] {
+        if (alive.expired())
+            return;
+        overduePosted_ = false;
+        runOverdue();
+    });
+}
+
 void RpcServer::type(const Json& params, const Answer& answer) {
     const auto typing = std::make_shared<Typing>(Typing{parsePath(textParameter(params, "path"))});
     const std::string& text = textParameter(params, "text");
+    if (text.size() > kMostKeys)
+        throw invalidParams("parameter 'text' takes at most " + std::to_string(kMostKeys) + " characters");
     TextBox& box = asTextBox(methods_.usedControl(typing->path), "type");
     requireDone(box.userType({}), &box);
     const Ticket ticket = keep(answer);
@@ -269,6 +362,7 @@ void RpcServer::type(const Json& params, const Answer& answer) {
 }
 
 void RpcServer::typeKey(Typing& typing, int key) {
+    ++handled_;
     // The panel may have gone since the key was queued.
     const Json outcome = outcomeOf([&]() -> Json {
         TextBox& box = asTextBox(methods_.loadedControl(typing.path), "type");

@@ -47,6 +47,12 @@ void addGrid(Json& into, const Grid& grid) {
     into["row"] = grid.row();
 }
 
+void addFreshness(Json& into, const Freshness& freshness, Milliseconds now) {
+    const bool never = freshness.state == Freshness::State::Never;
+    into["state"] = freshnessName(freshness.state);
+    into["ageMs"] = never ? Json() : Json((now - freshness.since).count());
+}
+
 int whole(const Json& value, int least = std::numeric_limits<int>::min(), int most = kMost) {
     return static_cast<int>(wholeNumber(value, "value", least, most));
 }
@@ -207,6 +213,8 @@ Json readAspects(const Control& control) {
         into["caption"] = control.caption();
         break;
     }
+    if (const auto& freshness = control.freshness())
+        addFreshness(into, *freshness, control.panel().context().clock().now());
     return into;
 }
 

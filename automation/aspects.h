@@ -8,7 +8,8 @@
 
 namespace vrk {
 
-/// Everything that a control shows, by aspect name: kind, enabled, visible, tip, then those of its kind.
+/// Everything that a control shows, by aspect name: kind, enabled, visible, tip, those of its kind, and for
+/// what the board said `state` and `ageMs`, ms since the last good read.
 Json readAspects(const Control& control);
 
 /// Where an assignment goes.

@@ -131,8 +131,11 @@ const Panel::Action& moduleActionNamed(const BenchTarget& bench, const std::stri
         hint(namesOf(bench.moduleActions, [](const auto& action) { return action.name; }), name));
 }
 
-const SharedValues::Value& sharedValueAt(const BenchTarget& bench, const Path& path) {
-    const SharedValues::Value* value = bench.values.find(path.name);
+const SharedValues::Value* sharedValueAt(const BenchTarget& bench, const Path& path) {
+    const SharedValues::Value* value =
+        path.bare() ? bench.values.find(path.name) : bench.values.find(path.panel, path.name);
+    if (value == nullptr && !path.bare())
+        return nullptr;
     if (value == nullptr)
         throw invalidParams(
             "unknown shared value '" + path.name + "'" +
@@ -140,8 +143,9 @@ const SharedValues::Value& sharedValueAt(const BenchTarget& bench, const Path& p
     const bool fits =
         value->isArray() ? path.index >= value->first && path.index <= value->last : path.index == kNoIndex;
     if (!fits)
-        throw wrongIndex(path.name, path.index, value->first, value->last);
-    return *value;
+        throw wrongIndex(path.bare() ? path.name : path.panel + "." + path.name, path.index, value->first,
+                         value->last);
+    return value;
 }
 
 } // namespace vrk

@@ -28,7 +28,8 @@ PanelSlotBase& slotNamed(const BenchTarget& bench, const std::string& panel);
 Control& controlAt(const Panel& panel, const Path& path);
 const Panel::Action& actionAt(const Panel& panel, const Path& path);
 const Panel::Action& moduleActionNamed(const BenchTarget& bench, const std::string& name);
-/// The index is checked against the value's bounds.
-const SharedValues::Value& sharedValueAt(const BenchTarget& bench, const Path& path);
+/// What a path without a panel names, or the state of a panel; nullptr if the panel has no such state, as
+/// when the path names a control. The index is checked against the value's bounds.
+const SharedValues::Value* sharedValueAt(const BenchTarget& bench, const Path& path);
 
 } // namespace vrk

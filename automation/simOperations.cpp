@@ -123,8 +123,11 @@ Operation fault(sim::SimulatedBus& bus, const Json& params) {
 }
 
 Operation stale(sim::SimulatedBus& bus, const Json& params) {
-    return plain([&bus, bytes = bytesParameter(params, "hex", hid::kReportSize), board = boardOf(params)] {
-        bus.stale(bytes, board);
+    constexpr int kMostStale = 1000;
+    return plain([&bus, bytes = bytesParameter(params, "hex", hid::kReportSize), board = boardOf(params),
+                  count = whole(params, "count", 1, kMostStale, 1)] {
+        for (int queued = 0; queued < count; ++queued)
+            bus.stale(bytes, board);
     });
 }
 

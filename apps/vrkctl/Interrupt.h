@@ -1,20 +1,21 @@
 #pragma once
 
-#include <functional>
+#include "apps/vrkctl/Options.h"
 
-namespace vrk {
+#include <optional>
 
-/// While it exists Ctrl-C and the system's request to end only set a flag, so that a command can leave the
-/// board as it should be. A second one ends the program at once.
-class Interrupt {
-  public:
-    /// \param onSignal runs inside the signal handler: it may only do what such a handler may.
-    explicit Interrupt(std::function<void()> onSignal = {});
-    ~Interrupt();
-    Interrupt(const Interrupt&) = delete;
-    Interrupt& operator=(const Interrupt&) = delete;
+/// Ctrl-C, a closed terminal and the system's request to end only leave a mark, so that a command can leave
+/// the board as it should be. A broken pipe and a file at its size limit are failures of the write alone.
+namespace vrk::interrupt {
 
-    bool requested() const;
-};
+/// Takes the signals over, for the rest of the program. One that its parent lets be ignored (nohup) stays so.
+/// However often they come, the command goes to its end: every wait for a board has a limit.
+void takeSignals();
 
-} // namespace vrk
+/// The exit code of the first signal that came.
+std::optional<ExitCode> requested();
+
+/// Becomes readable with the first signal and stays so.
+int descriptor();
+
+} // namespace vrk::interrupt

@@ -15,10 +15,14 @@ enum class ExitCode {
     NoBoard = 3,
     LinkLost = 4,
     File = 5,
-    Interrupted = 130
+    HungUp = 129,      ///< the terminal was closed
+    Interrupted = 130, ///< Ctrl-C
+    Quit = 131,        ///< the terminal's quit key
+    ReaderGone = 141,  ///< nobody reads the output any more
+    Terminated = 143
 };
 
-/// Ends a command with a message for the terminal.
+/// Ends a command with a message for the terminal; an empty one says nothing.
 class CommandError : public std::runtime_error {
   public:
     CommandError(ExitCode code, const std::string& text) : std::runtime_error(text), code_(code) {}
@@ -43,10 +47,11 @@ struct Options {
 
 struct WiperOptions {
     int channel = 0;
-    std::string part;    ///< an entry of the panel's device menu; empty: the simulated one, or manual set-up
-    std::string address; ///< hexadecimal, 8-bit form; empty: the part's
-    int taps = 0;        ///< 0: the part's
-    bool vcc = true;
+    std::string part; ///< an entry of the panel's device menu; empty: the simulated one, or manual set-up
+    std::optional<std::string> address; ///< hexadecimal, 8-bit form; nothing: the part's
+    std::optional<int> taps;            ///< nothing: the part's
+    std::optional<std::string> vcc;     ///< a level of the supply list, "on" or nothing: 5.0, or "off"
+    bool powered() const { return vcc != "off"; }
 };
 
 struct WriteOptions : WiperOptions {

@@ -1,5 +1,6 @@
 #include "apps/vrkctl/Session.h"
 
+#include "apps/vrkctl/CommandLine.h"
 #include "apps/vrkctl/Terminal.h"
 #include "link/reportLayout.h"
 #include "platform/files/files.h"
@@ -48,6 +49,9 @@ std::unique_ptr<Clock> Session::makeClock(const Options& options, DefaultTime ti
 }
 
 std::unique_ptr<hid::HidHost> Session::makeHost(const Options& options) {
+    std::error_code none;
+    if (!options.replay.empty() && fs::equivalent(options.replay, options.wireLog, none))
+        throw CommandError(ExitCode::Usage, "--wire-log would overwrite the recording that --replay reads");
     if (!options.simulate.empty() && !options.replay.empty())
         throw CommandError(ExitCode::Usage, "--simulate and --replay exclude each other");
     hid::requireOtherFile(options.replay, options.wireLog);
@@ -60,11 +64,11 @@ std::unique_ptr<hid::HidHost> Session::makeHost(const Options& options) {
     }
     if (options.simulate.empty())
         return std::make_unique<hid::HidapiHost>(report::kVendorId, report::kProductId);
-    requireSimulatedPart(options.simulate);
+    const std::string part = simulatedPart(options.simulate);
     auto bus = std::make_unique<sim::SimulatedBus>(*clock_);
     bus->setBoards(std::max(bus->boards(), options.board + 1));
     for (int board = 0; board < bus->boards(); ++board)
-        bus->socket(options.simulate, std::nullopt, board);
+        bus->socket(part, std::nullopt, board);
     simulated_ = bus.get();
     return bus;
 }
@@ -76,7 +80,10 @@ Session::Session(const Options& options, Dialogs& dialogs, DefaultTime time)
       host_(makeHost(options)),
       recorder_(*host_, *clock_, report::kVendorId, report::kProductId) {
     if (!options.wireLog.empty())
-        wireLog_.emplace(recorder_, *clock_, options.wireLog, [](const std::string& why) { tell(why); });
+        wireLog_.emplace(recorder_, *clock_, options.wireLog, tellFileFailed);
+    supplies_.emplace(recorder_);
+    if (replay_ != nullptr) // what is not in the recording would pass for a difference
+        supplies_->leaveAsTheyAre();
     bench_ = std::make_unique<Bench>(Bench::Parts{.events = events_,
                                                   .dialogs = dialogs,
                                                   .clipboard = clipboard_,
@@ -93,9 +100,7 @@ void Session::requireBoard(int number) {
     const auto boards = this->boards();
     const int count = static_cast<int>(boards.size());
     if (count == 0)
-        throw CommandError(ExitCode::NoBoard,
-                           "no evaluation board is plugged in; \"vrkctl doctor\" looks for the "
-                           "cause, and --simulate works without a board");
+        throw CommandError(ExitCode::NoBoard, kNoBoardText);
     if (number >= count)
         throw CommandError(ExitCode::Usage, "--board: there is no board " + std::to_string(number) +
                                                 "; the last is " + std::to_string(count - 1));
@@ -120,14 +125,19 @@ std::vector<hid::DeviceInfo> boardsOf(hid::HidHost& host) {
     return devices;
 }
 
-void requireSimulatedPart(const std::string& part) {
-    const auto names = sim::SimulatedBus::partNames();
-    if (std::find(names.begin(), names.end(), part) != names.end())
-        return;
+std::string listed(const std::vector<std::string>& names) {
     std::string all;
     for (const std::string& name : names)
         all += (all.empty() ? "" : ", ") + name;
-    throw CommandError(ExitCode::Usage, "--simulate: unknown part '" + part + "'; parts: " + all);
+    return all;
+}
+
+std::string simulatedPart(const std::string& part) {
+    const auto names = sim::SimulatedBus::partNames();
+    if (const std::string* name = nameInAnyCase(part, names))
+        return *name;
+    throw CommandError(ExitCode::Usage, "--simulate: unknown part '" + part + "'" + didYouMean(part, names) +
+                                            "; parts: " + listed(names));
 }
 
 } // namespace vrk

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "apps/vrkctl/Options.h"
+#include "apps/vrkctl/SupplyGuard.h"
 #include "platform/clipboard/Clipboard.h"
 #include "platform/dialogs/Dialogs.h"
 #include "platform/hid/HidHost.h"
@@ -21,7 +22,8 @@ namespace vrk {
 /// The time that a command uses when the user has not chosen one. A real board takes real time in any case.
 enum class DefaultTime { Real, VirtualIfPossible };
 
-/// Time, boards and bench of one command, put together as the options say.
+/// Time, boards and bench of one command, put together as the options say. What the command has left on at
+/// the boards goes off with it.
 class Session {
   public:
     /// \throws CommandError for options that do not go together, Fault for a file that cannot be used.
@@ -39,6 +41,8 @@ class Session {
     std::vector<hid::DeviceInfo> boards();
     /// \throws CommandError unless the board that the options name is there.
     void requireBoard(int number);
+    /// Supplies that are on stay on when this ends: else they go off, however that comes about.
+    void leaveSupplies() { supplies_->leaveAsTheyAre(); }
     /// Delivers all events that are due, as the window's loop would between two gestures.
     void runEvents();
 
@@ -54,6 +58,7 @@ class Session {
     std::unique_ptr<hid::HidHost> host_;
     hid::WireRecorder recorder_;
     std::optional<hid::WireLog> wireLog_;
+    std::optional<SupplyGuard> supplies_; ///< behind the log, which gets its reports, and before the bench
     MemoryClipboard clipboard_;
     std::unique_ptr<Bench> bench_;
 };
@@ -61,7 +66,14 @@ class Session {
 /// The evaluation boards among the devices of a host.
 std::vector<hid::DeviceInfo> boardsOf(hid::HidHost& host);
 
-/// \throws CommandError that lists the parts, unless the simulated socket takes this one.
-void requireSimulatedPart(const std::string& part);
+inline constexpr const char* kNoBoardText =
+    "no evaluation board is plugged in; try --simulate, or \"vrkctl doctor\", which looks for the cause";
+
+/// "KV4071, KV4074"
+std::string listed(const std::vector<std::string>& names);
+
+/// The part's name as the simulator writes it, given in any case. \throws CommandError that lists the parts,
+/// unless the simulated socket takes this one.
+std::string simulatedPart(const std::string& part);
 
 } // namespace vrk

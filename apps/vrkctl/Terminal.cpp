@@ -1,14 +1,65 @@
 #include "apps/vrkctl/Terminal.h"
 
+#include "apps/vrkctl/Interrupt.h"
+#include "automation/descriptors.h"
+
 #include <algorithm>
+#include <cerrno>
+#include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
+#include <system_error>
 #include <unistd.h>
 
 namespace vrk {
 
+namespace {
+bool filesWhole = true;
+}
+
 void tell(const std::string& text) {
-    std::fprintf(stderr, "vrkctl: %s\n", text.c_str());
+    writeWhole(STDERR_FILENO, "vrkctl: " + text + "\n", interrupt::descriptor());
+}
+
+void put(std::string_view text) {
+    const int error = writeWhole(STDOUT_FILENO, text, interrupt::descriptor());
+    if (error == 0)
+        return;
+    const ExitCode code = outputFailure(error);
+    throw CommandError(code, code == ExitCode::File ? "the output could not be written: " +
+                                                          std::generic_category().message(error)
+                                                    : "");
+}
+
+void putf(const char* format, ...) {
+    std::va_list arguments;
+    va_start(arguments, format);
+    std::va_list again;
+    va_copy(again, arguments);
+    const int length = std::vsnprintf(nullptr, 0, format, arguments);
+    va_end(arguments);
+    std::string text(static_cast<std::size_t>(std::max(0, length)) + 1, '\0');
+    std::vsnprintf(text.data(), text.size(), format, again);
+    va_end(again);
+    text.pop_back();
+    put(text);
+}
+
+ExitCode outputFailure(int error) {
+    // A closed terminal fails the write as well: the signal says it better.
+    if (const auto signalled = interrupt::requested())
+        return *signalled;
+    return error == EPIPE ? ExitCode::ReaderGone : ExitCode::File;
+}
+
+void tellFileFailed(const std::string& text) {
+    tell(text);
+    filesWhole = false;
+}
+
+ExitCode withFiles(ExitCode code) {
+    const bool outranked = code == ExitCode::Done || code == ExitCode::CheckFailed;
+    return outranked && !filesWhole ? ExitCode::File : code;
 }
 
 bool colouredOutput() {
@@ -17,7 +68,9 @@ bool colouredOutput() {
 }
 
 ProgressBarLine::ProgressBarLine(std::string what, int steps)
-    : what_(std::move(what)), steps_(std::max(1, steps)), shown_(isatty(STDERR_FILENO) != 0) {}
+    : what_(std::move(what)),
+      steps_(std::max(1, steps)),
+      shown_(isatty(STDERR_FILENO) != 0 && isatty(STDOUT_FILENO) == 0) {}
 
 ProgressBarLine::~ProgressBarLine() {
     clear();

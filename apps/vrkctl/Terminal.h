@@ -1,7 +1,10 @@
 #pragma once
 
+#include "apps/vrkctl/Options.h"
+
 #include <chrono>
 #include <string>
+#include <string_view>
 
 /// What goes to the person at the terminal: messages and progress, on stderr; data alone goes to stdout.
 namespace vrk {
@@ -9,10 +12,26 @@ namespace vrk {
 /// "vrkctl: text" on a line of its own.
 void tell(const std::string& text);
 
+/// Data, on stdout, at once: what is shown has been written. \throws CommandError when it cannot be written,
+/// nobody reads any more, or a signal came while nobody read.
+void put(std::string_view text);
+
+/// Formats as printf does. \see put
+[[gnu::format(printf, 1, 2)]] void putf(const char* format, ...);
+
+/// What a failed write of the output means for the exit code. \param error of the system, or ECANCELED.
+ExitCode outputFailure(int error);
+
+/// Tells that a file which the user asked for is not whole; the work goes on, and the exit code will say it.
+void tellFileFailed(const std::string& text);
+/// The exit code of a command that would end with `code`.
+ExitCode withFiles(ExitCode code);
+
 /// True if stdout is a terminal that may be coloured: NO_COLOR is not set.
 bool colouredOutput();
 
-/// A bar with the time left, where stderr is a terminal; nothing at all elsewhere.
+/// A bar with the time left, where stderr is a terminal and stdout is not: rows of data show the progress as
+/// well. Nothing at all elsewhere.
 class ProgressBarLine {
   public:
     ProgressBarLine(std::string what, int steps);

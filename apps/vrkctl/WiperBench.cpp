@@ -1,5 +1,7 @@
 #include "apps/vrkctl/WiperBench.h"
 
+#include "apps/vrkctl/CommandLine.h"
+#include "apps/vrkctl/Interrupt.h"
 #include "apps/vrkctl/Terminal.h"
 #include "link/reportLayout.h"
 #include "platform/runtime/text.h"
@@ -13,7 +15,9 @@ namespace vrk {
 namespace {
 constexpr int kI2cRow = 2;      ///< of the start panel
 constexpr int kConsolesRow = 1; ///< loads the consoles and stays
-constexpr int kVccOn = 0, kVccOff = 1;
+constexpr int kVccOn = 0;
+/// Rows of the panel's supply list.
+constexpr std::array kLevels = {"2.7", "3.0", "3.3", "3.5", "4.0", "4.5", "5.0", "Min", "Mid", "Max"};
 
 struct PartFacts {
     const char* name; ///< caption of its entry in the device menu
@@ -38,24 +42,28 @@ CommandError usage(const std::string& text) {
 
 /// The part that the options name, by itself or through the simulated socket.
 std::string partOf(const Options& options, const WiperOptions& wiper) {
-    const std::string part = wiper.part.empty() ? options.simulate : wiper.part;
-    if (part.empty() || factsOf(part) != nullptr)
-        return part;
-    if (wiper.part.empty())
-        requireSimulatedPart(part);
-    std::string all;
+    const bool simulated = wiper.part.empty();
+    const std::string part = !simulated                 ? wiper.part
+                             : options.simulate.empty() ? std::string()
+                                                        : simulatedPart(options.simulate);
+    std::vector<std::string> names;
     for (const PartFacts& facts : kParts)
-        all += (all.empty() ? "" : ", ") + std::string(facts.name);
-    throw usage("'" + part + "' is no part of the I2C panel; parts: " + all);
+        names.emplace_back(facts.name);
+    if (part.empty())
+        return part;
+    if (const std::string* name = nameInAnyCase(part, names))
+        return *name;
+    throw usage("'" + part + "' is no part of the I2C panel" + didYouMean(part, names) +
+                "; parts: " + listed(names));
 }
 
 int tapsOf(const std::string& part, const WiperOptions& wiper) {
     const PartFacts* facts = factsOf(part);
-    if (wiper.taps == 0)
+    if (!wiper.taps)
         return facts != nullptr ? facts->taps : 128;
-    if (std::find(kManualTaps.begin(), kManualTaps.end(), wiper.taps) == kManualTaps.end())
-        throw usage("--taps: " + std::to_string(wiper.taps) + " is none of 16, 32, 64, 100, 128, 256");
-    return wiper.taps;
+    if (std::find(kManualTaps.begin(), kManualTaps.end(), *wiper.taps) == kManualTaps.end())
+        throw usage("--taps: " + std::to_string(*wiper.taps) + " is none of 16, 32, 64, 100, 128, 256");
+    return *wiper.taps;
 }
 
 void checkChannel(const std::string& part, int channel) {
@@ -69,13 +77,29 @@ void checkChannel(const std::string& part, int channel) {
 }
 
 void checkAddress(const std::string& text) {
-    if (text.empty())
-        return;
     int value = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value, 16);
     if (error != std::errc() || end != text.data() + text.size() || value < 2 || value > 0xFE ||
         value % 2 != 0)
         throw usage("--address: '" + text + "' is no even hexadecimal address from 02 to FE");
+}
+
+/// "5" and "5.0" are one level, "min" and "Min" too.
+bool sameLevel(const std::string& one, const std::string& other) {
+    if (isNumeric(one) && isNumeric(other))
+        return leadingNumber(one) == leadingNumber(other);
+    return upperCase(one) == upperCase(other);
+}
+
+void checkVcc(const std::string& vcc) {
+    std::string all;
+    for (const char* level : kLevels) {
+        if (sameLevel(vcc, level))
+            return;
+        all += std::string(level) + ", ";
+    }
+    if (vcc != "on" && vcc != "off")
+        throw usage("--vcc: '" + vcc + "' is no level; levels: " + all + "off");
 }
 
 nlohmann::ordered_json json(const std::optional<Position>& position) {
@@ -99,6 +123,21 @@ nlohmann::ordered_json WiperResult::json() const {
     return all;
 }
 
+std::string WiperResult::statusText() const {
+    switch (status) {
+    case kLinkGood:
+        return "ok";
+    case kLinkError:
+        return "no acknowledge";
+    case kLinkReadFailed:
+        return "no reply";
+    case kLinkWriteFailed:
+        return "not sent";
+    default:
+        return "unknown";
+    }
+}
+
 int parsePosition(const std::string& text) {
     const bool hex = startsWith(text, "0x") || startsWith(text, "0X");
     const char* first = text.data() + (hex ? 2 : 0);
@@ -117,19 +156,22 @@ WiperBench::WiperBench(const Options& options, const WiperOptions& wiper)
       taps_(tapsOf(part_, wiper)),
       session_(options, dialogs_, DefaultTime::VirtualIfPossible) {
     checkChannel(part_, wiper_.channel);
-    checkAddress(wiper_.address);
+    if (wiper_.address)
+        checkAddress(*wiper_.address);
+    if (wiper_.vcc)
+        checkVcc(*wiper_.vcc);
 }
 
-WiperBench::~WiperBench() {
-    if (!vccOn_ || leavePowered_ || session_.events().ended())
+void WiperBench::leavePowered() {
+    if (!wiper_.powered())
         return;
-    panel().OptVCC[kVccOff].userClick();
-    session_.runEvents();
+    session_.leaveSupplies();
+    tell("VCC stays on: a volatile position would be lost with it");
 }
 
 std::string WiperBench::address() {
     const auto* open = session_.bench().frmVRK_User1.loadedPanel();
-    return open == nullptr ? wiper_.address : open->txtDeviceAdr.text();
+    return open == nullptr ? wiper_.address.value_or("") : open->txtDeviceAdr.text();
 }
 
 void WiperBench::requirePosition(int position, const std::string& what) const {
@@ -162,8 +204,10 @@ void WiperBench::open() {
     if (!bench.frmVRK_User1.visible())
         throw CommandError(ExitCode::NoBoard, "the board cannot be used: another program may have it open");
     choosePart();
-    if (wiper_.vcc)
-        switchVcc(true);
+    if (wiper_.powered())
+        switchVccOn();
+    if (const auto signalled = interrupt::requested())
+        throw CommandError(*signalled, "interrupted; nothing was written");
 }
 
 void WiperBench::chooseInstance() {
@@ -180,21 +224,28 @@ void WiperBench::choosePart() {
     for (Control* control : i2c.controls())
         if (control->kind() == Control::Kind::MenuEntry && !part_.empty() && control->caption() == part_)
             done(static_cast<MenuEntry*>(control)->userClick(), "choosing the part");
-    if (wiper_.taps != 0)
+    if (wiper_.taps)
         for (auto& taps : i2c.OptTaps)
             if (taps->caption() == std::to_string(taps_))
                 done(taps->userClick(), "choosing the taps");
     if (part_.empty() && wiper_.channel > 0)
         done(i2c.OptChans[wiper_.channel == 1 ? 1 : 2].userClick(), "choosing the channels");
-    if (!wiper_.address.empty()) {
-        done(i2c.txtDeviceAdr.userType(wiper_.address), "typing the address");
+    if (wiper_.address) {
+        done(i2c.txtDeviceAdr.userType(*wiper_.address), "typing the address");
         done(i2c.txtDeviceAdr.userEnter(), "typing the address");
     }
 }
 
-void WiperBench::switchVcc(bool on) {
-    done(panel().OptVCC[on ? kVccOn : kVccOff].userClick(), "switching VCC");
-    vccOn_ = on;
+void WiperBench::switchVccOn() {
+    ComboBox& levels = panel().CboVCC;
+    const std::string level = wiper_.vcc.value_or("on");
+    bool found = level == "on";
+    for (int row = 0; row < levels.rowCount() && !found; ++row)
+        if ((found = sameLevel(levels.rows().at(static_cast<std::size_t>(row)).text, level)))
+            done(levels.userSelect(row), "choosing VCC's level");
+    if (!found)
+        throw CommandError(ExitCode::CheckFailed, "the calibration file has no level " + level);
+    done(panel().OptVCC[kVccOn].userClick(), "switching VCC on");
 }
 
 WiperResult WiperBench::write(int value) {
@@ -228,8 +279,8 @@ void WiperBench::explain(const WiperResult& result) {
         tell(message);
     if (!result.read)
         tell("channel " + std::to_string(result.channel) + ": the part at address " + address() +
-             (wiper_.vcc ? " does not answer" : " does not answer without VCC") + " (bus status " +
-             std::to_string(result.status) + ")");
+             (wiper_.powered() ? " does not answer" : " does not answer without VCC") +
+             " (bus: " + result.statusText() + ")");
     else if (!result.good())
         tell("channel " + std::to_string(result.channel) + ": wrote " +
              std::to_string(result.written->value) + " but read " + std::to_string(result.read->value) +

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "apps/vrkctl/Interrupt.h"
 #include "apps/vrkctl/Options.h"
 #include "apps/vrkctl/Session.h"
 #include "apps/vrkctl/TerminalDialogs.h"
@@ -26,25 +25,23 @@ struct WiperResult {
     std::optional<double> volts{};  ///< at the wiper
     int status = 0;                 ///< of the bus: 8 good, 1 no acknowledge
 
+    /// The bus status for people: "ok", "no acknowledge" ...
+    std::string statusText() const;
     /// The part answered, and where something was written the same came back.
     bool good() const { return read && (!written || written->value == read->value); }
     nlohmann::ordered_json json() const;
 };
 
 /// The start panel and the I2C panel, worked by the gestures of a user. VCC goes off when it ends, unless
-/// told otherwise.
+/// told otherwise. A signal ends it between two steps.
 class WiperBench {
   public:
     /// Checks the options and sends nothing. \throws CommandError
     WiperBench(const Options& options, const WiperOptions& wiper);
-    ~WiperBench();
-    WiperBench(const WiperBench&) = delete;
-    WiperBench& operator=(const WiperBench&) = delete;
 
     const std::string& partName() const { return part_; }
     std::string address();
     int taps() const { return taps_; }
-    bool interrupted() const { return interrupt_.requested(); }
 
     /// \throws CommandError (usage) unless the part has this position.
     void requirePosition(int position, const std::string& what) const;
@@ -54,8 +51,8 @@ class WiperBench {
     /// Writes, and if the part took it reads back and measures.
     WiperResult write(int position);
     WiperResult read();
-    /// VCC stays on when this ends, so that the position stays.
-    void leavePowered() { leavePowered_ = true; }
+    /// VCC stays on when this ends, so that the position stays, and the user is told so.
+    void leavePowered();
 
     /// Tells what the panel has said, and why a result is not good.
     void explain(const WiperResult& result);
@@ -65,7 +62,7 @@ class WiperBench {
   private:
     void chooseInstance();
     void choosePart();
-    void switchVcc(bool on);
+    void switchVccOn();
     /// Runs what a gesture has queued. \throws CommandError unless the gesture was carried out.
     void done(const Outcome& outcome, const std::string& what);
     frmVRK_User1& panel() { return *session_.bench().frmVRK_User1; }
@@ -77,9 +74,6 @@ class WiperBench {
     int taps_;
     TerminalDialogs dialogs_;
     Session session_;
-    Interrupt interrupt_;
-    bool vccOn_ = false;
-    bool leavePowered_ = false;
 };
 
 /// A whole number, decimal or hexadecimal behind 0x. \throws CommandError (usage)

@@ -1,10 +1,11 @@
 #include "apps/vrkctl/Options.h"
+#include "apps/vrkctl/Session.h"
+#include "apps/vrkctl/Terminal.h"
+#include "apps/vrkctl/TerminalDialogs.h"
 #include "link/reportLayout.h"
 #include "platform/hid/DeviceAccess.h"
 
 #include <nlohmann/json.hpp>
-
-#include <cstdio>
 
 namespace vrk {
 
@@ -22,17 +23,17 @@ const char* accessText(const hid::DeviceAccess& device) {
 }
 
 void print(const hid::LinkDiagnosis& found, const std::vector<std::string>& advice) {
-    std::printf("boards on the USB bus     %d\n", found.onUsb);
-    std::printf("raw HID service (hidraw)  %s\n", yesNo(found.hidSystem));
-    std::printf("udev rule installed       %s\n", yesNo(found.ruleInstalled));
+    putf("boards on the USB bus     %d\n", found.onUsb);
+    putf("raw HID service (hidraw)  %s\n", yesNo(found.hidSystem));
+    putf("udev rule installed       %s\n", yesNo(found.ruleInstalled));
     for (const hid::DeviceAccess& device : found.devices)
-        std::printf("%-25s %s\n", device.path.c_str(), accessText(device));
+        putf("%-25s %s\n", device.path.c_str(), accessText(device));
     if (found.devices.empty())
-        std::printf("device nodes of boards    none\n");
+        putf("device nodes of boards    none\n");
     for (const std::string& line : advice)
-        std::printf("\n%s\n", line.c_str());
+        putf("\n%s\n", line.c_str());
     if (found.good() && advice.empty())
-        std::printf("\nAll is well.\n");
+        putf("\nAll is well.\n");
 }
 
 void printJson(const hid::LinkDiagnosis& found, const std::vector<std::string>& advice) {
@@ -45,16 +46,39 @@ void printJson(const hid::LinkDiagnosis& found, const std::vector<std::string>& 
     const nlohmann::ordered_json all = {
         {"onUsb", found.onUsb}, {"hidraw", found.hidSystem}, {"ruleInstalled", found.ruleInstalled},
         {"devices", devices},   {"good", found.good()},      {"advice", advice}};
-    std::printf("%s\n", all.dump(2).c_str());
+    put(all.dump(2) + "\n");
+}
+
+/// A simulated board needs nothing of the computer: what is left to look at is whether it answers.
+ExitCode doctorOfSimulation(const Options& options) {
+    TerminalDialogs dialogs;
+    Session session(options, dialogs, DefaultTime::VirtualIfPossible);
+    nlohmann::ordered_json devices = nlohmann::ordered_json::array();
+    for (const hid::DeviceInfo& device : session.boards()) {
+        if (!options.json)
+            putf("%-25s may be used\n", device.path.c_str());
+        devices.push_back({{"path", device.path}, {"exists", true}, {"readable", true}, {"writable", true}});
+    }
+    const std::string advice = "The board is simulated: it needs no cable, no rule and no permission.";
+    if (options.json)
+        put(nlohmann::ordered_json(
+                {{"simulated", true}, {"devices", devices}, {"good", true}, {"advice", {advice}}})
+                .dump(2) +
+            "\n");
+    else
+        put("\n" + advice + " All is well.\n");
+    return ExitCode::Done;
 }
 } // namespace
 
 ExitCode doctor(const Options& options) {
+    if (!options.simulate.empty())
+        return doctorOfSimulation(options);
     const auto found = hid::diagnoseLink(report::kVendorId, report::kProductId);
     auto advice = hid::linkAdvice(found);
     if (found.devices.empty() && found.onUsb == 0 && !found.ruleInstalled)
-        advice.push_back("Before a board can be used without root, its udev rule is needed: sudo cp "
-                         "packaging/70-vrkbench.rules /etc/udev/rules.d/ && sudo udevadm control --reload");
+        advice.push_back("Before a board can be used without root, its udev rule is needed. Run: " +
+                         hid::ruleCommand(report::kVendorId, report::kProductId));
     if (options.json)
         printJson(found, advice);
     else

@@ -1,3 +1,5 @@
+#include "apps/vrkctl/CommandLine.h"
+#include "apps/vrkctl/Interrupt.h"
 #include "apps/vrkctl/Options.h"
 #include "apps/vrkctl/Terminal.h"
 #include "platform/files/files.h"
@@ -5,7 +7,7 @@
 
 #include <CLI/CLI.hpp>
 
-#include <cstdio>
+#include <algorithm>
 #include <exception>
 #include <functional>
 
@@ -13,7 +15,8 @@ using namespace vrk;
 
 namespace {
 constexpr const char* kExitCodes =
-    "Exit codes: 0 done, 1 a check failed, 2 usage, 3 no board, 4 link lost, 5 file, 130 interrupted.\n"
+    "Exit codes: 0 done, 1 a check failed, 2 usage, 3 no board, 4 link lost, 5 file, 129 the terminal was "
+    "closed, 130 interrupted, 131 quit, 141 the reader of the output went away, 143 terminated.\n"
     "Data goes to stdout, messages and progress to stderr.";
 
 void addCommonOptions(CLI::App& app, Options& options) {
@@ -38,14 +41,14 @@ void addCommonOptions(CLI::App& app, Options& options) {
 
 void addWiperOptions(CLI::App& command, WiperOptions& wiper) {
     command.add_option("CHANNEL", wiper.channel, "Wiper, counted from 0")->required();
-    command.add_option("--part", wiper.part, "Part, as in the panel's device menu; else manual set-up");
-    command.add_option("--address", wiper.address, "Bus address, hexadecimal, 8-bit form");
+    command.add_option("--part", wiper.part, "Part, as in the panel's device menu; else manual set-up")
+        ->type_name("PART");
+    command.add_option("--address", wiper.address, "Bus address, hexadecimal, 8-bit form")->type_name("HH");
     command.add_option("--taps", wiper.taps, "Taps: 16, 32, 64, 100, 128 or 256");
     command
-        .add_option_function<std::string>(
-            "--vcc", [&wiper](const std::string& state) { wiper.vcc = state == "on"; },
-            "off leaves the part without VCC")
-        ->check(CLI::IsMember({"on", "off"}));
+        .add_option("--vcc", wiper.vcc,
+                    "Level: 2.7, 3.0, 3.3, 3.5, 4.0, 4.5, 5.0, Min, Mid, Max, or off; else 5.0")
+        ->type_name("LEVEL");
 }
 
 int run(int argc, char** argv) {
@@ -91,29 +94,42 @@ int run(int argc, char** argv) {
     sweep->add_option("--step", sweeping.step, "Distance of the positions");
     sweep->add_flag("--csv", sweeping.csv, "Rows with commas");
 
+    app.add_subcommand("help", "Tell how a command is used")
+        ->add_option("COMMAND", "Words of the command, as \"wiper sweep\"")
+        ->type_name("");
+
+    auto arguments = readableArguments(app, argc, argv);
+    std::reverse(arguments.begin(), arguments.end()); // the parser takes them from the back
     try {
-        app.parse(argc, argv);
+        app.parse(arguments);
+    } catch (const CLI::CallForHelp&) {
+        put(app.help());
+        return static_cast<int>(ExitCode::Done);
+    } catch (const CLI::CallForVersion& version) {
+        put(std::string(version.what()) + "\n");
+        return static_cast<int>(ExitCode::Done);
     } catch (const CLI::ParseError& error) {
-        const bool asked = error.get_exit_code() == static_cast<int>(CLI::ExitCodes::Success);
-        if (const auto unknown = app.remaining(true); !asked && !unknown.empty())
-            tell("unknown: " + unknown.front());
-        app.exit(error);
-        return static_cast<int>(asked ? ExitCode::Done : ExitCode::Usage);
+        throw CommandError(ExitCode::Usage, usageError(app, error));
     }
-    const ExitCode code = command();
-    if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0)
-        throw CommandError(ExitCode::File, "the output could not be written");
-    return static_cast<int>(code);
+    if (!command) // "help" behind options
+        throw CommandError(ExitCode::Usage, "\"vrkctl help\" takes a command and nothing before it");
+    return static_cast<int>(withFiles(command()));
+}
+
+int ended(const CommandError& error) {
+    if (*error.what() != '\0')
+        tell(error.what());
+    return static_cast<int>(withFiles(error.code()));
 }
 } // namespace
 
 int main(int argc, char** argv) {
     failAtFileSizeLimit();
     try {
+        interrupt::takeSignals();
         return run(argc, argv);
     } catch (const CommandError& error) {
-        tell(error.what());
-        return static_cast<int>(error.code());
+        return ended(error);
     } catch (const Fault& fault) {
         tell(fault.what()); // of a file that an option names: the bench tells its own
         return static_cast<int>(ExitCode::File);

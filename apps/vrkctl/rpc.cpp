@@ -6,8 +6,7 @@
 #include "link/reportLayout.h"
 #include "platform/hid/HidapiHost.h"
 
-#include <csignal>
-#include <optional>
+#include <system_error>
 #include <unistd.h>
 
 namespace vrk {
@@ -17,8 +16,9 @@ constexpr const char* kDefaultPart = "KV4071";
 
 /// A bench that nobody said more about works on the board that is plugged in, else on a simulated one.
 Options completed(Options options) {
-    const bool free = options.simulate.empty() && options.replay.empty();
-    if (!free)
+    if (!options.simulate.empty())
+        options.simulate = simulatedPart(options.simulate);
+    if (!options.simulate.empty() || !options.replay.empty())
         return options;
     hid::HidapiHost host(report::kVendorId, report::kProductId);
     if (options.virtualTime || boardsOf(host).empty())
@@ -32,7 +32,6 @@ ExitCode serveRpc(const Options& given) {
     ScriptedDialogs dialogs;
     Session session(options, dialogs, DefaultTime::Real);
     Bench& bench = session.bench();
-    std::signal(SIGPIPE, SIG_IGN);
     // Before the first request is looked at: the start panel's load lets events run.
     bench.start();
     StdioTransport transport({.events = session.events(),
@@ -41,18 +40,23 @@ ExitCode serveRpc(const Options& given) {
                               .panels = bench.panels(),
                               .values = bench.sharedValues(),
                               .moduleActions = bench.moduleActions(),
+                              .results = bench.context().results,
                               .virtualClock = session.virtualClock(),
                               .simulated = session.simulated(),
                               .wire = &session.wire(),
                               .log = tell},
-                             STDIN_FILENO, STDOUT_FILENO);
-    const Interrupt interrupt([&transport] { transport.stop(); });
+                             STDIN_FILENO, STDOUT_FILENO, interrupt::descriptor());
     tell("serving " +
          (options.simulate.empty() ? std::string(options.replay.empty() ? "the board" : "a recording")
                                    : "a simulated board with " + options.simulate) +
          (session.virtualClock() != nullptr ? " in virtual time" : "") + "; one JSON-RPC message a line");
     transport.run();
-    return interrupt.requested() ? ExitCode::Interrupted : ExitCode::Done;
+    if (transport.outputError() == 0)
+        return interrupt::requested().value_or(ExitCode::Done);
+    const ExitCode code = outputFailure(transport.outputError());
+    if (code == ExitCode::File)
+        tell("an answer could not be written: " + std::generic_category().message(transport.outputError()));
+    return code;
 }
 
 } // namespace vrk

@@ -1,8 +1,8 @@
+#include "apps/vrkctl/Interrupt.h"
 #include "apps/vrkctl/Options.h"
 #include "apps/vrkctl/Terminal.h"
 #include "apps/vrkctl/WiperBench.h"
-
-#include <cstdio>
+#include "platform/runtime/text.h"
 
 namespace vrk {
 
@@ -13,23 +13,24 @@ std::string shown(const Position& position) {
 
 void print(const Options& options, const WiperResult& result) {
     if (options.json) {
-        std::printf("%s\n", result.json().dump().c_str());
+        put(result.json().dump() + "\n");
         return;
     }
-    std::printf("channel %d", result.channel);
+    std::string line = "channel " + std::to_string(result.channel);
     if (result.written)
-        std::printf("  %s %s", result.read ? "written" : "sent", shown(*result.written).c_str());
-    std::printf("  %s", result.read ? ("read " + shown(*result.read)).c_str() : "no answer");
+        line += (result.read ? "  written " : "  sent ") + shown(*result.written);
+    line += result.read ? "  read " + shown(*result.read) : "  no answer";
     if (result.volts)
-        std::printf("  %.3f V", *result.volts);
-    std::printf("  bus status %d\n", result.status);
+        line += "  " + formatNumber(*result.volts, "#0.000") + " V";
+    put(line + "  bus " + result.statusText() + "\n");
 }
 
+/// All that is left to say; the exit code.
 ExitCode finish(const Options& options, WiperBench& bench, const WiperResult& result) {
     print(options, result);
     bench.explain(result);
-    if (bench.interrupted())
-        return ExitCode::Interrupted;
+    if (const auto signalled = interrupt::requested())
+        return *signalled;
     bench.requireReplayed();
     return result.good() ? ExitCode::Done : ExitCode::CheckFailed;
 }
@@ -46,11 +47,11 @@ ExitCode writeWiper(const Options& options, const WriteOptions& wiper) {
     WiperBench bench(options, wiper);
     bench.requirePosition(position, "VALUE");
     bench.open();
-    const WiperResult result = bench.write(position);
     // A wiper forgets its position with VCC; who writes one from the terminal wants to measure it then.
-    if (result.good() && !bench.interrupted())
+    const ExitCode code = finish(options, bench, bench.write(position));
+    if (code == ExitCode::Done)
         bench.leavePowered();
-    return finish(options, bench, result);
+    return code;
 }
 
 } // namespace vrk

@@ -1,3 +1,4 @@
+#include "apps/vrkctl/Interrupt.h"
 #include "apps/vrkctl/Options.h"
 #include "apps/vrkctl/Terminal.h"
 #include "apps/vrkctl/WiperBench.h"
@@ -14,9 +15,9 @@ class SweepOutput {
   public:
     SweepOutput(const Options& options, const SweepOptions& sweep) : json_(options.json), csv_(sweep.csv) {
         if (csv_)
-            std::printf("position,hex,read,readHex,volts,status\n");
+            put("position,hex,read,readHex,volts,status\n");
         else if (!json_)
-            std::printf("position  hex   read  hex    volts  status\n");
+            put("position  hex   read  hex    volts  bus\n");
     }
 
     void row(const WiperResult& result) {
@@ -31,15 +32,13 @@ class SweepOutput {
         if (result.volts)
             std::snprintf(volts, sizeof volts, "%.3f", *result.volts);
         if (csv_) {
-            std::printf("%d,%s,%s,%s,%s,%d\n", written.value, written.hex.c_str(), read.c_str(),
-                        readHex.c_str(), volts, result.status);
-        } else {
-            const bool red = !result.good() && colouredOutput();
-            std::printf("%s%8d  %3s  %5s  %3s  %7s  %6d%s\n", red ? "\033[31m" : "", written.value,
-                        written.hex.c_str(), read.c_str(), readHex.c_str(), volts, result.status,
-                        red ? "\033[0m" : "");
+            putf("%d,%s,%s,%s,%s,%d\n", written.value, written.hex.c_str(), read.c_str(), readHex.c_str(),
+                 volts, result.status);
+            return;
         }
-        std::fflush(stdout);
+        const bool red = !result.good() && colouredOutput();
+        putf("%s%8d  %3s  %5s  %3s  %7s  %3s%s\n", red ? "\033[31m" : "", written.value, written.hex.c_str(),
+             read.c_str(), readHex.c_str(), volts, result.statusText().c_str(), red ? "\033[0m" : "");
     }
 
     void end(WiperBench& bench, int channel, int bad, bool whole) const {
@@ -52,7 +51,7 @@ class SweepOutput {
                                             {"complete", whole},
                                             {"bad", bad},
                                             {"points", points_}};
-        std::printf("%s\n", all.dump().c_str());
+        put(all.dump() + "\n");
     }
 
   private:
@@ -72,6 +71,9 @@ std::vector<int> positionsOf(const SweepOptions& sweep, const WiperBench& bench)
     const int step = sweep.from <= last ? sweep.step : -sweep.step;
     for (int position = sweep.from; step > 0 ? position <= last : position >= last; position += step)
         positions.push_back(position);
+    // The end of the range is what shows whether the part reaches it.
+    if (positions.back() != last)
+        positions.push_back(last);
     return positions;
 }
 } // namespace
@@ -89,7 +91,7 @@ ExitCode sweepWiper(const Options& options, const SweepOptions& sweep) {
     int bad = 0;
     bool answers = true;
     for (const int position : positions) {
-        if (bench.interrupted() || !answers)
+        if (interrupt::requested() || !answers)
             break;
         const WiperResult result = bench.write(position);
         progress.clear();
@@ -105,10 +107,10 @@ ExitCode sweepWiper(const Options& options, const SweepOptions& sweep) {
     progress.clear();
     const bool whole = done == static_cast<int>(positions.size()) && answers;
     output.end(bench, sweep.channel, bad, whole);
-    if (bench.interrupted()) {
+    if (const auto signalled = interrupt::requested()) {
         tell("interrupted after " + std::to_string(done) + " of " + std::to_string(positions.size()) +
              " positions; VCC goes off");
-        return ExitCode::Interrupted;
+        return *signalled;
     }
     bench.requireReplayed();
     if (bad > 0)

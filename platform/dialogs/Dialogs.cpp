@@ -47,7 +47,7 @@ Choice ScriptedDialogs::show(const MessageBox& box) {
         if (std::find(box.buttons.begin(), box.buttons.end(), answer.choice) != box.buttons.end())
             choice = answer.choice;
     }
-    shown_.push_back({Shown::Kind::Message, box, choiceName(choice), {}});
+    remember({Shown::Kind::Message, box, choiceName(choice), {}});
     return choice;
 }
 
@@ -57,12 +57,24 @@ std::optional<std::string> ScriptedDialogs::chooseFile(const FileRequest& reques
         path = std::move(files_.front());
         files_.pop_front();
     }
-    shown_.push_back({Shown::Kind::File, {}, path.value_or(""), request});
+    remember({Shown::Kind::File, {}, path.value_or(""), request});
     return path;
 }
 
-std::vector<ScriptedDialogs::Shown> ScriptedDialogs::takeShown() {
+void ScriptedDialogs::remember(Shown shown) {
+    shown_.push_back(std::move(shown));
+    if (shown_.size() <= kKept)
+        return;
+    shown_.pop_front();
+    ++dropped_;
+}
+
+std::deque<ScriptedDialogs::Shown> ScriptedDialogs::takeShown() {
     return std::exchange(shown_, {});
+}
+
+std::size_t ScriptedDialogs::takeDropped() {
+    return std::exchange(dropped_, 0);
 }
 
 } // namespace vrk

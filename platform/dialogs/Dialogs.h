@@ -67,14 +67,22 @@ class ScriptedDialogs final : public Dialogs {
 
     void answer(Answer answer) { answers_.push_back(std::move(answer)); }
     void answerFile(std::optional<std::string> path) { files_.push_back(std::move(path)); }
+    /// Answers and file names that wait for a dialog.
+    std::size_t queued() const { return answers_.size() + files_.size(); }
 
-    /// The boxes since the last call.
-    std::vector<Shown> takeShown();
+    /// The boxes since the last call, the last kKept of them: a bench may run for weeks with nobody looking.
+    std::deque<Shown> takeShown();
+    /// How many boxes were dropped since the last call of this function, the oldest first.
+    std::size_t takeDropped();
+    static constexpr std::size_t kKept = 25'000;
 
   private:
+    void remember(Shown shown);
+
     std::deque<Answer> answers_;
     std::deque<std::optional<std::string>> files_;
-    std::vector<Shown> shown_;
+    std::deque<Shown> shown_;
+    std::size_t dropped_ = 0;
 };
 
 } // namespace vrk

@@ -98,6 +98,15 @@ LinkDiagnosis diagnoseLink(std::uint16_t vendor, std::uint16_t product, const fs
     return diagnosis;
 }
 
+std::string ruleCommand(std::uint16_t vendor, std::uint16_t product) {
+    char rule[128];
+    std::snprintf(rule, sizeof rule,
+                  R"(SUBSYSTEM=="hidraw", ATTRS{idVendor}=="%04x", ATTRS{idProduct}=="%04x", TAG+="uaccess")",
+                  static_cast<unsigned>(vendor), static_cast<unsigned>(product));
+    return "echo '" + std::string(rule) + "' | sudo tee /etc/udev/rules.d/" + kRule +
+           " && sudo udevadm control --reload";
+}
+
 std::vector<std::string> linkAdvice(const LinkDiagnosis& diagnosis) {
     if (diagnosis.devices.empty()) {
         if (diagnosis.onUsb == 0)
@@ -123,8 +132,8 @@ std::vector<std::string> linkAdvice(const LinkDiagnosis& diagnosis) {
         }
         std::string text = device.path + " cannot be " + denied(device) + " by this user. ";
         if (!diagnosis.ruleInstalled)
-            text += "Install the rule: sudo cp packaging/" + std::string(kRule) +
-                    " /etc/udev/rules.d/ && sudo udevadm control --reload, then plug the board in again.";
+            text += "Install the rule: " + ruleCommand(diagnosis.vendor, diagnosis.product) +
+                    ", then plug the board in again.";
         else
             text += "The rule is installed: plug the board in again. It serves the user at the screen; for a "
                     "remote "

@@ -38,6 +38,10 @@ struct LinkDiagnosis {
 LinkDiagnosis diagnoseLink(std::uint16_t vendor, std::uint16_t product,
                            const std::filesystem::path& root = "/");
 
+/// The command that gives the seated user the boards: it holds the udev rule's text, so that it works
+/// wherever the program was installed, or was not.
+std::string ruleCommand(std::uint16_t vendor, std::uint16_t product);
+
 /// What is missing and how to mend it, a sentence or two each; empty if nothing is.
 std::vector<std::string> linkAdvice(const LinkDiagnosis& diagnosis);
 

@@ -28,7 +28,7 @@ std::optional<Milliseconds> EventLoop::untilNextDue() const {
 void EventLoop::runQueue() noexcept {
     // Only what is queued now: an event that posts itself again must not keep the loop here for ever.
     const EventId limit = nextId_;
-    while (!ended_ && !held()) {
+    while (!ended_ && !held() && !full()) {
         auto next = queue_.begin();
         while (next != queue_.end() && next->first.first <= clock_.now() && next->first.second >= limit)
             ++next;
@@ -53,13 +53,13 @@ void EventLoop::letEventsRun() {
 
 void EventLoop::waitForEvents() {
     letEventsRun();
-    const auto wait = untilNextDue();
+    constexpr Milliseconds kIdleStep{4};
+    const auto wait = full() ? kIdleStep : untilNextDue();
     if (wait && wait->count() == 0)
         return;
     if (hostWait_) {
         hostWait_(wait);
     } else {
-        constexpr Milliseconds kIdleStep{4};
         clock_.sleep(wait.value_or(kIdleStep));
     }
     letEventsRun();

@@ -70,6 +70,10 @@ class EventLoop {
 
     /// How many actions are on the stack.
     int depth() const { return depth_; }
+    /// Queued events run inside one another's actions, at most: each of them stands on the stack until the
+    /// one inside it is over. Later ones wait in the queue.
+    static constexpr int kDeepest = 128;
+    bool full() const { return depth_ >= kDeepest; }
 
     /// Ends the program: the end handler runs once, then ProgramEnded unwinds the calling action.
     [[noreturn]] void endProgram();

@@ -4,6 +4,7 @@
 #include "link/reportLayout.h"
 #include "platform/clipboard/Clipboard.h"
 
+#include <algorithm>
 #include <deque>
 #include <string>
 #include <vector>
@@ -36,6 +37,7 @@ class ProbePanel final : public Panel {
         wireClick(cmdAsk, &ProbePanel::cmdAsk_Click);
         wireClick(cmdFault, &ProbePanel::cmdFault_Click);
         wireClick(cmdEnd, &ProbePanel::cmdEnd_Click);
+        wireClick(cmdNest, &ProbePanel::cmdNest_Click);
         action("twice", &ProbePanel::twice);
     }
 
@@ -58,6 +60,12 @@ class ProbePanel final : public Panel {
     }
     void cmdFault_Click() { throw subscriptOutOfRange(); }
     void cmdEnd_Click() { events().endProgram(); }
+    void cmdNest_Click() {
+        deepest = std::max(deepest, ++depth);
+        ++clicks;
+        events().letEventsRun();
+        --depth;
+    }
     int twice(int value) { return value * 2; }
 
     CheckBox chkBox{*this, "chkBox"};
@@ -67,6 +75,7 @@ class ProbePanel final : public Panel {
     ControlArray<TextBox> txtRow{*this, "txtRow", 1, 3};
     Button cmdLong{*this, "cmdLong"}, cmdAbort{*this, "cmdAbort"}, cmdAsk{*this, "cmdAsk"};
     Button cmdFault{*this, "cmdFault"}, cmdEnd{*this, "cmdEnd"}, cmdDisabled{*this, "cmdDisabled"};
+    Button cmdNest{*this, "cmdNest"};
     Frame fraHidden{*this, "fraHidden"};
     CheckBox chkHidden{*this, "chkHidden"};
     ComboBox cboRate{*this, "cboRate"};
@@ -81,6 +90,8 @@ class ProbePanel final : public Panel {
     Picture picBoard{*this, "picBoard"};
     bool aborted = false;
     int entered = 0;
+    int depth = 0, deepest = 0, clicks = 0;
+    Reading lblVolts{*this, "lblVolts"};
 };
 
 /// A bench of that one panel, served in process.
@@ -94,6 +105,7 @@ struct RpcBench {
                                    [this] { return std::make_shared<ProbePanel>(context); }};
     std::vector<PanelSlotBase*> panels{&frmProbe};
     std::vector<std::int64_t> bytes = std::vector<std::int64_t>(3);
+    int tapCount = 128, probeTaps = 256;
     SharedValues values;
     std::vector<Panel::NamedAction> actions{{"initAll", [this](const ActionArgs& args) -> ActionValue {
                                                  return bytes[0] = wholeArgument(args, 0);
@@ -107,6 +119,7 @@ struct RpcBench {
                        .panels = panels,
                        .values = values,
                        .moduleActions = actions,
+                       .results = context.results,
                        .virtualClock = &clock,
                        .simulated = &bus,
                        .wire = &recorder,
@@ -120,6 +133,8 @@ struct RpcBench {
                     [this](int index, const ActionValue& value) {
                         bytes.at(index) = toByte(wholeArgument({value}, 0));
                     }});
+        values.scalar("TapCount", tapCount);
+        values.scalar("TapCount", probeTaps, "frmProbe");
     }
 
     Json next() {

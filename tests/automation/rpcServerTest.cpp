@@ -42,6 +42,15 @@ TEST(RpcErrors, aLineNestedTooDeepIsRefusedNotACrash) {
     EXPECT_EQ(bench.next()["error"]["code"], kParseError);
 }
 
+TEST(RpcErrors, anObjectWithoutEndIsRefusedBeforeItCosts) {
+    RpcBench bench;
+    std::string line = R"({"id":1,"method":"now","params":{)";
+    for (int member = 0; member < 100'000; ++member)
+        line += (member == 0 ? "\"" : ",\"") + std::to_string(member) + "\":0";
+    bench.server.handle(line + "}}");
+    EXPECT_EQ(bench.next()["error"]["code"], kInvalidRequest);
+}
+
 TEST(RpcErrors, sayWhatWasWrong) {
     RpcBench bench;
     bench.frmProbe.load();
@@ -84,6 +93,9 @@ TEST(RpcErrors, sayWhatWasWrong) {
         {"sim", R"~({"op":"fault","kind":"smoke"})~", "noReply"},
         {"sim", R"~({"op":"unplug","board":3})~", "board"},
         {"sim", R"~({"op":"stale","hex":"0"})~", "hexadecimal"},
+        {"sim", R"~({"op":"stale","hex":"00","count":1001})~", "1 to 1000"},
+        {"get", R"~({"path":"frmProbe.PBuf"})~", "no control 'PBuf'"},
+        {"get", R"~({"path":"frmProbe.TapCount(1)"})~", "takes no index"},
     };
     for (const auto& test : kCases) {
         SCOPED_TRACE(std::string(test.method) + " " + test.params);
@@ -266,6 +278,63 @@ TEST(RpcDialogs, answersAreTakenInOrderAndTheBoardChangesUnderABox) {
     EXPECT_EQ(bench.ask("click", click("cmdAsk"))["result"], nullptr)
         << "a slip in the operation spares the action";
     EXPECT_EQ(bench.logged.size(), 1u);
+}
+
+TEST(RpcTime, requestsThatAreDueTogetherNestNoDeeperThanTheyMay) {
+    RpcBench bench;
+    constexpr int kRequests = 200;
+    for (int request = 0; request < kRequests; ++request)
+        bench.result("at", {{"ms", 1}, {"request", {{"method", "click"}, {"params", click("cmdNest")}}}});
+    bench.server.handle(R"({"id":"advance","method":"advance","params":{"ms":5000}})");
+    EXPECT_EQ(bench.sent.size(), kRequests + 1u);
+    EXPECT_EQ(bench.frmProbe->clicks, kRequests);
+    EXPECT_EQ(bench.frmProbe->deepest, RpcServer::kDeepest - 1) << "advance is one of them";
+}
+
+TEST(RpcFields, aReadingTellsWhatItIsWorthAndAPanelWhatIsItsOwn) {
+    RpcBench bench;
+    Reading& volts = bench.frmProbe->lblVolts;
+    const auto worth = [&bench] {
+        const Json aspects = bench.result("get", {{"path", "frmProbe.lblVolts"}});
+        return std::pair(aspects["state"].get<std::string>(), aspects["ageMs"]);
+    };
+    EXPECT_EQ(worth(), std::pair(std::string("never"), Json()));
+    volts.showRead("2.5");
+    bench.clock.sleep(Milliseconds{40});
+    EXPECT_EQ(worth(), std::pair(std::string("fresh"), Json(40)));
+    volts.markStale("the address changed since");
+    EXPECT_EQ(worth(), std::pair(std::string("stale"), Json(40)));
+    EXPECT_FALSE(bench.result("get", {{"path", "frmProbe.lblFile"}}).contains("state"));
+
+    EXPECT_EQ(bench.result("set", {{"path", "frmProbe.TapCount"}, {"value", 64}}), nullptr);
+    EXPECT_EQ(bench.result("get", {{"paths", {"frmProbe.TapCount", "TapCount"}}}), Json({64, 128}));
+}
+
+TEST(RpcLog, tellsWhatTheSessionCameTo) {
+    RpcBench bench;
+    for (const char* text : {"Wrote 3F to wiper 0", "Read 3E from wiper 0"})
+        bench.context.results.add({.good = text[0] == 'W',
+                                   .text = text,
+                                   .detail = "2.470 V",
+                                   .field = "frmProbe.txtHex",
+                                   .time = {}});
+    const Json line =
+        Json::parse(R"({"number":2,"good":false,"text":"Read 3E from wiper 0","detail":"2.470 V",
+        "field":"frmProbe.txtHex","date":"2020-01-01","time":"12:00:00"})");
+    EXPECT_EQ(bench.result("log", {{"since", 1}}), Json::array({line}));
+    EXPECT_EQ(bench.result("log").size(), 2u);
+}
+
+TEST(RpcDialogs, whatNobodyAskedForIsDroppedAndTold) {
+    RpcBench bench;
+    constexpr std::size_t kOver = 3;
+    for (std::size_t box = 0; box < ScriptedDialogs::kKept + kOver; ++box)
+        bench.dialogs.show({std::to_string(box), "", {Choice::Ok}});
+    EXPECT_EQ(bench.result("dialogs")[0]["text"], std::to_string(kOver));
+    EXPECT_THAT(bench.logged.at(0), HasSubstr("3 dialogs"));
+    for (int answer = 0; answer < 100'000; ++answer)
+        bench.dialogs.answer({Choice::Ok, {}});
+    EXPECT_EQ(bench.error("answer", {{"files", {nullptr}}}), kInvalidParams);
 }
 
 TEST(RpcEnd, everythingButDialogsTellsOfTheEnd) {

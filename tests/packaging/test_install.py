@@ -12,6 +12,8 @@ from pathlib import Path
 SOURCE = Path(os.environ["SOURCE"])
 PROGRAMS = ("vrkbench", "vrkctl")
 DOC = "share/doc/vrkbench"
+COMPLETIONS = ("share/bash-completion/completions/vrkctl", "share/zsh/site-functions/_vrkctl",
+               "share/fish/vendor_completions.d/vrkctl.fish")
 
 
 def output_of(*command):
@@ -32,6 +34,7 @@ class Install(unittest.TestCase):
     def test_every_file_is_in_its_place_and_no_other(self):
         wanted = {f"bin/{program}" for program in PROGRAMS}
         wanted |= {f"share/man/man1/{program}.1" for program in PROGRAMS}
+        wanted |= set(COMPLETIONS)
         wanted |= {"lib/udev/rules.d/70-vrkbench.rules", "share/applications/vrkbench.desktop",
                    "share/icons/hicolor/scalable/apps/vrkbench.svg",
                    "share/metainfo/org.vrkbench.vrkbench.metainfo.xml", f"{DOC}/README.md", f"{DOC}/LICENSE"}
@@ -79,12 +82,29 @@ class Install(unittest.TestCase):
             self.assertRegex(shown, rf"(?m)^   {command}$")
         self.assertIn("/share/doc/vrkbench/manual.md", shown)
 
+    def test_completions_know_commands_options_and_parts(self):
+        for place in COMPLETIONS:
+            text = (self.root / place).read_text()
+            for word in ("sweep", "wire-log", "KV4071", "3.3"):
+                self.assertIn(word, text, place)
+        bash = self.root / COMPLETIONS[0]
+        for words, wanted in [("vrkctl wip", "wiper"), ("vrkctl wiper sweep 0 --fr", "--from"),
+                              ("vrkctl boards --simulate KV6", "KV6021"), ("vrkctl wiper read --vcc 3.", "3.0 3.3 3.5")]:
+            count = len(words.split())
+            said = output_of("bash", "-c", f'. "$1"; COMP_WORDS=($2); COMP_CWORD={count - 1}; '
+                             '_vrkctl vrkctl "${COMP_WORDS[-1]}" "${COMP_WORDS[-2]}"; echo "${COMPREPLY[*]}"', "bash",
+                             bash, words)
+            self.assertEqual(said.strip(), wanted)
+
     def test_the_rule_names_the_board_as_udev_writes_it_and_comes_before_the_seats(self):
         rule = self.root / "lib/udev/rules.d/70-vrkbench.rules"
         self.assertLess(rule.name, "73-seat-late.rules")
         lines = [line for line in rule.read_text().splitlines() if line and not line.startswith("#")]
         self.assertEqual(lines, ['SUBSYSTEM=="hidraw", ATTRS{idVendor}=="f5c3", ATTRS{idProduct}=="2034", '
                                  'TAG+="uaccess"'])
+        doctor = subprocess.run([self.root / "bin/vrkctl", "doctor"], stdout=subprocess.PIPE, text=True).stdout
+        if re.search(r"rule installed +no", doctor):
+            self.assertIn(lines[0], doctor)
 
 
 if __name__ == "__main__":

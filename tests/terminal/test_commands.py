@@ -28,15 +28,16 @@ class Commands(unittest.TestCase):
 
     def test_write(self):
         code, out, err = run(*WRITE, "--simulate=KV4071", "--json")
-        self.assertEqual((code, err), (0, ""))
+        self.assertEqual((code, err), (0, "vrkctl: VCC stays on: a volatile position would be lost with it\n"))
         result = json.loads(out)
         volts = result.pop("volts")
         self.assertAlmostEqual(volts, 5.0 * 63 / 128, delta=0.02)
         self.assertEqual(result, {"channel": 0, "written": {"value": 63, "hex": "3F"},
                                   "read": {"value": 63, "hex": "3F"}, "status": 8})
-        code, out, _ = run("wiper", "write", "3", "0xff", "--simulate=KV4078")
-        self.assertEqual(code, 0)
-        self.assertRegex(out, r"^channel 3  written 255 \(FF\)  read 255 \(FF\)  4\.9\d\d V  bus status 8\n$")
+        for args, volts in [(["--simulate", "kv4078"], r"4\.9\d\d"), (["--simulate=KV4078", "--vcc", "3.3"], r"3\.2\d\d")]:
+            code, out, _ = run("wiper", "write", "3", "0xff", *args)
+            self.assertEqual(code, 0)
+            self.assertRegex(out, rf"^channel 3  written 255 \(FF\)  read 255 \(FF\)  {volts} V  bus ok\n$")
 
     def test_exit_codes_and_what_is_said(self):
         cases = [
@@ -58,9 +59,19 @@ class Commands(unittest.TestCase):
             (["wiper", "sweep", "0", "--simulate", "--csv", "--json"], 2, "exclude"),
             (["wiper", "sweep", "0", "--simulate", "--step", "0"], 2, "--step"),
             (["wiper", "write", "--simulate"], 2, "CHANNEL"),
-            (["wiper"], 2, "subcommand"),
-            (["wipe"], 2, "wipe"),
+            ([], 2, "doctor  Say what keeps"),
+            (["wiper"], 2, "sweep  Write, read back"),
+            (["wipre"], 2, "did you mean 'wiper'?"),
+            (["help", "wiper", "swep"], 2, "did you mean 'sweep'?"),
+            (["boards", "--simulte"], 2, "did you mean '--simulate'?"),
+            (["wiper", "read", "0", "--simulate", "KV4017"], 2, "did you mean 'KV4071'?"),
+            (["wiper", "read", "0", "1"], 2, "one word too many"),
+            (["wiper", "read", "0", "--simulate", "--taps", "0"], 2, "--taps"),
+            (["wiper", "read", "0", "--simulate", "--address="], 2, "--address"),
+            (["wiper", "read", "0", "--simulate", "--vcc", "6"], 2, "2.7, 3.0"),
+            ([*WRITE, "--replay", __file__, "--wire-log", __file__], 2, "overwrite"),
             ([*WRITE, "--simulate", "--wire-log", "/nonexistent/wire.log"], 5, "/nonexistent/wire.log"),
+            ([*WRITE, "--simulate", "--wire-log", "/dev/full"], 5, "No space left"),
             ([*WRITE, "--replay", "/nonexistent/wire.log"], 5, "/nonexistent/wire.log"),
             ([*WRITE, "--simulate", "--folder", "/nonexistent"], 5, "/nonexistent"),
         ]
@@ -69,6 +80,7 @@ class Commands(unittest.TestCase):
                 code, out, err = run(*args)
                 self.assertEqual(code, wanted, err)
                 self.assertIn(says, err)
+                self.assertTrue(err.startswith("vrkctl: "), err)
                 if wanted != 1:
                     self.assertEqual(out, "")
 
@@ -83,9 +95,9 @@ class Commands(unittest.TestCase):
         self.assertEqual([int(row["read"]) for row in rows], list(range(128)))
         volts = [float(row["volts"]) for row in rows]
         self.assertEqual(volts, sorted(volts))
-        code, out, _ = run("wiper", "sweep", "2", "--simulate=KV4074", "--from", "9", "--to", "3", "--step", "3", "--json")
+        code, out, _ = run("wiper", "sweep", "2", "--simulate=KV4074", "--from", "9", "--to", "2", "--step", "3", "--json")
         sweep = json.loads(out)
-        self.assertEqual([point["read"]["value"] for point in sweep["points"]], [9, 6, 3])
+        self.assertEqual([point["read"]["value"] for point in sweep["points"]], [9, 6, 3, 2])
         self.assertEqual((code, sweep["complete"], sweep["bad"], sweep["address"]), (0, True, 0, "A0"))
         code, out, _ = run("wiper", "sweep", "0", "--simulate", "--to", "1")
         self.assertEqual(len({len(line) for line in out.splitlines()}), 1, "columns stand under one another")
@@ -106,18 +118,34 @@ class Commands(unittest.TestCase):
         self.assertTrue(shown.endswith("\r\033[K"), "the bar is taken away")
         self.assertNotIn(b"\033", done.stdout)
 
-    def test_interrupted_sweep_leaves_vcc_off(self):
-        sweep = subprocess.Popen([PROGRAM, "wiper", "sweep", "0", "--simulate", "--real-time", "--wire-log", self.log],
-                                 stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True, env=ENVIRONMENT)
-        for _ in range(3):
-            sweep.stdout.readline()
-        sweep.send_signal(signal.SIGINT)
-        _, err = sweep.communicate(timeout=TIMEOUT)
-        self.assertEqual(sweep.returncode, 130)
-        self.assertIn("interrupted after", err)
-        port2 = [report[4] for report in self.reports() if report[1:4] == bytes([18, 0, 0xA0])]
-        self.assertTrue(any(value & 0x20 for value in port2), "VCC was on")
-        self.assertFalse(port2[-1] & 0x20)
+    def supplies(self):
+        """What was written to P2's two supply switches."""
+        return [report[4] & 0x60 for report in self.reports() if report[1:4] == bytes([18, 0, 0xA0])]
+
+    def test_however_it_ends_the_supplies_go_off(self):
+        close = None
+        for end, wanted in [(signal.SIGINT, 130), (signal.SIGTERM, 143), (signal.SIGHUP, 129), (close, 141)]:
+            with self.subTest(wanted=wanted):
+                sweep = subprocess.Popen([PROGRAM, "wiper", "sweep", "0", "--simulate", "--real-time", "--wire-log",
+                                          self.log], stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True,
+                                         env=ENVIRONMENT)
+                for _ in range(3):
+                    sweep.stdout.readline()
+                if end is close:
+                    sweep.stdout.close()
+                else:
+                    sweep.send_signal(end)
+                self.assertEqual(sweep.wait(TIMEOUT), wanted)
+                self.assertEqual(sweep.stderr.read().count("interrupted after"), 0 if end is close else 1)
+                sweep.stderr.close()
+                if end is not close:
+                    sweep.stdout.close()
+                self.assertEqual((max(self.supplies()), self.supplies()[-1]), (0x60, 0))
+
+    def test_vcc_stays_on_after_a_write_that_succeeded(self):
+        for args, left in [(WRITE, 0x60), ([*WRITE, "--address", "52"], 0), (["wiper", "read", "0"], 0)]:
+            run(*args, "--simulate", "--wire-log", self.log)
+            self.assertEqual((max(self.supplies()), self.supplies()[-1]), (0x60, left), args)
 
     def test_replay(self):
         run(*WRITE, "--simulate", "--wire-log", self.log)
@@ -143,17 +171,26 @@ class Commands(unittest.TestCase):
         self.assertIn("link to the board was lost while writing the wiper", err)
 
     def test_output_that_cannot_be_written(self):
-        with open("/dev/full", "wb") as full:
-            done = subprocess.run([PROGRAM, "wiper", "read", "0", "--simulate"], stdout=full, stderr=subprocess.PIPE,
-                                  text=True, timeout=120, check=False)
-        self.assertEqual(done.returncode, 5)
-        self.assertIn("the output could not be written", done.stderr)
+        for args in (["wiper", "read", "0"], WRITE, ["boards"], ["--help"]):
+            with open("/dev/full", "wb") as full, self.subTest(args=args):
+                done = subprocess.run([PROGRAM, *args, "--simulate", "--wire-log", self.log], stdout=full,
+                                      stderr=subprocess.PIPE, text=True, timeout=TIMEOUT, check=False)
+                self.assertEqual(done.returncode, 5)
+                self.assertIn("the output could not be written", done.stderr)
+                self.assertNotIn("stays on", done.stderr)
 
     def test_boards_and_doctor(self):
-        code, out, _ = run("boards", "--simulate", "--board", "1", "--json")
+        code, out, _ = run("boards", "--simulate", "--board", "1", "--json", "--wire-log", self.log)
         boards = json.loads(out)
         self.assertEqual((code, [board["board"] for board in boards]), (0, [0, 1]))
         self.assertEqual(boards[1]["firmware"], "1.2 - 2008/June/12")
+        self.log.write_text(re.sub(r"^ *\d+ in  0 .*\n", "", self.log.read_text(), flags=re.M))
+        code, out, err = run("boards", "--replay", self.log, "--json")
+        first, second = json.loads(out)
+        self.assertEqual((code, first["firmware"], second["firmware"]), (4, None, "1.2 - 2008/June/12"))
+        self.assertIn("board 0 does not answer: " + first["error"], err)
+        code, out, _ = run("doctor", "--simulate", "--json")
+        self.assertEqual((code, json.loads(out)["good"]), (0, True))
         plugged_in = run("boards")[0] == 0
         code, out, _ = run("doctor")
         self.assertIn("udev rule", out)
@@ -161,13 +198,7 @@ class Commands(unittest.TestCase):
             self.assertEqual(code, 3)
             code, out, err = run("wiper", "read", "0")
             self.assertEqual((code, out), (3, ""))
-            self.assertIn("no evaluation board is plugged in", err)
-
-    def test_help(self):
-        for args in (["--help"], ["wiper", "sweep", "--help"]):
-            code, out, err = run(*args)
-            self.assertEqual((code, err), (0, ""))
-            self.assertIn("Usage: vrkctl", out)
+            self.assertIn("try --simulate, or \"vrkctl doctor\"", err)
 
 
 if __name__ == "__main__":

@@ -1,11 +1,48 @@
 import json
+import re
 import signal
 import subprocess
+import tempfile
 import unittest
+from pathlib import Path
 
 from vrkctl import ENVIRONMENT, PROGRAM, TIMEOUT, Rpc, RpcFailure, RpcTest
 
 CONVERTER_STEP = 2 * 3.3 / 1023  # volts; the board halves its inputs
+
+
+class Ends(unittest.TestCase):
+    def test_the_supplies_go_off_whatever_ends_it(self):
+        with tempfile.TemporaryDirectory() as folder:
+            log = Path(folder) / "wire.log"
+            for end, code in [("input", 0), ("output", 141), (signal.SIGINT, 130), (signal.SIGTERM, 143),
+                              (signal.SIGHUP, 129)]:
+                with self.subTest(end=end):
+                    rpc = Rpc("--simulate", "--virtual-time", "--wire-log", str(log))
+                    rpc("select", path="frmStartup.cboVRKSelect", index=2)
+                    rpc("click", path="frmVRK_User1.OptVCC(0)")
+                    # More answers than a pipe holds, which nobody reads: the server is in a write when the end comes.
+                    if end not in ("input", "output"):
+                        for _ in range(50):
+                            rpc.send({"id": 1, "method": "describe", "params": {"panel": "frmVRK_User1"}})
+                        rpc.process.send_signal(end)
+                    elif end == "output":
+                        rpc.process.stdout.close()
+                        rpc.send({"id": 1, "method": "now"})
+                    else:
+                        rpc.process.stdin.close()
+                    self.assertEqual(rpc.process.wait(TIMEOUT), code)
+                    for stream in (rpc.process.stdin, rpc.process.stdout, rpc.process.stderr):
+                        stream.close()
+                    port2 = [int(value, 16) & 0x60 for value in
+                             re.findall(r" out 0 01 12 00 A0 ([0-9A-F]{2})", log.read_text())]
+                    self.assertEqual((max(port2), port2[-1]), (0x60, 0))
+
+    def test_an_answer_that_cannot_be_written(self):
+        with open("/dev/full", "wb") as full:
+            done = subprocess.run([PROGRAM, "rpc", "--simulate"], input=b'{"id":1,"method":"now"}', stdout=full,
+                                  stderr=subprocess.PIPE, timeout=TIMEOUT, check=False)
+        self.assertEqual(done.returncode, 5)
 
 
 class MainJob(RpcTest):
@@ -53,8 +90,26 @@ class Pipe(unittest.TestCase):
         rpc = Rpc("--simulate")
         rpc.process.stdout.close()
         rpc.send({"id": 1, "method": "now"})
-        self.assertEqual(rpc.process.wait(TIMEOUT), 0)
+        self.assertEqual(rpc.process.wait(TIMEOUT), 141)
         rpc.close()
+
+    def test_no_number_of_requests_overflows_the_stack(self):
+        vcc_on = '{"method":"select","params":{"path":"frmStartup.cboVRKSelect","index":2}},' \
+                 '{"method":"click","params":{"path":"frmVRK_User1.OptVCC(0)"}}'
+        action = '"method":"call","params":{"path":"initSupplyDefaults"}'
+        enters = json.dumps({"id": 1, "method": "type", "params": {"path": "frmVRK_User1.txtHexDataWrt(0)",
+                                                                    "text": "\n" * 20000}})
+        for text, answers in [("".join(f'{{"id":{number},{action}}}\n' for number in range(6000)), 6000),
+                              (f'{{"method":"at","params":{{"ms":5,"request":{{{action}}}}}}}\n' * 10000 +
+                               '{"id":1,"method":"advance","params":{"ms":5}}\n', 10001),
+                              (f"[{vcc_on},{enters}]\n", 1)]:
+            answered = self.serve(text)
+            self.assertEqual(len(answered), answers)
+            self.assertNotIn("error", str(answered))
+
+    def test_a_line_without_end_is_refused_and_the_next_one_served(self):
+        long, last = self.serve('{"id":1,"method":"now","params":{"x":"' + "x" * (17 << 20) + '"}}\n{"id":2,"method":"now"}')
+        self.assertEqual((long["error"]["code"], last["id"]), (-32600, 2))
 
 
 class Protocol(RpcTest):
@@ -100,11 +155,24 @@ class Protocol(RpcTest):
                 self.rpc("get", path=entry["name"] + ("" if entry["first"] is None else f"({entry['last']})"))
         self.assertEqual(self.rpc("dialogs"), [])
 
-    def test_a_signal_ends_it(self):
-        self.rpc("now")
-        self.rpc.process.send_signal(signal.SIGINT)
-        self.assertEqual(self.rpc.process.wait(TIMEOUT), 130)
-        self.rpc.close()
+    def test_every_shared_value_is_one_of_its_own(self):
+        paths = [entry["name"] + ("" if entry["first"] is None else f"({entry['last']})")
+                 for entry in self.rpc("describe") if entry["kind"] == "Value"]
+        self.openPanel()
+        before = self.rpc("get", paths=paths)
+        for place, path in enumerate(paths):
+            old = before[place]
+            new = not old if isinstance(old, bool) else old + "1" if isinstance(old, str) else old + 1
+            new = "01" * 64 if path == "reportBuffer" else new
+            try:
+                self.rpc("set", path=path, value=new)
+            except RpcFailure as failure:
+                self.assertIn("only be read", str(failure))
+                continue
+            after = self.rpc("get", paths=paths)
+            self.assertEqual([paths[at] for at in range(len(paths)) if after[at] != before[at]], [path])
+            self.assertEqual(after[place], new)
+            self.rpc("set", path=path, value=old)
 
     def test_real_time_runs_by_itself(self):
         rpc = Rpc("--simulate")

@@ -1,5 +1,6 @@
 #include "views/workspace/Band.h"
 
+#include "panels/WiperPanel.h"
 #include "platform/qt/theme.h"
 #include "shell/Bench.h"
 #include "views/pages.h"
@@ -64,9 +65,45 @@ QSize CutLabel::sizeHint() const {
 
 void CutLabel::paintEvent(QPaintEvent*) {
     QPainter painter(this);
-    painter.setPen(isEnabled() ? toneColour(tone_) : palette().color(QPalette::Disabled, QPalette::WindowText));
+    painter.setPen(isEnabled() ? toneColour(tone_)
+                               : palette().color(QPalette::Disabled, QPalette::WindowText));
     painter.drawText(rect(), Qt::AlignLeft | Qt::AlignVCenter,
                      fontMetrics().elidedText(text_, Qt::ElideRight, width()));
+}
+
+BandSource bandOf(DevicePanel& panel) {
+    BandSource source;
+    source.address = [&panel] { return text(panel.busAddress()); };
+    source.on = &panel.OptVCC[0];
+    source.off = &panel.OptVCC[1];
+    source.level = &panel.CboVCC;
+    source.volts = &panel.lblVCCVolts;
+    source.vcc = &panel.ShpVCCon;
+    source.minus = &panel.ShVM;
+    source.track = &panel.ChkTrack;
+    if (auto* wiper = dynamic_cast<WiperPanel*>(&panel)) {
+        source.about = [wiper] {
+            const int channels = wiper->wipers.channelCount;
+            return QString("%1 · %2 channel%3 · %4 taps")
+                .arg(text(wiper->busName()))
+                .arg(channels)
+                .arg(channels == 1 ? "" : "s")
+                .arg(wiper->wipers.TapCount);
+        };
+        source.part = [wiper] { return text(wiper->lblProduct.caption()); };
+        source.parts = wiper->partEntries();
+        source.watched = {&wiper->lblProduct, &wiper->txtDeviceAdr};
+        for (auto& option : wiper->OptTaps)
+            source.watched.push_back(option.get());
+        for (auto& option : wiper->OptChans)
+            source.watched.push_back(option.get());
+    }
+    return source;
+}
+
+bool Band::supplyOn() const {
+    const auto lit = [](const Lamp* lamp) { return lamp != nullptr && lamp->colour() != Colour::Black; };
+    return lit(source_.vcc) || lit(source_.minus);
 }
 
 /// One place in the band with its own ground.
@@ -202,7 +239,8 @@ void Band::makeSupply(QHBoxLayout& row) {
             (void)source_.level->userSelect(index);
         showSource();
     });
-    auto* words = tightColumn({stretch, tightRow({title, vccWord_, stretch}), tightRow({volts_, unit, stretch}), stretch});
+    auto* words = tightColumn(
+        {stretch, tightRow({title, vccWord_, stretch}), tightRow({volts_, unit, stretch}), stretch});
     words->setSpacing(0);
     auto* content = qt::row({vccLamp_, words, stretch, switch_, level_});
     content->setContentsMargins(kUnit, 0, kUnit + 4, 0);
@@ -219,7 +257,8 @@ void Band::makeSupply(QHBoxLayout& row) {
     minusLamp_->setRole(LampWidget::Role::Supply);
     minusLamp_->setName("V−");
     minusText_ = new CutLabel(kSmall);
-    auto* minus = tightColumn({stretch, tightRow({minusTitle, minusWord_, stretch}), tightRow({minusLamp_, minusText_}), stretch});
+    auto* minus = tightColumn(
+        {stretch, tightRow({minusTitle, minusWord_, stretch}), tightRow({minusLamp_, minusText_}), stretch});
     minus->setContentsMargins(kUnit, 0, 2, 0);
     minusCell_->setLayout(minus);
     row.addWidget(minusCell_);
@@ -340,7 +379,9 @@ void Band::showSource() {
     about_->setText(about);
     about_->setTone(tone);
     const QString name = any ? (part.isEmpty() ? QString("No part") : part) : QString("Choose a part");
-    part_->setText(part_->fontMetrics().elidedText(name, Qt::ElideRight, dp(partCell_->width() > dp(220) ? 214 : 160)) + "  ▾");
+    part_->setText(
+        part_->fontMetrics().elidedText(name, Qt::ElideRight, dp(partCell_->width() > dp(220) ? 214 : 160)) +
+        "  ▾");
     part_->setToolTip(name);
     part_->setEnabled(any ? page_->panel().enabled() : true);
     const QString address = source_.address ? source_.address() : QString();
@@ -382,7 +423,7 @@ void Band::showSupply(const BandSource& source) {
     switch_->setEnabled(usable);
     switch_->setToolTip(page_ == nullptr ? "No device panel is open"
                         : usable         ? "Switch VCC"
-                                         : "Not now: " + refusalOf(*(source.on != nullptr ? source.on : source.off)));
+                                 : "Not now: " + refusalOf(*(source.on != nullptr ? source.on : source.off)));
     switch_->setChosen(on ? 0 : 1);
     level_->setEnabled(source.level != nullptr && source.level->responsive());
     showLevels(source.level);
@@ -452,7 +493,8 @@ void Band::showRun() {
         left = "stopping";
     runLeft_->setText(left);
     const auto& all = context_.bench.context().activities.running();
-    const bool can = std::any_of(all.begin(), all.end(), [](const Activity* one) { return one->abortable(); });
+    const bool can =
+        std::any_of(all.begin(), all.end(), [](const Activity* one) { return one->abortable(); });
     abort_->setEnabled(can);
     QFont font = textFont(1.0, can);
     abort_->setFont(font);
@@ -467,14 +509,18 @@ void Band::refresh() {
 void Band::openParts() {
     std::vector<ChoicePopup::Choice> choices;
     for (MenuEntry* entry : source_.parts)
-        choices.push_back({plainCaption(*entry), {}, refusalOf(*entry), [entry] { (void)entry->userClick(); }, false});
+        choices.push_back(
+            {plainCaption(*entry), {}, refusalOf(*entry), [entry] { (void)entry->userClick(); }, false});
     if (page_ == nullptr) {
         frmStartup& start = *context_.bench.frmStartup.loadedPanel();
         for (const PageRow& row : pageRows())
             if (row.startRow != 0 && std::string_view(row.group) == "Parts")
-                choices.push_back({QString(row.name) + " parts", {},
-                                   *row.slot == '\0' ? QString("not in this version") : refusalOf(start.cboVRKSelect),
-                                   [&start, line = row.startRow] { (void)start.cboVRKSelect.userSelect(line); }, false});
+                choices.push_back(
+                    {QString(row.name) + " parts",
+                     {},
+                     *row.slot == '\0' ? QString("not in this version") : refusalOf(start.cboVRKSelect),
+                     [&start, line = row.startRow] { (void)start.cboVRKSelect.userSelect(line); },
+                     false});
     }
     auto* popup = new ChoicePopup(*this, "parts", "Type to filter the parts", std::move(choices));
     popup->openAt(part_->mapToGlobal(QPoint(0, part_->height())), dp(360));
@@ -486,7 +532,10 @@ void Band::openHistory() {
     for (auto at = kept.rbegin(); at != kept.rend(); ++at) {
         const QString detail = text(at->detail);
         ChoicePopup::Choice line{text(at->text) + (detail.isEmpty() ? QString() : "  ·  " + detail),
-                                 clockText(at->time), {}, {}, !at->good};
+                                 clockText(at->time),
+                                 {},
+                                 {},
+                                 !at->good};
         const QString field = QString::fromStdString(at->field);
         line.act = [this, field] {
             if (!field.isEmpty() && onJump)
@@ -495,7 +544,8 @@ void Band::openHistory() {
         choices.push_back(std::move(line));
     }
     auto* popup = new ChoicePopup(*this, "history", "Type to filter the results", std::move(choices));
-    popup->openAt(resultCell_->mapToGlobal(QPoint(0, resultCell_->height())), std::max(dp(420), resultCell_->width()));
+    popup->openAt(resultCell_->mapToGlobal(QPoint(0, resultCell_->height())),
+                  std::max(dp(420), resultCell_->width()));
 }
 
 bool Band::eventFilter(QObject* watched, QEvent* event) {

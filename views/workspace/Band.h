@@ -18,6 +18,11 @@ class LevelBar;
 class SegmentedSwitch;
 } // namespace qt
 
+class DevicePanel;
+
+/// What the band works on for a device panel.
+BandSource bandOf(DevicePanel& panel);
+
 /// A text on one line that is cut to the place it has; the whole text is its tool tip.
 class CutLabel final : public QWidget {
   public:
@@ -42,8 +47,8 @@ class Band final : public QWidget {
   public:
     explicit Band(const ViewContext& context);
 
-    /// \param page the device panel's; nullptr where none is loaded: then the switch is refused and tells what
-    /// the motherboard console says.
+    /// \param page the device panel's; nullptr where none is loaded: then the switch is refused and tells
+    /// what the motherboard console says.
     void setPage(PageUi* page);
     PageUi* page() const { return page_; }
     void showLink(const LinkWords& words);
@@ -52,6 +57,9 @@ class Band final : public QWidget {
     void setWide(bool wide);
     void openParts();
     void openHistory();
+    bool supplyOn() const;
+    /// The shade has changed: cells that are tinted keep their colours by themselves otherwise.
+    void refreshColours() { showSource(); }
 
     /// Goes to the control that a result names, "frmVRK_User1.txtHexDataWrt(0)".
     std::function<void(const QString& field)> onJump;

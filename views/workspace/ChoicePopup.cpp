@@ -30,7 +30,8 @@ class RowDelegate final : public QStyledItemDelegate {
     QSize sizeHint(const QStyleOptionViewItem& option, const QModelIndex&) const override {
         return {option.fontMetrics.averageCharWidth() * 20, dp(28)};
     }
-    void paint(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const override {
+    void paint(QPainter* painter, const QStyleOptionViewItem& option,
+               const QModelIndex& index) const override {
         const QPalette& palette = option.palette;
         const bool chosen = (option.state & QStyle::State_Selected) != 0;
         const QString refusal = index.data(kRefusal).toString();
@@ -60,7 +61,10 @@ class RowDelegate final : public QStyledItemDelegate {
 } // namespace
 
 ChoicePopup::ChoicePopup(QWidget& over, const QString& name, const QString& hint, std::vector<Choice> choices)
-    : QFrame(&over, Qt::Popup), choices_(std::move(choices)), filter_(new QLineEdit), list_(new QListWidget),
+    : QFrame(&over, Qt::Popup),
+      choices_(std::move(choices)),
+      filter_(new QLineEdit),
+      list_(new QListWidget),
       before_(QApplication::focusWidget()) {
     setObjectName(name);
     setAccessibleName(hint);
@@ -111,7 +115,8 @@ void ChoicePopup::fill() {
         item->setData(kKey, choice.key);
         item->setData(kRefusal, choice.refusal);
         item->setData(kFailed, choice.failed);
-        item->setToolTip(choice.refusal.isEmpty() ? choice.text : choice.text + "\nNot now: " + choice.refusal);
+        item->setToolTip(choice.refusal.isEmpty() ? choice.text
+                                                  : choice.text + "\nNot now: " + choice.refusal);
     }
     list_->setCurrentRow(0);
 }

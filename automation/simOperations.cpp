@@ -71,7 +71,8 @@ Json boardState(const sim::BoardState& state) {
             {"leds", {{"green", state.leds.green}, {"red", state.leds.red}}},
             {"plugged", state.plugged},
             {"handles", state.handles},
-            {"part", state.part ? partState(*state.part) : Json()}};
+            {"part", state.part ? partState(*state.part) : Json()},
+            {"part2", state.part2 ? partState(*state.part2) : Json()}};
 }
 
 Operation parts(sim::SimulatedBus&, const Json&) {

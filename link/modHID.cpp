@@ -259,13 +259,20 @@ void modHID::reportLinkError(int status, int quietAddressError) {
     } else if (status == kLinkError && quietAddressError == 0) {
         if (askRetry("Invalid I2C address. Press Retry to return to GUI and enter valid address or Cancel to "
                      "close "
-                     "GUI.") == Choice::Cancel)
+                     "GUI.",
+                     MessageBox::Escape::Retry) == Choice::Cancel)
             giveUp_();
     }
 }
 
-Choice modHID::askRetry(const std::string& text) {
-    const Choice choice = context_.dialogs.show({text, {}, {Choice::Retry, Choice::Cancel}});
+Choice modHID::askRetry(const std::string& text, MessageBox::Escape escape) {
+    const Choice choice = context_.dialogs.show(
+        {text,
+         {},
+         {Choice::Retry, Choice::Cancel},
+         quietStart_ ? "Retry looks again. Cancel ends the search; the program goes on without a board."
+                     : "Cancel ends the program; a supply that is on goes off.",
+         escape});
     // The program may have ended by another way while the box stood.
     if (context_.events.ended())
         throw ProgramEnded{};

@@ -191,7 +191,7 @@ class modHID {
     void readBoards();
     void retry();
     int transferEnded(int status);
-    Choice askRetry(const std::string& text);
+    Choice askRetry(const std::string& text, MessageBox::Escape escape = MessageBox::Escape::Stays);
     void setHealth(Health health);
     bool failsQuietly() const { return quietStart_ && !BoardConnected; }
 

@@ -174,9 +174,8 @@ void makeI2cPanelView(PageUi& page, frmVRK_User1& p) {
     auto* side = column({makeSupplyBlock(page, p), gap, controlRegisterBlock(ui, p), gap,
                          shutdownBlock(ui, p), gap, generalRegisterBlock(ui, p), stretch});
     auto* part = ui(p.lblProduct);
-    auto* content = column(
-        {makeBand(page, p, part, {&p.txtDeviceAdr}),
-         row({setUp, gap, separator(Qt::Vertical), gap, work, gap, separator(Qt::Vertical), gap, side})});
+    auto* content = column({row({part, stretch}), row({setUp, gap, separator(Qt::Vertical), gap, work, gap,
+                                                       separator(Qt::Vertical), gap, side})});
     const auto channelInHand = [strips] {
         for (std::size_t at = 0; at < strips.size(); ++at)
             if (strips[at]->hasKeyboard())

@@ -72,7 +72,11 @@ LinkWords linkWords(const modHID& link, BoardKind kind, const QString& boardName
 LinkWords linkWords(const ViewContext& context) {
     using Health = modHID::Health;
     const modHID& link = context.bench.link();
-    LinkWords words = linkWords(link, context.boardKind, context.boardName);
+    QString name = context.boardName;
+    if (context.socket != nullptr) // another part may have been put in since the start
+        if (name = context.socket->state().part; name.isEmpty())
+            name = "an empty socket";
+    LinkWords words = linkWords(link, context.boardKind, name);
     if (context.boardKind != BoardKind::Real || context.plugged == nullptr || !context.plugged->has_value())
         return words;
     const bool present = **context.plugged > 0;

@@ -13,6 +13,9 @@ namespace vrk {
 
 class Bench;
 class modHID;
+namespace hid {
+class WireRecorder;
+}
 
 /// What stands at the other end of the link.
 enum class BoardKind { Real, Simulated, Replayed };
@@ -42,6 +45,8 @@ struct ViewContext {
     std::shared_ptr<const std::optional<int>> plugged{};
     /// nullptr on a real or replayed board.
     std::shared_ptr<SocketView> socket{};
+    /// What passes on the wire; nullptr where nobody listens.
+    hid::WireRecorder* wire = nullptr;
 };
 
 /// The link in words for a band and a status line.

@@ -5,7 +5,6 @@
 #include "views/workspace/Page.h"
 
 #include <QCheckBox>
-#include <QFrame>
 #include <QLabel>
 #include <QPushButton>
 #include <QRadioButton>
@@ -13,74 +12,6 @@
 namespace vrk {
 
 using namespace qt;
-
-namespace {
-
-QString onOff(const Lamp& lamp) {
-    return lamp.colour() == Colour::Black ? "off" : "on";
-}
-
-/// A label whose width does not follow its text.
-QLabel* steadyLabel(const QString& widest, double scale = 1.0) {
-    auto* label = new QLabel;
-    label->setTextFormat(Qt::PlainText);
-    label->setFont(textFont(scale));
-    label->setMinimumWidth(QFontMetrics(label->font()).horizontalAdvance(widest));
-    return label;
-}
-
-/// "VCC ● on 4.996 V"
-QBoxLayout* supplyWords(PanelUi& ui, const QString& name, Lamp& lamp, QWidget* value) {
-    auto* state = steadyLabel("off", 1.2);
-    ui.watch(lamp, [state, &lamp] { state->setText(onOff(lamp)); });
-    state->setObjectName("band." + name);
-    std::vector<Item> items{quietText(name), ui.mirror(lamp, LampWidget::Role::Supply), state};
-    if (value != nullptr) {
-        items.emplace_back(value);
-        items.emplace_back(quietText("V"));
-    }
-    return tightRow(items);
-}
-
-} // namespace
-
-QWidget* makeBand(PageUi& page, DevicePanel& panel, QLabel* part,
-                  std::initializer_list<Control*> addressFields) {
-    PanelUi& ui = page.ui();
-    part->setFont(textFont(1.35, true));
-
-    auto* bus = new QLabel;
-    bus->setObjectName("band.bus");
-    bus->setFont(valueFont(1.35));
-    for (Control* field : addressFields)
-        ui.watch(*field, [bus, &panel] { bus->setText(QString::fromStdString(panel.busName() + " " + panel.busAddress())); });
-
-    auto* volts = new ValueLabel("00.000", 1.35);
-    volts->setObjectName("band.volts");
-    volts->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
-    ui.watch(panel.lblVCCVolts,
-             [volts, &panel] { volts->setText(QString::fromStdString(panel.lblVCCVolts.caption())); });
-
-    auto* linkLamp = new LampWidget;
-    auto* linkText = steadyLabel("not opened", 1.2);
-    linkText->setObjectName("band.link");
-    page.onLinkShown([linkLamp, linkText](const LinkWords& words) {
-        if (linkLamp->colour() != words.colour)
-            linkLamp->setColour(words.colour);
-        linkText->setText(words.state);
-    });
-
-    auto* band = new QFrame;
-    band->setObjectName("band");
-    band->setAutoFillBackground(true);
-    band->setBackgroundRole(QPalette::AlternateBase);
-    auto* content = row({part, gap, bus, stretch, supplyWords(ui, "VCC", panel.ShpVCCon, volts), gap, gap,
-                         supplyWords(ui, "V−", panel.ShVM, nullptr), gap, gap,
-                         tightRow({quietText("Link"), linkLamp, linkText})});
-    content->setContentsMargins(kUnit, kUnit, kUnit, kUnit);
-    band->setLayout(content);
-    return band;
-}
 
 QWidget* makeSupplyBlock(PageUi& page, DevicePanel& panel) {
     PanelUi& ui = page.ui();

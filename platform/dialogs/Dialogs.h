@@ -19,6 +19,12 @@ struct MessageBox {
     std::string text;
     std::string title;
     std::vector<Choice> buttons = {Choice::Ok};
+    /// What the buttons do where their names do not tell; said under the text in a window, nowhere else.
+    std::string consequence{};
+    /// What Esc and the window's cross do: the answer that changes least, Retry where that changes nothing, or
+    /// nothing, where every answer does something that nobody must do by accident.
+    enum class Escape { Harmless, Retry, Stays };
+    Escape escape = Escape::Harmless;
 };
 
 struct FileRequest {

@@ -2,7 +2,10 @@
 
 #include <QApplication>
 #include <QClipboard>
+#include <QCloseEvent>
 #include <QFileDialog>
+#include <QFileInfo>
+#include <QKeyEvent>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QRegularExpression>
@@ -42,6 +45,29 @@ QString titleOf(const std::string& title) {
     return text.isEmpty() ? QApplication::applicationDisplayName() : text;
 }
 
+/// A box that Esc and the cross do not close, where every answer does something.
+class Box final : public QMessageBox {
+  public:
+    explicit Box(bool stays) : QMessageBox(QApplication::activeWindow()), stays_(stays) {}
+
+  protected:
+    void closeEvent(QCloseEvent* event) override {
+        if (stays_)
+            event->ignore();
+        else
+            QMessageBox::closeEvent(event);
+    }
+    void keyPressEvent(QKeyEvent* event) override {
+        if (stays_ && event->key() == Qt::Key_Escape)
+            event->accept();
+        else
+            QMessageBox::keyPressEvent(event);
+    }
+
+  private:
+    bool stays_;
+};
+
 void throwIfEnded(const EventLoop& events) {
     if (events.ended())
         throw ProgramEnded{};
@@ -49,8 +75,31 @@ void throwIfEnded(const EventLoop& events) {
 
 } // namespace
 
+bool QtDialogs::isFurther() {
+    if (!action_.expired())
+        return true;
+    // The loop lets go of the mark when the outermost action is over.
+    const auto mark = std::make_shared<char>();
+    action_ = mark;
+    events_.retire(mark);
+    return false;
+}
+
+void QtDialogs::endProgram() {
+    ending_ = true;
+    if (standing_ != nullptr)
+        standing_->done(QDialog::Rejected);
+    if (!events_.held())
+        (void)events_.deliver([this] { events_.endProgram(); });
+}
+
 Choice QtDialogs::show(const MessageBox& box) {
-    QMessageBox window(QApplication::activeWindow());
+    if (box.buttons == std::vector{Choice::Ok} && isFurther() && onFurther) {
+        onFurther(box.text);
+        return Choice::Ok;
+    }
+    Box window(box.escape == MessageBox::Escape::Stays);
+    standing_ = &window;
     window.setObjectName("messageBox");
     window.setWindowTitle(titleOf(box.title));
     window.setTextFormat(Qt::PlainText);
@@ -59,7 +108,12 @@ Choice QtDialogs::show(const MessageBox& box) {
     for (const Choice choice : box.buttons)
         window.addButton(standardButton(choice))->setObjectName(QString::fromStdString(choiceName(choice)));
     const Choice harmless = harmlessChoice(box.buttons);
-    window.setEscapeButton(standardButton(harmless));
+    if (box.escape == MessageBox::Escape::Retry)
+        window.setEscapeButton(standardButton(Choice::Retry));
+    else if (box.escape == MessageBox::Escape::Harmless)
+        window.setEscapeButton(standardButton(harmless));
+    if (!box.consequence.empty())
+        window.setInformativeText(QString::fromStdString(box.consequence));
     // Retry is what somebody who has just pushed the plug back in wants; a Yes is never one careless Enter
     // away.
     const bool asksYes = std::find(box.buttons.begin(), box.buttons.end(), Choice::Yes) != box.buttons.end();
@@ -68,6 +122,8 @@ Choice QtDialogs::show(const MessageBox& box) {
         const EventLoop::Hold hold(events_);
         window.exec();
     }
+    if (ending_ && !events_.ended())
+        events_.endProgram();
     throwIfEnded(events_);
     const auto* clicked = window.clickedButton();
     for (const Choice choice : box.buttons)
@@ -111,15 +167,23 @@ std::optional<std::string> QtDialogs::chooseFile(const FileRequest& request) {
         dialog.setDefaultSuffix(suffix);
     if (!request.name.empty())
         dialog.selectFile(QString::fromStdString(request.name));
+    else if (lastFolder)
+        if (const QString folder = lastFolder(); !folder.isEmpty() && QFileInfo(folder).isDir())
+            dialog.setDirectory(folder);
+    standing_ = &dialog;
     int result = QDialog::Rejected;
     {
         const EventLoop::Hold hold(events_);
         result = dialog.exec();
     }
+    if (ending_ && !events_.ended())
+        events_.endProgram();
     throwIfEnded(events_);
     const QStringList files = dialog.selectedFiles();
     if (result != QDialog::Accepted || files.isEmpty())
         return std::nullopt;
+    if (folderUsed)
+        folderUsed(QFileInfo(files.front()).absolutePath());
     return files.front().toStdString();
 }
 

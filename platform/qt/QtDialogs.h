@@ -4,8 +4,13 @@
 #include "platform/dialogs/Dialogs.h"
 #include "platform/runtime/EventLoop.h"
 
+#include <QDialog>
+#include <QPointer>
 #include <QString>
 #include <QStringList>
+
+#include <functional>
+#include <memory>
 
 namespace vrk::qt {
 
@@ -15,13 +20,28 @@ class QtDialogs final : public Dialogs {
   public:
     explicit QtDialogs(EventLoop& events) : events_(events) {}
 
+    /// Gets what a box with OK alone would say, from the second one of an outermost action on: the first
+    /// error is a box, the rest of it must not stand in the way. Without it every one is a box.
+    std::function<void(const std::string& text)> onFurther;
+    /// The folder that a file dialog opens in, and the one that was used; both may be empty.
+    std::function<QString()> lastFolder;
+    std::function<void(const QString& folder)> folderUsed;
+
+    /// Ends the program from outside, a box that stands included: it is answered by nobody.
+    void endProgram();
+
     /// \throws ProgramEnded when the program ended under the box.
     Choice show(const MessageBox& box) override;
     /// \throws ProgramEnded as show().
     std::optional<std::string> chooseFile(const FileRequest& request) override;
 
   private:
+    bool isFurther();
+
     EventLoop& events_;
+    std::weak_ptr<void> action_; ///< of the last box with OK alone
+    QPointer<QDialog> standing_;
+    bool ending_ = false;
 };
 
 /// "Data (*.csv)|*.csv|All|*.*" as Qt writes it: "Data (*.csv)", "All (*)".

@@ -1,12 +1,12 @@
 #pragma once
 
+#include "apps/vrkbench/SimulatedSocket.h"
 #include "platform/hid/WireRecorder.h"
 #include "platform/qt/QtDialogs.h"
 #include "platform/qt/QtHost.h"
 #include "shell/Bench.h"
 #include "sim/SimulatedBus.h"
-#include "views/PanelWindow.h"
-#include "views/WindowManager.h"
+#include "views/workspace/Workspace.h"
 
 #include <QApplication>
 #include <QWidget>
@@ -24,8 +24,10 @@ struct WindowBench {
                  .host = recorder,
                  .programFolder = folder,
                  .workingFolder = folder}),
-          windows({bench, BoardKind::Simulated, part, nullptr}) {
+          workspace({bench, BoardKind::Simulated, part, nullptr, std::make_shared<SimulatedSocket>(bus),
+                     &recorder}) {
         bus.socket(part);
+        dialogs.onFurther = [this](const std::string& text) { further.push_back(text); };
         (void)bench.start();
     }
 
@@ -37,7 +39,8 @@ struct WindowBench {
     sim::SimulatedBus bus{clock};
     hid::WireRecorder recorder{bus, clock, report::kVendorId, report::kProductId};
     Bench bench;
-    WindowManager windows;
+    std::vector<std::string> further; ///< told in the band instead of a box
+    Workspace workspace;
 };
 
 } // namespace vrk

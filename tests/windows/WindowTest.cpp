@@ -90,15 +90,18 @@ void WindowTest::TearDown() {
     boxes.verify();
 }
 
-PanelWindow& WindowTest::window(const char* panel) {
-    PanelWindow* found = w.windows.window(panel);
+PageUi& WindowTest::page(const char* panel) {
+    PageUi* found = w.workspace.page(panel);
     if (found == nullptr)
-        throw std::runtime_error(std::string("no window of ") + panel);
+        throw std::runtime_error(std::string("no page of ") + panel);
     return *found;
 }
 
 QWidget& WindowTest::widget(const char* panel, const std::string& path) {
-    auto* found = window(panel).findChild<QWidget*>(QString::fromStdString(path));
+    const QString name = QString::fromStdString(path);
+    auto* found = page(panel).find(name);
+    if (found == nullptr) // the workspace's own
+        found = w.workspace.findChild<QWidget*>(name);
     if (found == nullptr)
         throw std::runtime_error("no widget " + path);
     return *found;
@@ -116,8 +119,9 @@ void WindowTest::click(const char* panel, const std::string& path) {
 }
 
 void WindowTest::bringToFront(const char* panel) {
-    window(panel).activateWindow();
-    ASSERT_TRUE(QTest::qWaitForWindowActive(&window(panel)));
+    workspace.activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&workspace));
+    workspace.open(page(panel).row());
     QTest::qWait(1); // the panel hears of it
 }
 
@@ -126,8 +130,8 @@ void WindowTest::openI2c(bool vccOn) {
     auto& list = widget<QListView>("frmStartup", "cboVRKSelect");
     QTest::mouseClick(list.viewport(), Qt::LeftButton, {},
                       list.visualRect(list.model()->index(frmStartup::kI2C, 0)).center());
-    ASSERT_TRUE(window("frmVRK_User1").isVisible());
-    ASSERT_FALSE(window("frmStartup").isVisible());
+    ASSERT_TRUE(page("frmVRK_User1").page()->isVisible());
+    ASSERT_FALSE(page("frmStartup").page()->isVisible());
     if (vccOn)
         click("frmVRK_User1", "OptVCC(0)");
 }

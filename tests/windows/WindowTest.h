@@ -55,7 +55,9 @@ class WindowTest : public ::testing::Test {
     WindowBench w;
     Bench& bench = w.bench;
 
-    PanelWindow& window(const char* panel);
+    Workspace& workspace = w.workspace;
+
+    PageUi& page(const char* panel);
     /// The widget of a control by its path. Fails the test if there is none.
     QWidget& widget(const char* panel, const std::string& path);
     template <class W>

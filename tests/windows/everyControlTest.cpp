@@ -45,6 +45,11 @@ void expectSame(const Control& control, QObject& target) {
     auto& widget = dynamic_cast<QWidget&>(target);
     EXPECT_EQ(isHiddenInItsPlace(widget), !control.reachable());
     if (const auto* label = dynamic_cast<const Label*>(&control)) {
+        const auto& freshness = label->freshness();
+        if (freshness && freshness->state == Freshness::State::Never) {
+            EXPECT_EQ(dynamic_cast<QLabel&>(widget).text(), qt::kNeverRead);
+            return;
+        }
         EXPECT_EQ(plain(dynamic_cast<QLabel&>(widget).text()), plain(label->caption()));
         return; // nothing to work
     }
@@ -111,7 +116,7 @@ class EveryControlTest : public WindowTest {
         if (QWidget* focus = QApplication::focusWidget())
             focus->clearFocus(); // with the keyboard on it, a widget keeps its looks longer
         settle();
-        for (PanelWindow* shown : w.windows.windows())
+        for (PageUi* shown : workspace.pages())
             for (const Control* control : shown->ui().panel().controls())
                 if (qt::Binding* binding = shown->ui().find(*control))
                     expectSame(*control, binding->target());
@@ -119,7 +124,7 @@ class EveryControlTest : public WindowTest {
 };
 
 TEST_F(EveryControlTest, HasAWidgetThatShowsIt) {
-    for (PanelWindow* shown : w.windows.windows())
+    for (PageUi* shown : workspace.pages())
         for (const Control* control : shown->ui().panel().controls())
             if (control->kind() != Control::Kind::Timer) {
                 EXPECT_NE(shown->ui().find(*control), nullptr)
@@ -131,7 +136,7 @@ TEST_F(EveryControlTest, HasAWidgetThatShowsIt) {
 TEST_F(EveryControlTest, FollowsTheModel) {
     // Aspects that no action listens to, on every control, and all of them back again.
     const auto forAll = [this](const std::function<void(Control&)>& change) {
-        for (PanelWindow* shown : w.windows.windows())
+        for (PageUi* shown : workspace.pages())
             for (Control* control : shown->ui().panel().controls())
                 change(*control);
     };
@@ -158,10 +163,10 @@ TEST_F(EveryControlTest, TakesTheUsersHand) {
     const auto works = [](const Control& control, QWidget& widget) {
         return control.reachable() && control.responsive() && widget.isVisible();
     };
-    for (PanelWindow* shown : w.windows.windows()) {
+    for (PageUi* shown : workspace.pages()) {
         if (shown->ui().panel().name() == "frmStartup")
             continue; // its one list loads panels; other tests choose from it
-        shown->show();
+        workspace.open(shown->row());
         for (Control* control : shown->ui().panel().controls()) {
             qt::Binding* binding = shown->ui().find(*control);
             auto* widget = binding == nullptr ? nullptr : dynamic_cast<QWidget*>(&binding->target());

@@ -1,11 +1,12 @@
-/// Writes a picture of every window of a bench at work: `vrkshots FOLDER [--light | --dark]`. The device
-/// pixel ratio comes from QT_SCALE_FACTOR.
+/// Writes pictures of the workspace at work: `vrkshots FOLDER [--light | --dark]`, at 1280 x 720 and
+/// 1600 x 1000. The device pixel ratio comes from QT_SCALE_FACTOR.
 
 #include "platform/qt/theme.h"
 #include "tests/windows/WindowBench.h"
-#include "views/HelpWindow.h"
-#include "views/WiperPlot.h"
+#include "views/workspace/Dock.h"
+#include "views/workspace/Help.h"
 
+#include <QApplication>
 #include <QDir>
 #include <QFontDatabase>
 #include <QTest>
@@ -18,21 +19,44 @@ using namespace vrk;
 
 namespace {
 
-constexpr int kSettleMs = 250; ///< longer than any state that the windows show with a delay
+constexpr int kSettleMs = 260; ///< longer than any state that the window shows with a delay
 
-int shoot(QWidget& window, const QString& folder, const QString& name) {
-    // The offscreen platform's screen is small; the picture is to show the whole window.
-    if (auto* panel = dynamic_cast<PanelWindow*>(&window))
-        panel->resize(panel->wantedSize());
-    QTest::qWait(kSettleMs);
-    const QString path = folder + "/" + name + ".png";
-    if (!window.grab().save(path)) {
-        std::fprintf(stderr, "vrkshots: cannot write %s\n", qPrintable(path));
-        return 1;
+/// One shade of the workspace in its two sizes.
+class Shooter {
+  public:
+    Shooter(WindowBench& bench, QString folder, QString shade)
+        : bench_(bench), folder_(std::move(folder)), shade_(std::move(shade)) {}
+    int failures() const { return failures_; }
+
+    void shoot(const char* name) {
+        for (const QSize size : {QSize(1280, 720), QSize(1600, 1000)}) {
+            bench_.workspace.resize(size);
+            save(bench_.workspace, QString("%1-%2-%3").arg(name, shade_).arg(size.width()));
+        }
     }
-    std::printf("%s\n", qPrintable(path));
-    return 0;
-}
+    void save(QWidget& widget, const QString& name) {
+        QTest::qWait(kSettleMs);
+        const QString path = folder_ + "/" + name + ".png";
+        if (widget.grab().save(path)) {
+            std::printf("%s\n", qPrintable(path));
+        } else {
+            std::fprintf(stderr, "vrkshots: cannot write %s\n", qPrintable(path));
+            ++failures_;
+        }
+    }
+    void popup(const char* name) {
+        if (QWidget* shown = QApplication::activePopupWidget()) {
+            save(*shown, QString("%1-%2").arg(name, shade_));
+            shown->close();
+        }
+    }
+
+  private:
+    WindowBench& bench_;
+    QString folder_;
+    QString shade_;
+    int failures_ = 0;
+};
 
 /// Sets every channel and reads it back, then sweeps channel 0 and 1 for the picture of volts over position.
 void workThePart(frmVRK_User1& panel) {
@@ -57,46 +81,48 @@ void sweep(frmVRK_User1& panel) {
 }
 
 int shootAll(const QString& folder, const QString& shade) {
-    const auto name = [&shade](const char* window) { return QString(window) + "-" + shade; };
-    int failures = 0;
     WindowBench bench(folder.toStdString());
+    Shooter shooter(bench, folder, shade);
     Bench& b = bench.bench;
-    failures += shoot(*bench.windows.window("frmStartup"), folder, name("start"));
+    Workspace& workspace = bench.workspace;
+    const auto show = [&b](PanelSlotBase& slot) { (void)b.events().deliver([&slot] { slot.show(); }); };
+    shooter.shoot("home");
 
     (void)b.events().deliver([&b] { b.Doco.load(); });
     (void)b.Doco->ChkTrace[2].userClick();
     (void)b.Doco->chkTRDetail.userClick();
     (void)b.frmStartup->cboVRKSelect.userSelect(2);
-    PanelWindow& i2c = *bench.windows.window("frmVRK_User1");
-    failures += shoot(i2c, folder, name("i2c-manual"));
+    (void)b.frmVRK_User1->mnu_KV4071.userClick();
+    (void)b.frmVRK_User1->OptVCC[0].userClick();
+    shooter.shoot("i2c-1");
+    bench.bus.socket("KV4074");
     workThePart(*b.frmVRK_User1);
-    failures += shoot(i2c, folder, name("i2c"));
     sweep(*b.frmVRK_User1);
-    if (auto* plot = i2c.findChild<QWidget*>("wiperPlotWindow")) {
-        plot->show();
-        failures += shoot(*plot, folder, name("i2c-volts"));
-        plot->hide();
-    }
-    for (PanelSlotBase* slot : b.panels()) {
-        if (slot->visible() || slot->name() == "frmStartup")
-            continue;
-        (void)b.events().deliver([slot] { slot->show(); });
-        if (slot == &b.ProductExec)
-            (void)b.events().deliver([&b] {
-                b.ProductExec->ReadParameters(std::string(VRK_EXAMPLES) + "/parts-I2C.csv");
-                b.ProductExec->Frame1.setVisible(true);
-                (void)b.ProductExec->tGrid.userSelect(2, 0);
-            });
-        if (auto* window = bench.windows.window(slot->name()))
-            failures += shoot(*window, folder, name(slot->name().c_str()));
-    }
-    i2c.showKeys();
-    if (auto* keys = i2c.findChild<QWidget*>("keys"))
-        failures += shoot(*keys, folder, name("keys"));
-    HelpWindow& help = HelpWindow::showPage(i2c, i2c.helpPage());
-    failures += shoot(help, folder, name("help"));
-    help.close();
-    return failures;
+    workspace.dock().open(Dock::Plot);
+    shooter.shoot("i2c-4");
+    show(b.frmMainF340);
+    shooter.shoot("controller");
+    show(b.frmMotherboardDAQ2);
+    shooter.shoot("motherboard");
+    show(b.frmVRK_User1);
+    workspace.showTrace();
+    shooter.shoot("trace");
+    workspace.dock().open(Dock::Wire);
+    (void)b.frmVRK_User1->cmdReadVCC.userClick();
+    shooter.shoot("wire");
+    workspace.showPalette();
+    shooter.popup("palette");
+    workspace.showHelp("I2C panel");
+    shooter.shoot("help");
+    workspace.help().hide();
+    show(b.ProductExec);
+    (void)b.events().deliver([&b] {
+        b.ProductExec->ReadParameters(std::string(VRK_EXAMPLES) + "/parts-I2C.csv");
+        b.ProductExec->Frame1.setVisible(true);
+        (void)b.ProductExec->tGrid.userSelect(2, 0);
+    });
+    shooter.shoot("table");
+    return shooter.failures();
 }
 
 } // namespace

@@ -1,10 +1,14 @@
-#include "platform/hid/PatientHost.h"
+#include "apps/vrkbench/Desktop.h"
 #include "tests/windows/WindowTest.h"
-#include "views/HelpWindow.h"
 #include "views/WiperPlot.h"
+#include "views/workspace/Band.h"
+#include "views/workspace/Dock.h"
+#include "views/workspace/Help.h"
+#include "views/workspace/PageWindow.h"
 
 #include <QAction>
 #include <QCheckBox>
+#include <QListWidget>
 #include <QMenu>
 #include <QMenuBar>
 #include <QTextBlock>
@@ -22,13 +26,13 @@ class I2cWindowTest : public WindowTest {
     QString text(const std::string& path) { return widget<QLabel>(kI2c, path).text(); }
     Colour lamp(const std::string& path) { return widget<qt::LampWidget>(kI2c, path).colour(); }
     double vcc() { return w.bus.state().vcc; }
-    void chooseFromMenu(const char* entry) { window(kI2c).findChild<QAction*>(entry)->trigger(); }
+    void chooseFromMenu(const char* entry) { page(kI2c).findAction(entry)->trigger(); }
 };
 
 TEST_F(I2cWindowTest, FirstWiperFromStartToVolts) {
     openI2c();
     EXPECT_EQ(lamp("ShpVCCon"), Colour::LightRed);
-    EXPECT_EQ(text("band.VCC"), "on");
+    EXPECT_EQ(text("band.VCC"), "ON");
     EXPECT_NEAR(text("band.volts").toDouble(), vcc(), kConverterStep);
     enter(kI2c, "txtHexDataWrt(0)", "3f");
     EXPECT_EQ(lamp("Shape1(1)"), Colour::LightGreen);
@@ -52,8 +56,9 @@ TEST_F(I2cWindowTest, BoxesAreAnsweredWithTheMouse) {
     openI2c(false);
     boxes.expect("VCC is not turned on.", "OK");
     boxes.expect("Invalid I2C address", "Retry"); // the link's word for a part that does not answer
-    boxes.expect("Write VRK Error", "OK");
     click(kI2c, "CMDxMIT(0)");
+    ASSERT_EQ(w.further.size(), 1U); // the rest of the error stands in no way
+    EXPECT_NE(w.further.front().find("Write VRK Error"), std::string::npos);
     EXPECT_EQ(lamp("written(0)"), Colour::LightRed);
     EXPECT_EQ(widget<qt::LampWidget>(kI2c, "written(0)").word(), "failed");
 }
@@ -72,19 +77,77 @@ TEST_F(I2cWindowTest, RetryFindsTheBoardAgainAndCancelEndsTheProgram) {
     EXPECT_EQ(w.bus.state().handles, 0);
 }
 
-TEST_F(I2cWindowTest, ClosingTheDeviceWindowEndsTheProgram) {
+TEST_F(I2cWindowTest, ClosingAsksOnceWhileASupplyIsOn) {
     openI2c();
-    QTimer::singleShot(0, [this] { window(kI2c).close(); });
+    EXPECT_TRUE(workspace.lossOnClosing().contains("VCC goes off"));
+    boxes.expect("End the program?", "Stay");
+    workspace.close();
+    EXPECT_FALSE(w.events.ended());
+    boxes.expect("End the program?", "End");
+    QTimer::singleShot(0, [this] { workspace.close(); });
     EXPECT_EQ(w.host.run(), 0);
     EXPECT_TRUE(w.events.ended());
 }
 
+TEST_F(I2cWindowTest, BandSwitchesSuppliesAndChoosesParts) {
+    openI2c(false);
+    auto& band = workspace.band();
+    auto& switches = widget<qt::SegmentedSwitch>(kI2c, "band.switch");
+    QTest::mouseClick(&switches, Qt::LeftButton, {}, QPoint(5, 5));
+    EXPECT_GT(vcc(), 4.5);
+    EXPECT_TRUE(band.supplyOn());
+    QTest::mouseClick(&switches, Qt::LeftButton, {}, QPoint(switches.width() - 5, 5));
+    EXPECT_EQ(vcc(), 0.0);
+    click(kI2c, "band.part");
+    auto* filter = band.findChild<QWidget*>("parts.filter");
+    ASSERT_NE(filter, nullptr);
+    QTest::keyClicks(filter, "4074");
+    QTest::keyClick(filter, Qt::Key_Return);
+    EXPECT_EQ(text("band.bus"), "A0");
+    EXPECT_EQ(widget<CutLabel>(kI2c, "band.about").text(), "the socket holds KV4071");
+}
+
+TEST_F(I2cWindowTest, PageGoesOutIntoItsOwnWindowAndBack) {
+    openI2c();
+    PageUi& i2c = page(kI2c);
+    workspace.takeOut(i2c);
+    ASSERT_TRUE(workspace.isOut(i2c));
+    EXPECT_NE(i2c.page()->window(), &workspace);
+    EXPECT_EQ(i2c.inspector()->window(), i2c.page()->window());
+    EXPECT_EQ(workspace.front(), nullptr);
+    enter(kI2c, "txtHexDataWrt(0)", "11");
+    EXPECT_EQ(w.bus.state().part->wipers.at(0), 17);
+    QTest::keyClick(i2c.page()->window(), Qt::Key_F5);
+    EXPECT_EQ(text("lblPotRead(0)"), "17");
+    i2c.page()->window()->close();
+    EXPECT_EQ(i2c.page()->window(), &workspace);
+    EXPECT_EQ(workspace.front(), &i2c);
+}
+
+TEST_F(I2cWindowTest, PaletteFindsRefusesAndRuns) {
+    openI2c();
+    bringToFront(kI2c);
+    bench.frmVRK_User1->cmdReadVCC.setEnabled(false);
+    QTest::keyClick(&workspace, Qt::Key_K, Qt::ControlModifier);
+    auto* filter = workspace.findChild<QWidget*>("palette.filter");
+    auto* list = workspace.findChild<QListWidget*>("palette.list");
+    ASSERT_NE(filter, nullptr);
+    const QString refused = QString::fromStdString(bench.frmVRK_User1->cmdReadVCC.caption());
+    QTest::keyClicks(filter, refused);
+    EXPECT_TRUE(list->item(0)->toolTip().contains("Not now"));
+    QTest::keyClick(filter, Qt::Key_A, Qt::ControlModifier);
+    QTest::keyClicks(filter, "Go to Motherboard");
+    QTest::keyClick(filter, Qt::Key_Return);
+    EXPECT_EQ(workspace.front(), &page("frmMotherboardDAQ2"));
+    (void)bench.frmMotherboardDAQ2.userClose(); // hides it, and the page before comes back
+    EXPECT_EQ(workspace.front(), &page(kI2c));
+}
+
 TEST_F(I2cWindowTest, KeysReadWriteAndShowTheirList) {
     openI2c();
-    PanelWindow& i2c = window(kI2c);
     bringToFront(kI2c);
     auto& entry = widget<qt::KeyLineEdit>(kI2c, "txtHexDataWrt(0)");
-    QTest::keyClick(&i2c, Qt::Key_1, Qt::ControlModifier);
+    QTest::keyClick(&workspace, Qt::Key_1, Qt::ControlModifier);
     EXPECT_TRUE(entry.hasFocus());
     QTest::keyClick(&entry, Qt::Key_Return, Qt::ControlModifier);
     EXPECT_EQ(lamp("Shape1(1)"), Colour::LightGreen);
@@ -93,14 +156,13 @@ TEST_F(I2cWindowTest, KeysReadWriteAndShowTheirList) {
     EXPECT_EQ(text("lblPotReadhex(0)"), "00");
     QTest::keyClick(&entry, Qt::Key_Question, Qt::ShiftModifier);
     EXPECT_EQ(entry.text(), "000");
-    auto* keys = i2c.findChild<QWidget*>("keys");
+    auto* keys = workspace.findChild<QWidget*>("keys");
     ASSERT_NE(keys, nullptr);
     EXPECT_TRUE(keys->isVisible());
     QTest::keyClick(keys, Qt::Key_Escape);
     QTest::keyClick(&entry, Qt::Key_F1);
-    HelpWindow& help = HelpWindow::showPage(i2c, i2c.helpPage());
-    EXPECT_EQ(help.browser().textCursor().block().text(), "I2C panel"); // this panel's page
-    help.close();
+    EXPECT_TRUE(workspace.help().isVisible());
+    EXPECT_EQ(workspace.help().browser().textCursor().block().text(), "I2C panel"); // this panel's page
 }
 
 class FourChannelWindowTest : public I2cWindowTest {
@@ -110,8 +172,8 @@ class FourChannelWindowTest : public I2cWindowTest {
 
 TEST_F(FourChannelWindowTest, ChannelsKeepTheirPlacesWhenOthersComeAndGo) {
     openI2c(false);
-    PanelWindow& i2c = window(kI2c);
-    i2c.resize(i2c.wantedSize());
+    workspace.resize(2400, 1400);
+    QWidget& i2c = *page(kI2c).page();
     QTest::qWait(1);
     const auto place = [&](const char* path) {
         QWidget& found = widget(kI2c, path);
@@ -123,7 +185,7 @@ TEST_F(FourChannelWindowTest, ChannelsKeepTheirPlacesWhenOthersComeAndGo) {
     chooseFromMenu("mnu_KV4074");
     QTest::qWait(1);
     EXPECT_TRUE(widget(kI2c, "CMDxMIT(3)").isVisible());
-    EXPECT_EQ(text("band.bus"), "I2C A0");
+    EXPECT_EQ(text("band.bus"), "A0");
     EXPECT_EQ(place("CMDxMIT(0)"), first);
     EXPECT_EQ(place("cmdReadVCC"), supply);
 }
@@ -131,7 +193,7 @@ TEST_F(FourChannelWindowTest, ChannelsKeepTheirPlacesWhenOthersComeAndGo) {
 TEST_F(FourChannelWindowTest, PictureGathersWhatIsReadAndCanBeKept) {
     openI2c();
     chooseFromMenu("mnu_KV4074");
-    auto& plotWindow = dynamic_cast<WiperPlotWindow&>(*window(kI2c).findChild<QWidget*>("wiperPlotWindow"));
+    auto& plotWindow = dynamic_cast<WiperPlotView&>(*page(kI2c).find("wiperPlotWindow"));
     for (const char* value : {"10", "20", "7F"})
         for (const char* channel : {"(0)", "(2)"}) {
             enter(kI2c, std::string("txtHexDataWrt") + channel, value);
@@ -165,7 +227,7 @@ TEST_F(TraceWindowTest, GathersSearchesAndSaves) {
     auto& log = widget<qt::LogView>("Doco", "rtxt1");
     EXPECT_TRUE(log.find("Processor Form Load Completed", true));
     bringToFront("Doco");
-    QTest::keyClick(&window("Doco"), Qt::Key_F, Qt::ControlModifier);
+    QTest::keyClick(page("Doco").find("rtxt1"), Qt::Key_F, Qt::ControlModifier);
     QWidget& find = widget("Doco", "find");
     EXPECT_TRUE(find.isVisible());
     QTest::keyClicks(&find, "no such line");
@@ -194,17 +256,18 @@ TEST_F(StartWindowTest, SaysWhatIsAtTheOtherEnd) {
     EXPECT_TRUE(widget<QLabel>("frmStartup", "status.board").text().contains("not attached"));
 }
 
-TEST_F(StartWindowTest, MenusAreOnEveryWindowAndSwitchTheTrace) {
+TEST_F(StartWindowTest, MenusFollowThePageAndSwitchTheTrace) {
+    const auto titles = [this] {
+        QStringList all;
+        for (QAction* menu : workspace.menuBar()->actions())
+            all += menu->text().remove('&');
+        return all.join(' ');
+    };
+    EXPECT_EQ(titles(), "File About Panels Board Trace View Help");
     openI2c(false);
-    for (PanelWindow* shown : w.windows.windows()) {
-        QStringList titles;
-        for (QAction* menu : shown->menuBar()->actions())
-            titles += menu->text().remove('&');
-        for (const char* title : {"Panels", "Board", "Trace", "Help"})
-            EXPECT_TRUE(titles.contains(title)) << title;
-    }
+    EXPECT_EQ(titles(), "File Device Select Panels Board Trace View Help");
     bench.frmStartup->chkTRDetail.setValue(1); // the trace panel is not there yet, its switch is
-    for (QAction* menu : window(kI2c).menuBar()->actions())
+    for (QAction* menu : workspace.menuBar()->actions())
         if (menu->text().remove('&') == "Trace") {
             Q_EMIT menu->menu()->aboutToShow();
             for (QAction* entry : menu->menu()->actions()) {
@@ -231,35 +294,27 @@ class PaintCount final : public QObject {
     }
 };
 
-/// The whole stack of the program in real time, with a board that answers just before the time-out.
+/// The program but its command line, in real time, with a board that answers just before the time-out.
 TEST(SilentBoard, LeavesTheWindowPaintingAndHoldsEveryGestureBack) {
     TemporaryFolder folder;
     BoxWatcher boxes;
-    RealClock clock;
-    EventLoop events(clock);
-    qt::QtHost host(events);
-    qt::QtDialogs dialogs(events);
-    qt::QtClipboard clipboard;
-    sim::SimulatedBus bus(clock);
-    hid::PatientHost patient(bus, events, [] { qt::QtHost::paintOnly(); });
-    Bench bench({.events = events,
-                 .dialogs = dialogs,
-                 .clipboard = clipboard,
-                 .host = patient,
-                 .programFolder = folder.path(),
-                 .workingFolder = folder.path()});
-    WindowManager windows({bench, BoardKind::Simulated, "KV4071", nullptr});
-    (void)bench.start();
-    (void)bench.frmStartup->cboVRKSelect.userSelect(frmStartup::kI2C);
-    PanelWindow& i2c = *windows.window(kI2c);
+    Desktop desktop(
+        {.simulate = "kv4074", .openPart = true, .folder = folder.path().string(), .settings = false});
+    EventLoop& events = desktop.events();
+    Bench& bench = desktop.bench();
+    desktop.open();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return bench.devicePanel() != nullptr; }, 5000));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return events.depth() == 0; }, 5000));
+    EXPECT_EQ(bench.frmVRK_User1->wipers.channelCount, 4); // the panel is set up for the part
+    QWidget& i2c = *desktop.workspace().page(kI2c)->page();
 
-    bus.fault({.kind = sim::FaultKind::LateReply, .ms = 5800});
+    desktop.simulated()->fault({.kind = sim::FaultKind::LateReply, .ms = 1800});
     const PaintCount painted(i2c);
     int paintsBefore = 0;
     int paintsMeanwhile = 0;
     int ticks = 0;
     bool refusedMeanwhile = false;
-    auto& track = *i2c.findChild<QCheckBox*>("ChkTrack");
+    auto& track = dynamic_cast<QCheckBox&>(*desktop.workspace().page(kI2c)->find("ChkTrack"));
     QTimer heart;
     QObject::connect(&heart, &QTimer::timeout, &heart, [&] {
         if (!events.held())
@@ -276,8 +331,8 @@ TEST(SilentBoard, LeavesTheWindowPaintingAndHoldsEveryGestureBack) {
     heart.start(10);
     ASSERT_TRUE(bench.frmVRK_User1->ChkTrack.checked());
     (void)bench.frmVRK_User1->cmdReadVCC.userClick();
-    EXPECT_GT(ticks, 100); // of some 500 in the part of the wait that paints
-    EXPECT_GT(paintsMeanwhile, 50);
+    EXPECT_GT(ticks, 30); // of some 170 in the part of the wait that paints
+    EXPECT_GT(paintsMeanwhile, 15);
     EXPECT_TRUE(refusedMeanwhile); // the click waits, it does not run inside the exchange
     EXPECT_TRUE(QTest::qWaitFor([&] { return !bench.frmVRK_User1->ChkTrack.checked(); }, 2000));
 }

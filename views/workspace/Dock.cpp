@@ -39,7 +39,7 @@ Dock::Dock()
         const char* name;
         const char* words;
     } kTabs[] = {{"Plot", "The page in front has no plot."},
-                 {"Trace", "The trace opens with the first selection."},
+                 {"Trace", "The trace is off. Trace On in the Trace menu switches it on."},
                  {"Bytes on the wire", "No report has passed yet."}};
     for (const auto& [name, words] : kTabs) {
         tabs_->addTab(name);
@@ -62,19 +62,18 @@ Dock::Dock()
     all->addWidget(separator(Qt::Horizontal));
     all->addWidget(row_);
     all->addWidget(contents_, 1);
-    QObject::connect(tabs_, &QTabBar::currentChanged, this, [this] {
-        showCurrent();
-        if (onChanged)
-            onChanged();
-    });
+    QObject::connect(tabs_, &QTabBar::currentChanged, this, [this] { showCurrent(); });
     QObject::connect(tabs_, &QTabBar::tabBarClicked, this, [this](int tab) {
-        if (tab >= 0 && folded_)
-            open(static_cast<Tab>(tab));
+        if (tab < 0)
+            return;
+        open(static_cast<Tab>(tab));
+        if (onUser)
+            onUser();
     });
     QObject::connect(fold_, &QToolButton::clicked, this, [this] {
         setFolded(!folded_);
-        if (onChanged)
-            onChanged();
+        if (onUser)
+            onUser();
     });
     setFolded(false);
     showCurrent();
@@ -107,9 +106,11 @@ void Dock::showCurrent() {
 
 void Dock::open(Tab tab) {
     setFolded(false);
+    choose(tab);
+}
+
+void Dock::choose(Tab tab) {
     tabs_->setCurrentIndex(tab);
-    if (onChanged)
-        onChanged();
 }
 
 Dock::Tab Dock::current() const {

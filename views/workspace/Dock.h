@@ -3,6 +3,7 @@
 #include <QPointer>
 #include <QWidget>
 
+#include <functional>
 #include <vector>
 
 class QHBoxLayout;
@@ -28,8 +29,11 @@ class Dock final : public QWidget {
     void setFolded(bool folded);
     int tabRowHeight() const;
 
-    /// The user or the program has chosen another tab, or folded.
-    std::function<void()> onChanged;
+    /// Brings the tab to the front and leaves the dock as it is.
+    void choose(Tab tab);
+
+    /// The user has chosen a tab, folded or unfolded.
+    std::function<void()> onUser;
 
   private:
     struct Place {

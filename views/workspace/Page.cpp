@@ -5,12 +5,14 @@
 #include "views/pages.h"
 #include "views/workspace/Section.h"
 
+#include <QApplication>
 #include <QBoxLayout>
 #include <QLabel>
 #include <QMenu>
 #include <QScrollArea>
 #include <QScrollBar>
-#include <QShortcut>
+
+#include <algorithm>
 
 namespace vrk {
 
@@ -43,7 +45,7 @@ PageUi::PageUi(const ViewContext& context, PanelSlotBase& slot, Panel& panel, co
 
 PageUi::~PageUi() {
     ui_.release();
-    for (const QPointer<QWidget>& widget : {page_, inspector_, plot_, plotTools_})
+    for (const QPointer<QWidget>& widget : {page_, inspector_, plot_, plotTools_, headItemsBlock_})
         delete widget.data();
 }
 
@@ -55,15 +57,19 @@ void PageUi::makeHead() {
     auto* titleText = quietText(title());
     titleText->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
     headItems_ = qt::row(std::vector<Item>{});
+    headItemsBlock_ = block(headItems_);
+    head_ = head;
     frameItems_ = qt::row(std::vector<Item>{});
     auto* layout = new QHBoxLayout(head);
     layout->setContentsMargins(kUnit, 0, kUnit, 0);
     layout->setSpacing(kUnit);
     layout->addWidget(nameText);
     layout->addWidget(titleText, 1);
-    layout->addLayout(headItems_);
+    layout->addWidget(headItemsBlock_);
     layout->addLayout(frameItems_);
     page_->layout()->addWidget(head);
+    // A page of the dock has the row of its tab as its head.
+    head->setHidden(row_.place == PagePlace::Dock);
 }
 
 QString PageUi::name() const {
@@ -137,14 +143,6 @@ void PageUi::addKey(const QKeySequence& key, const QString& what, std::function<
                          if (!released_)
                              QtHost::guarded(act);
                      }});
-    // The page is the shortcut's parent: it works while the page is in front, in whichever window.
-    auto* shortcut = new QShortcut(key, page_);
-    // Some keyboards tell "?" with Shift and some without; Enter is there twice.
-    if (key == QKeySequence(Qt::Key_Question))
-        shortcut->setKeys({key, QKeySequence(Qt::SHIFT | Qt::Key_Question)});
-    else if (key == QKeySequence(Qt::CTRL | Qt::Key_Return))
-        shortcut->setKeys({key, QKeySequence(Qt::CTRL | Qt::Key_Enter)});
-    connect(shortcut, &QShortcut::activated, page_, [act = keys_.back().act] { act(); });
 }
 
 void PageUi::onRead(const QString& what, std::function<void()> action) {
@@ -156,18 +154,21 @@ void PageUi::onWrite(const QString& what, std::function<void()> action) {
 }
 
 void PageUi::onAbort(const QString& what, std::function<void()> action) {
-    addKey(QKeySequence(Qt::Key_Escape), what, [this, act = std::move(action)] {
-        if (!panel().context().activities.abort())
-            act();
-    });
+    addKey(QKeySequence(Qt::Key_Escape), what, std::move(action));
 }
 
 std::vector<QWidget*> PageUi::roots() const {
     std::vector<QWidget*> all;
-    for (const QPointer<QWidget>& root : {page_, inspector_, plot_, plotTools_})
+    for (const QPointer<QWidget>& root : {page_, inspector_, plot_, plotTools_, headItemsBlock_})
         if (root != nullptr)
             all.push_back(root);
     return all;
+}
+
+bool PageUi::holds(const QWidget& widget) const {
+    const auto all = roots();
+    return std::any_of(all.begin(), all.end(),
+                       [&](const QWidget* root) { return root == &widget || root->isAncestorOf(&widget); });
 }
 
 QWidget* PageUi::find(const QString& name) const {
@@ -188,9 +189,22 @@ QAction* PageUi::findAction(const QString& name) const {
 }
 
 void PageUi::takeFocus() {
-    if (std::exchange(focused_, true) || firstFocus_ == nullptr)
-        return;
-    firstFocus_->setFocus();
+    if (lastFocus_ == nullptr)
+        lastFocus_ = firstFocus_;
+    if (lastFocus_ != nullptr && lastFocus_->isEnabled())
+        lastFocus_->setFocus(Qt::OtherFocusReason);
+}
+
+void PageUi::keepFocus() {
+    QWidget* focus = QApplication::focusWidget();
+    for (const QWidget* root : roots())
+        if (focus != nullptr && root->isAncestorOf(focus))
+            lastFocus_ = focus;
+}
+
+void PageUi::disable(bool disabled) {
+    for (QWidget* root : roots())
+        root->setEnabled(!disabled);
 }
 
 void PageUi::showLink(const LinkWords& words) {
@@ -206,10 +220,16 @@ QSize PageUi::wantedSize() const {
     return content_->sizeHint() + QSize(area_->verticalScrollBar()->sizeHint().width(), dp(36));
 }
 
+QSize PageUi::leastSize() const {
+    if (content_ == nullptr)
+        return {};
+    return content_->minimumSizeHint() + QSize(0, dp(36));
+}
+
 void PageUi::release() {
     released_ = true;
     ui_.release();
-    page_->setEnabled(false);
+    disable(true);
 }
 
 } // namespace vrk

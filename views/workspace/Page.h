@@ -125,6 +125,10 @@ class PageUi final : public QObject {
     QString name() const;
     QString title() const;
     bool released() const { return released_; }
+    /// True if the widget stands on this page, its inspector, its plot or their tools.
+    bool holds(const QWidget& widget) const;
+    /// The head's buttons alone, for a page without a head.
+    QWidget* headItems() const { return headItemsBlock_; }
     /// A widget of this page by its object name, wherever it stands; nullptr if there is none.
     QWidget* find(const QString& name) const;
     QAction* findAction(const QString& name) const;
@@ -132,7 +136,12 @@ class PageUi final : public QObject {
     std::function<void(const QString&)> onOpenPage;
     /// Widgets of the head that belong to the workspace: the button that takes the page out.
     void addFrameItem(QWidget* item);
+    /// The keyboard goes to where it was when the page was left, at first to the field that the page names.
     void takeFocus();
+    void keepFocus();
+    void disable(bool disabled);
+    /// Content's least size, for what gives way where room is short.
+    QSize leastSize() const;
     void showLink(const LinkWords& words);
     /// Size at which nothing of the content is out of sight.
     QSize wantedSize() const;
@@ -152,8 +161,11 @@ class PageUi final : public QObject {
     QPointer<QWidget> plot_;
     QPointer<QWidget> plotTools_;
     QPointer<QWidget> firstFocus_;
+    QPointer<QWidget> lastFocus_;
     QPointer<QWidget> content_;
     QScrollArea* area_ = nullptr;
+    QWidget* head_ = nullptr;
+    QPointer<QWidget> headItemsBlock_;
     QBoxLayout* headItems_ = nullptr;
     QBoxLayout* frameItems_ = nullptr;
     std::vector<Section*> sections_;
@@ -163,7 +175,6 @@ class PageUi final : public QObject {
     std::function<void(const LinkWords&)> linkShown_;
     QString helpPage_;
     bool inspectorFolded_ = false;
-    bool focused_ = false;
     bool released_ = false;
 };
 

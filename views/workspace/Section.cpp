@@ -23,6 +23,7 @@ Section::Section(const QString& title, QWidget* content)
     head_->setAccessibleName(title);
     QObject::connect(head_, &QToolButton::clicked, this, [this] {
         setFolded(!folded_);
+        chosenByUser_ = true;
         if (onUser)
             onUser();
     });

@@ -35,6 +35,9 @@ class Section final : public QWidget {
     /// Height with its content unfolded, and of the heading alone.
     int fullHeight() const;
     int headHeight() const;
+    /// The user has folded or unfolded it by hand: room does not decide any more.
+    bool chosenByUser() const { return chosenByUser_; }
+    bool foldedByUser() const { return chosenByUser_ && folded_; }
     /// Called when the user folds or unfolds by hand.
     std::function<void()> onUser;
 
@@ -47,6 +50,7 @@ class Section final : public QWidget {
     std::function<QString()> summary_;
     bool folded_ = false;
     bool foldsLast_ = false;
+    bool chosenByUser_ = false;
 };
 
 } // namespace vrk

@@ -1,0 +1,223 @@
+/// Keys, palette, list of keys and the way to a field.
+
+#include "platform/qt/QtHost.h"
+#include "platform/qt/layout.h"
+#include "platform/qt/theme.h"
+#include "shell/Bench.h"
+#include "views/pages.h"
+#include "views/workspace/Band.h"
+#include "views/workspace/ChoicePopup.h"
+#include "views/workspace/Dock.h"
+#include "views/workspace/Help.h"
+#include "views/workspace/Inspector.h"
+#include "views/workspace/KeyTable.h"
+#include "views/workspace/PageWindow.h"
+#include "views/workspace/Section.h"
+#include "views/workspace/Workspace.h"
+
+#include <QAbstractButton>
+#include <QAction>
+#include <QApplication>
+#include <QDialog>
+#include <QDialogButtonBox>
+#include <QLabel>
+#include <QScrollArea>
+
+#include <algorithm>
+
+namespace vrk {
+
+using namespace qt;
+
+namespace {
+
+QString keyText(const QKeySequence& key) {
+    return key.toString(QKeySequence::NativeText);
+}
+
+/// "Alt+R" of a button whose caption has that letter underlined.
+QString mnemonicOf(const QObject& target) {
+    const auto* button = qobject_cast<const QAbstractButton*>(&target);
+    return button == nullptr ? QString() : keyText(QKeySequence::mnemonic(button->text()));
+}
+
+QString wordsOf(const Control& control, const QObject& target) {
+    QString words = plainCaption(control);
+    if (const auto* button = qobject_cast<const QAbstractButton*>(&target);
+        button != nullptr && words.isEmpty())
+        words = button->text().remove('&');
+    if (const auto* widget = qobject_cast<const QWidget*>(&target)) {
+        if (words.isEmpty())
+            words = widget->accessibleName();
+        // Twins of one caption: the section or group says which one it is.
+        for (const QWidget* at = widget->parentWidget(); at != nullptr; at = at->parentWidget()) {
+            const auto* group = dynamic_cast<const GroupWidget*>(at);
+            const auto* section = dynamic_cast<const Section*>(at);
+            const QString around = group != nullptr     ? group->title()
+                                   : section != nullptr ? section->title()
+                                                        : QString();
+            if (!around.isEmpty() && !words.contains(around))
+                return words + "  ·  " + around;
+        }
+    }
+    if (control.index() != kNoIndex)
+        words += QString("  ·  %1").arg(control.index());
+    return words;
+}
+
+} // namespace
+
+void Workspace::addCommands() {
+    commands_ = {
+        {QKeySequence(Qt::Key_F1), "Help on this page",
+         [this] { showHelp(working() == nullptr ? QString() : working()->helpPage()); }},
+        {QKeySequence(Qt::CTRL | Qt::Key_K), "Every action of this page, to choose from",
+         [this] { showPalette(); }},
+        {QKeySequence(Qt::Key_Question), "This list", [this] { showKeys(); }},
+        {QKeySequence(Qt::Key_Escape), "Abort what runs", {}},
+        {QKeySequence(Qt::CTRL | Qt::Key_I), "Inspector: sections or strip", [this] { inspectorToggle(); }},
+        {QKeySequence(Qt::CTRL | Qt::Key_D), "Dock: open or fold", [this] { dockToggle(); }},
+    };
+    for (const Command& command : commands_)
+        keys_->add(command.key);
+}
+
+void Workspace::tieKeys(const PageUi& page, KeyTable& table) const {
+    for (const PageKey& key : page.keys())
+        table.add(key.key);
+}
+
+PageUi* Workspace::pageOf(const QWidget* widget) const {
+    if (widget == nullptr)
+        return nullptr;
+    for (const auto& [slot, page] : pages_)
+        if (page->holds(*widget))
+            return page;
+    return nullptr;
+}
+
+void Workspace::press(const QKeySequence& key) {
+    // Esc is for the action that runs before it is for anything on a page.
+    if (key == QKeySequence(Qt::Key_Escape) && context_.bench.context().activities.abort())
+        return;
+    // The dock's page has its own keys while the keyboard is in it; a page in its own window likewise.
+    PageUi* inHand = pageOf(QApplication::focusWidget());
+    if (inHand == nullptr)
+        for (const auto& [page, window] : windows_)
+            if (window->isActiveWindow())
+                inHand = window->page();
+    for (PageUi* page : {inHand, working()}) {
+        if (page == nullptr || page->released())
+            continue;
+        for (const PageKey& own : page->keys())
+            if (own.key == key)
+                return own.act();
+        if (page == working())
+            break;
+    }
+    if (key == QKeySequence(Qt::Key_Escape) && sheet_ != nullptr && working() != front_)
+        return (void)working()->slot().userClose();
+    for (const Command& command : commands_)
+        if (command.key == key && command.act)
+            return QtHost::guarded(command.act);
+}
+
+void Workspace::showPalette() {
+    std::vector<ChoicePopup::Choice> choices;
+    PageUi* page = working();
+    if (page != nullptr) {
+        for (const PageKey& key : page->keys())
+            choices.push_back({key.what, keyText(key.key), {}, key.act, false});
+        for (const Binding* binding : page->ui().bindings()) {
+            Control* control = binding->control();
+            if (control == nullptr)
+                continue;
+            if (control->kind() == Control::Kind::Button)
+                choices.push_back(
+                    {wordsOf(*control, binding->target()), mnemonicOf(binding->target()), refusalOf(*control),
+                     [button = static_cast<Button*>(control)] { (void)button->userClick(); }, false});
+            else if (control->kind() == Control::Kind::MenuEntry)
+                choices.push_back({plainCaption(*control),
+                                   {},
+                                   refusalOf(*control),
+                                   [entry = static_cast<MenuEntry*>(control)] { (void)entry->userClick(); },
+                                   false});
+        }
+    }
+    for (const PageRow& row : pageRows())
+        if (row.place == PagePlace::Page)
+            choices.push_back({QString("Go to ") + row.name,
+                               {},
+                               *row.slot == '\0' ? QString("not in this version") : QString(),
+                               [this, &row] { open(row); },
+                               false});
+    for (const Command& command : commands_)
+        if (command.act)
+            choices.push_back({command.what, keyText(command.key), {}, command.act, false});
+    std::erase_if(choices, [](const ChoicePopup::Choice& choice) { return choice.text.isEmpty(); });
+    auto* popup = new ChoicePopup(*this, "palette", "Type to find an action", std::move(choices));
+    const int wide = std::min(dp(560), width() - dp(64));
+    popup->openAt(mapToGlobal(QPoint((width() - wide) / 2, band_->geometry().bottom() + menuBarHeight())),
+                  wide);
+}
+
+void Workspace::showKeys() {
+    auto* dialog = new QDialog(this);
+    dialog->setObjectName("keys");
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    dialog->setWindowTitle("Keys");
+    std::vector<std::vector<Item>> rows;
+    const auto line = [&rows](const QString& key, const QString& what) {
+        auto* name = new QLabel(key);
+        name->setFont(valueFont());
+        rows.push_back({name, new QLabel(what)});
+    };
+    if (const PageUi* page = working())
+        for (const PageKey& key : page->keys())
+            line(keyText(key.key), key.what);
+    for (const Command& command : commands_)
+        line(keyText(command.key), command.what);
+    line("Ctrl+R", "Connect to the board again");
+    line("Ctrl+T", "Show the trace");
+    line("Ctrl+Q", "End the program");
+    line("Alt+letter", "The control whose caption has that letter underlined");
+    line("Tab", "The next control, in reading order");
+    auto* buttons = new QDialogButtonBox(QDialogButtonBox::Close);
+    connect(buttons, &QDialogButtonBox::rejected, dialog, &QDialog::reject);
+    auto* content = qt::column({heading("Keys of this page"), qt::grid(rows), stretch, buttons});
+    content->setContentsMargins(2 * kUnit, 2 * kUnit, 2 * kUnit, 2 * kUnit);
+    dialog->setLayout(content);
+    dialog->show();
+}
+
+void Workspace::showHelp(const QString& heading) {
+    if (isHidden() || isMinimized())
+        showNormal();
+    help_->showPage(heading);
+    arrange();
+}
+
+void Workspace::jumpTo(const QString& field) {
+    const auto dot = field.indexOf('.');
+    PageUi* page = dot < 0 ? nullptr : this->page(field.left(dot).toStdString());
+    if (page == nullptr || page->released())
+        return;
+    PanelSlotBase* slot = &page->slot();
+    if (page->row().place == PagePlace::Page)
+        (void)context_.bench.events().deliver([slot] { slot->show(); });
+    QWidget* widget = page->find(field.mid(dot + 1));
+    if (widget == nullptr)
+        return;
+    for (Section* section : page->sections())
+        if (section->isAncestorOf(widget) && section->folded())
+            section->setFolded(false);
+    if (page == front_ && inspector_->isAncestorOf(widget))
+        inspectorWish_[page->name()] = true;
+    arrange();
+    for (QWidget* at = widget->parentWidget(); at != nullptr; at = at->parentWidget())
+        if (auto* area = qobject_cast<QScrollArea*>(at))
+            area->ensureWidgetVisible(widget);
+    widget->setFocus(Qt::OtherFocusReason);
+}
+
+} // namespace vrk

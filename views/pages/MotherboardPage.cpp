@@ -1,7 +1,7 @@
 #include "motherboard/frmMotherboardDAQ2.h"
 #include "platform/qt/theme.h"
-#include "views/consoleWords.h"
-#include "views/panelViews.h"
+#include "views/pages/consoleWords.h"
+#include "views/pages/pageMakers.h"
 #include "views/workspace/Page.h"
 
 #include <QCheckBox>
@@ -241,7 +241,7 @@ QWidget* spiBlock(PanelUi& ui, frmMotherboardDAQ2& p) {
 
 } // namespace
 
-void makeMotherboardView(PageUi& page, frmMotherboardDAQ2& p) {
+void makeMotherboardPage(PageUi& page, frmMotherboardDAQ2& p) {
     PanelUi& ui = page.ui();
     page.setHelpPage("Motherboard console");
     QMenu* menu = page.menu("&File");

@@ -1,9 +1,9 @@
 #include "link/frmMainF340.h"
 #include "platform/qt/theme.h"
 #include "shell/Bench.h"
-#include "views/ConsolePages.h"
-#include "views/consoleWords.h"
-#include "views/panelViews.h"
+#include "views/pages/controllerTabs.h"
+#include "views/pages/consoleWords.h"
+#include "views/pages/pageMakers.h"
 #include "views/workspace/Page.h"
 
 #include <QCheckBox>
@@ -174,7 +174,7 @@ QWidget* makeBoardPage(PageUi& page, frmMainF340& p) {
     }));
 }
 
-void makeConsoleView(PageUi& page, frmMainF340& p) {
+void makeControllerPage(PageUi& page, frmMainF340& p) {
     PanelUi& ui = page.ui();
     page.setHelpPage("Controller console");
     QMenu* menu = page.menu("&File");

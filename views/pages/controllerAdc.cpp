@@ -1,7 +1,7 @@
 #include "link/frmMainF340.h"
 #include "platform/qt/theme.h"
-#include "views/ConsolePages.h"
-#include "views/consoleWords.h"
+#include "views/pages/controllerTabs.h"
+#include "views/pages/consoleWords.h"
 #include "views/workspace/Page.h"
 
 #include <QCheckBox>

@@ -45,7 +45,7 @@ void BoxFrame::paintEvent(QPaintEvent*) {
 }
 
 BoxFrame* box(const QString& title, QLayout* content, BoxFrame::Ground ground, QWidget* corner) {
-    auto* name = heading(title);
+    auto* name = heading(title, kStripScale);
     auto* head = corner == nullptr ? row({name, stretch}) : row({name, stretch, corner});
     auto* all = column({head, content});
     all->setStretch(1, 1);

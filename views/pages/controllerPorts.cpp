@@ -1,7 +1,9 @@
 #include "link/frmMainF340.h"
 #include "platform/qt/theme.h"
 #include "views/pages/controllerTabs.h"
+#include "views/pages/boxes.h"
 #include "views/pages/consoleWords.h"
+#include "views/pages/pinRows.h"
 #include "views/workspace/Page.h"
 
 #include <QCheckBox>
@@ -9,7 +11,9 @@
 #include <QLabel>
 #include <QPushButton>
 
+#include <algorithm>
 #include <array>
+#include <utility>
 
 namespace vrk {
 
@@ -17,83 +21,159 @@ using namespace qt;
 
 namespace {
 
-/// Motherboard ports, whose pins have names; the others belong to the controller alone.
-constexpr int kNamedPorts = 3;
+constexpr int kBits = 8;
+constexpr int kLeastPortWidth = 208;
+constexpr int kNarrowButton = 46;
 
-/// One line a pin: data beside its name, drive mode, analog.
-QGridLayout* pinMap(PanelUi& ui, frmMainF340& p, int port) {
-    std::vector<std::vector<Item>> lines{
-        {row({heading(QString("Port %1").arg(port)), columnTitle("HI"), stretch}),
-         centred(columnTitle("Push-pull")), centred(columnTitle("Analog"))}};
-    for (int bit = 0; bit < 8; ++bit) {
-        const QString pin = QString("P%1.%2").arg(port).arg(bit);
-        auto* data = plainBox(ui, p.chkGPvalue(port)[bit], pin);
-        lines.push_back({data, centred(bareBox(ui, p.chkOpenCollector(port)[bit], pin + " push-pull")),
-                         centred(bareBox(ui, p.chkDIN(port)[bit], pin + " analog"))});
-    }
-    return dense(grid(lines), 0);
+/// The button's caption names the port where many stand side by side; in the port's own box the row does.
+QPushButton* narrow(QPushButton* button, const QString& what) {
+    button->setToolTip(what);
+    button->setAccessibleName(what);
+    button->setFixedWidth(dp(kNarrowButton));
+    return button;
 }
 
-/// One line a register of the port: what was written, what the board says, and whether they agree.
-QGridLayout* portRegisters(PanelUi& ui, frmMainF340& p, int port) {
-    struct Register {
-        const char* name;
-        Label& written;
-        Label& read;
-        Lamp& lamp;
-        Button& write;
-        Button& readBack;
-    };
+/// A byte that is of any worth now: written once, or read and not overtaken by anything since.
+bool holds(const Label& byte) {
+    const auto& worth = byte.freshness();
+    return byte.caption() != "--" && (!worth || worth->state == Freshness::State::Fresh);
+}
+bool differ(const Label& written, const Label& read) {
+    return holds(written) && holds(read) && written.caption() != read.caption();
+}
+
+struct PortRegister {
+    const char* name;
+    Label& written;
+    Label& read;
+    Lamp& lamp;
+    Button& write;
+    Button& readBack;
+};
+
+/// What was written, what the board says, and whether they agree.
+QWidget* portRegisters(PanelUi& ui, frmMainF340& p, int port) {
     const int ports = frmMainF340::kPorts;
-    const std::array<Register, 3> registers = {{
+    const std::array<PortRegister, 3> registers = {{
         {"Data", p.lblWrGPData[port], p.lblRdGPData[port], p.ShpGPIOStat[port + ports], p.cmdWrGPData[port],
          p.cmdRdGPData[port]},
         {"Mode", p.lblWrOC[port], p.lblRdOC[port], p.ShpGPIOStat[port], p.cmdWrOC[port], p.cmdRdOC[port]},
         {"Analog", p.lblWrGPAnalog[port], p.lblRdGPAnalog[port], p.ShpGPIOStat[port + 2 * ports],
          p.cmdWrGPAnalog[port], p.cmdRdGPAnalog[port]},
     }};
-    std::vector<std::vector<Item>> lines{{{}, columnTitle("Written"), columnTitle("Read")}};
-    for (const Register& r : registers) {
+    std::vector<RegisterLine> lines;
+    for (const PortRegister& r : registers) {
         const QString name = QString("P%1 %2").arg(port).arg(QString(r.name).toLower());
         auto* written = ui.value(r.written, "00");
         written->setAccessibleName(name + " written");
         auto* read = ui.value(r.read, "00");
         read->setAccessibleName(name + " read");
-        auto* write = plainButton(ui, r.write);
-        write->setToolTip("Write the " + name + " register");
-        auto* again = plainButton(ui, r.readBack);
-        again->setToolTip("Read the " + name + " register");
-        lines.push_back({r.name, centred(written), centred(read), ui(r.lamp, name + ": read equals written"),
-                         write, again, stretch});
+        lines.push_back({r.name,
+                         written,
+                         read,
+                         {ui(r.lamp, name + ": read equals written"),
+                          narrow(plainButton(ui, r.write), "Write " + name),
+                          narrow(plainButton(ui, r.readBack), "Read " + name)}});
     }
-    return dense(grid(lines));
+    const RegisterTable table = registerTable(lines);
+    for (std::size_t at = 0; at < registers.size(); ++at) {
+        const PortRegister& r = registers.at(at);
+        auto* read = static_cast<ValueLabel*>(lines.at(at).read);
+        const auto show = [pair = table.pairs.at(at), read, &written = r.written, &answer = r.read] {
+            pair->setDiffers(differ(written, answer));
+            if (pair->differs())
+                read->setTone(Tone::Differs);
+            else if (read->tone() == Tone::Differs)
+                read->setTone(Tone::Plain);
+        };
+        ui.watch(r.written, show);
+        ui.watch(r.read, show);
+    }
+    return table.widget;
 }
 
-QWidget* portBlock(PanelUi& ui, frmMainF340& p, int port) {
-    QGridLayout* pins = pinMap(ui, p, port);
-    QGridLayout* registers = portRegisters(ui, p, port);
-    QWidget* whole = port < kNamedPorts
-                         ? block(column({pins, registers, stretch}))
-                         : block(row({column({pins, stretch}), gap, column({registers, stretch})}));
-    whole->setAccessibleName(QString("Port %1").arg(port));
+/// Keeps the rows of a port up to date with its boxes and bytes.
+void followPins(PanelUi& ui, frmMainF340& p, int port, const std::vector<PinRow*>& rows) {
+    const auto show = [&p, port, rows] {
+        const Label& written = p.lblWrGPData[port];
+        const Label& read = p.lblRdGPData[port];
+        const int answer = differ(written, read) ? hexToInt(read.caption()) : 0;
+        const int other = differ(written, read) ? hexToInt(written.caption()) ^ answer : 0;
+        for (int bit = 0; bit < kBits; ++bit) {
+            PinNow now = pinNow(p.chkGPvalue(port)[bit].checked(), p.chkOpenCollector(port)[bit].checked(),
+                                p.chkDIN(port)[bit].checked());
+            if ((other >> bit) & 1)
+                now = (answer >> bit) & 1 ? PinNow::ReadsHigh : PinNow::ReadsLow;
+            // Its caption is the pin's number, and behind it what the motherboard uses it for.
+            const QString caption = QString::fromStdString(p.chkGPvalue(port)[bit].caption());
+            PinRow& row = *rows.at(static_cast<std::size_t>(bit));
+            row.setUse(caption.section(' ', 1).trimmed());
+            row.setNow(now);
+        }
+    };
+    for (int bit = 0; bit < kBits; ++bit)
+        for (CheckBox* each :
+             {&p.chkGPvalue(port)[bit], &p.chkOpenCollector(port)[bit], &p.chkDIN(port)[bit]})
+            ui.watch(*each, show);
+    for (Label* each : {&p.lblWrGPData[port], &p.lblRdGPData[port]})
+        ui.watch(*each, show);
+}
+
+QWidget* portBox(PanelUi& ui, frmMainF340& p, int port) {
+    std::vector<Item> lines{PinRow::makeHead({"HI", "push", "analog"})};
+    std::vector<PinRow*> rows;
+    for (int bit = 0; bit < kBits; ++bit) {
+        const QString pin = QString("P%1.%2").arg(port).arg(bit);
+        rows.push_back(new PinRow(pin, {bareBox(ui, p.chkGPvalue(port)[bit], pin + " HI"),
+                                        bareBox(ui, p.chkOpenCollector(port)[bit], pin + " push-pull"),
+                                        bareBox(ui, p.chkDIN(port)[bit], pin + " analog")}));
+        lines.emplace_back(rows.back());
+    }
+    followPins(ui, p, port, rows);
+    lines.emplace_back(separator(Qt::Horizontal));
+    lines.emplace_back(portRegisters(ui, p, port));
+    lines.push_back(stretch);
+    auto* content = column(lines);
+    content->setSpacing(0);
+    auto* whole = box(QString("Port %1").arg(port), content, BoxFrame::Ground::Base);
+    whole->layout()->setContentsMargins(kUnit, kUnit, kUnit, kUnit);
     return whole;
 }
 
-/// What concerns all five ports, in one line over them.
-QBoxLayout* allPorts(PanelUi& ui, frmMainF340& p) {
+/// What concerns all five ports.
+QWidget* allPorts(PanelUi& ui, frmMainF340& p) {
     auto* automatic = ui(p.chkAutoWriteRead);
     automatic->setToolTip("Each click on a pin writes its port and reads it back");
-    auto* actions =
-        row({automatic, ui(p.cmdWriteReadAll), ui(p.cmdSampleGP), ui(p.cmdResetGPIO), ui(p.cmdClearAnalog),
-             gap, ui(p.chkWeakPullUpDisable), ui(p.chkWeakPullUpEnableOnRead)});
-    auto* highImpedance = wrapped(ui(p.lblGP), 26);
-    makeQuiet(*highImpedance);
-    return row({actions, gap, highImpedance, stretch});
+    return box("All ports",
+               column({
+                   row({ui(p.cmdWriteReadAll), ui(p.cmdSampleGP), ui(p.cmdResetGPIO), ui(p.cmdClearAnalog),
+                        stretch}),
+                   row({ui(p.chkWeakPullUpDisable), ui(p.chkWeakPullUpEnableOnRead), stretch}),
+                   stretch,
+               }),
+               BoxFrame::Ground::Window, automatic);
+}
+
+QWidget* howToRead(PanelUi& ui, frmMainF340& p) {
+    auto* rule = ui(p.lblGP);
+    auto* words = new QLabel("With push the pin drives HI or LO. Without push, LO pulls LO and HI is high "
+                             "impedance (Hi-Z). Analog is an input of the converter. A tinted pin reads "
+                             "other than it was written.");
+    for (QLabel* each : {static_cast<QLabel*>(rule), words}) {
+        each->setWordWrap(true);
+        each->setFont(textFont(kSmall));
+        each->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::MinimumExpanding);
+        makeQuiet(*each);
+    }
+    return box("How to read \"now\"", column({words, rule, stretch}));
 }
 
 /// Rows `from` to `to` of the register table.
-QGridLayout* sfrRows(PanelUi& ui, frmMainF340& p, int from, int to) {
-    std::vector<std::vector<Item>> lines{{{}, columnTitle("To write"), columnTitle("As read")}};
+QWidget* sfrRows(PanelUi& ui, frmMainF340& p, int from, int to) {
+    auto* cells = new QGridLayout;
+    cells->setVerticalSpacing(2);
+    cells->addWidget(columnTitle("to write"), 0, 1, Qt::AlignCenter);
+    cells->addWidget(columnTitle("as read"), 0, 2, Qt::AlignCenter);
     for (int index = from; index < to; ++index) {
         const QString name = plainCaption(p.lblPbuf[index]);
         auto* title = ui(p.lblPbuf[index]);
@@ -101,61 +181,75 @@ QGridLayout* sfrRows(PanelUi& ui, frmMainF340& p, int from, int to) {
         auto* write = entry(ui, p.txtPBuf[index], 4, name + " to write");
         auto* read = readBack(ui, p.txtPBufRd[index], 4, name + " as read");
         read->setToolTip("A click reads this register");
-        lines.push_back({title, write, read, ui(p.ShpSKFRd[index], name + " read")});
+        const int line = index - from + 1;
+        cells->addWidget(title, line, 0);
+        cells->addWidget(write, line, 1);
+        cells->addWidget(read, line, 2);
+        cells->addWidget(ui(p.ShpSKFRd[index], name + " read"), line, 3);
     }
-    return dense(grid(lines));
+    cells->setColumnStretch(4, 1);
+    return block(column({cells, stretch}));
 }
 
 } // namespace
 
-QWidget* makeGpioPage(PageUi& page, frmMainF340& p) {
+QWidget* makeGpioPage(PageUi& page, frmMainF340& p, QWidget* registerPlace) {
     PanelUi& ui = page.ui();
-    auto* actions = allPorts(ui, p);
-    auto* p0 = portBlock(ui, p, 0);
-    auto* p1 = portBlock(ui, p, 1);
-    auto* p2 = portBlock(ui, p, 2);
-    auto* p3 = portBlock(ui, p, 3);
-    auto* p4 = portBlock(ui, p, 4);
-    return block(column({
-        actions,
-        gap,
-        row({p0, gap, gap, p1, gap, gap, p2, stretch}),
-        gap,
-        row({p3, gap, gap, gap, p4, stretch}),
-        stretch,
-    }));
+    std::vector<QWidget*> ports;
+    for (int port = 0; port < frmMainF340::kPorts; ++port)
+        ports.push_back(portBox(ui, p, port));
+    auto* all = allPorts(ui, p);
+    auto* words = howToRead(ui, p);
+    auto* map = new BoxFlow(ports, dp(kLeastPortWidth));
+    auto* lower = row({all, registerPlace, words});
+    for (const auto& [at, share] : {std::pair(0, 479), std::pair(1, 486), std::pair(2, 260)})
+        lower->setStretch(at, share);
+    auto* content = column({map, lower, stretch});
+    return block(content);
 }
 
-QWidget* makeSfrPage(PageUi& page, frmMainF340& p) {
+QWidget* makeOneRegister(PageUi& page, frmMainF340& p) {
     PanelUi& ui = page.ui();
-    constexpr int kHalf = frmMainF340::kSfrRows / 2;
-    auto* left = sfrRows(ui, p, 0, kHalf);
-    auto* rightHalf = sfrRows(ui, p, kHalf, frmMainF340::kSfrRows);
     auto* address = entry(ui, p.txtSFRAddress, 3, "Register address");
     auto* data = entry(ui, p.txtSFRWRData, 3, "Value to write");
-    static constexpr std::array<const char*, 4> kReply = {"RID", "Error", "Error flag", "Data"};
-    std::vector<std::vector<Item>> reply;
+    static constexpr std::array<const char*, 4> kReply = {"report ID", "error", "error flag", "data"};
+    std::vector<Item> reply{quietText("Reply")};
     for (auto& label : p.lblSFRBuf) {
-        const char* name = kReply.at(static_cast<std::size_t>(label->index()));
-        auto* value = ui.value(*label, "00");
-        value->setAccessibleName(name);
-        reply.push_back({name, value, stretch});
+        auto* value = ui.value(*label, "00", kStripScale);
+        value->setAccessibleName(kReply.at(static_cast<std::size_t>(label->index())));
+        value->setToolTip(value->accessibleName());
+        reply.emplace_back(value);
     }
-    auto* single =
-        group("SFR Case 18",
-              column({
-                  grid({{caption("Address", address), address, quietText("hex"), ui(p.cmdGetSDFValue)},
-                        {caption("Value", data), data, quietText("hex"), ui(p.cmdSetSFR), stretch}}),
-                  gap,
-                  heading("Reply"),
-                  dense(grid(reply)),
-              }));
-    auto* all = group("All registers",
-                      column({row({ui(p.cmdReadSKF), stretch}), row({ui(p.chkWriteEqRead), stretch})}));
-    auto* registers =
-        group("Registers (hex)", row({column({left, stretch}), gap, gap, column({rightHalf, stretch})}));
-    return block(
-        row({registers, gap, separator(Qt::Vertical), gap, column({all, gap, single, stretch}), stretch}));
+    auto* name = quietText({});
+    name->setObjectName("sfr.name");
+    ui.watch(p.txtSFRAddress, [name, &p] {
+        QString known;
+        for (const auto& row : p.lblPbuf)
+            if (row->caption().substr(0, 2) == p.txtSFRAddress.text())
+                known = QString::fromStdString(row->caption()).mid(4);
+        name->setText(known);
+    });
+    reply.push_back(stretch);
+    reply.emplace_back(name);
+    return box("One register",
+               column({row({caption("Address", address), address, quietText("hex"), ui(p.cmdGetSDFValue), stretch,
+                            caption("Value", data), data, quietText("hex"), ui(p.cmdSetSFR)}),
+                       row(reply), stretch}),
+               BoxFrame::Ground::Window, quietText("reply: report ID, error, error flag, data"));
+}
+
+QWidget* makeSfrPage(PageUi& page, frmMainF340& p, QWidget* registerPlace) {
+    PanelUi& ui = page.ui();
+    constexpr int kThird = (frmMainF340::kSfrRows + 2) / 3;
+    std::vector<QWidget*> columns;
+    for (int from = 0; from < frmMainF340::kSfrRows; from += kThird)
+        columns.push_back(sfrRows(ui, p, from, std::min(from + kThird, frmMainF340::kSfrRows)));
+    auto* registers = box("Special function registers (hex)", row({new BoxFlow(columns, dp(250))}),
+                          BoxFrame::Ground::Base, block(row({ui(p.chkWriteEqRead), ui(p.cmdReadSKF)})));
+    auto* lower = row({registerPlace, stretch});
+    lower->setStretch(0, 2);
+    lower->setStretch(1, 3);
+    return block(column({registers, lower, stretch}));
 }
 
 } // namespace vrk

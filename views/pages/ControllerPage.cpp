@@ -17,6 +17,8 @@
 #include <QStackedWidget>
 #include <QStyledItemDelegate>
 
+#include <array>
+
 namespace vrk {
 
 using namespace qt;
@@ -86,6 +88,15 @@ QListView* tabStrip(PanelUi& ui, ComboBox& pages) {
     return strip;
 }
 
+/// A stack asks for the room of its largest page; those behind must not make the one in front scroll.
+void showAlone(QStackedWidget& stack, QWidget* front) {
+    for (int at = 0; at < stack.count(); ++at) {
+        const auto policy = stack.widget(at) == front ? QSizePolicy::Preferred : QSizePolicy::Ignored;
+        stack.widget(at)->setSizePolicy(policy, policy);
+    }
+    stack.setCurrentWidget(front);
+}
+
 /// The byte table belongs to two pages: it stands still under both of them.
 QWidget* busPages(PageUi& page, frmMainF340& p) {
     auto* upper = new QStackedWidget;
@@ -94,8 +105,10 @@ QWidget* busPages(PageUi& page, frmMainF340& p) {
     for (const int at : {0, 1})
         upper->widget(at)->raise(); // the stack has turned their order round
     upper->setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Maximum);
-    page.ui().watch(p.SSTab1, [upper, &p] { upper->setCurrentIndex(p.SSTab1.listIndex() == kSpi ? 1 : 0); });
-    return block(column({upper, gap, separator(Qt::Horizontal), gap, makeByteTable(page, p), stretch}));
+    page.ui().watch(p.SSTab1, [upper, &p] {
+        showAlone(*upper, upper->widget(p.SSTab1.listIndex() == kSpi ? 1 : 0));
+    });
+    return block(column({upper, makeByteTable(page, p), stretch}));
 }
 
 void addKeys(PageUi& page, frmMainF340& p) {
@@ -223,24 +236,14 @@ void makeControllerPage(PageUi& page, frmMainF340& p) {
         stack->addWidget(each);
     portPlace->layout()->addWidget(oneRegister);
     withLetters(oneRegister);
+    const std::array<QWidget*, kPages> pages = {board, buses, buses, gpio, sfr, adc};
     const auto showPage = [=, &p] {
-        switch (p.SSTab1.listIndex()) {
-        case kBoard:
-            return stack->setCurrentWidget(board);
-        case kI2c:
-        case kSpi:
-            return stack->setCurrentWidget(buses);
-        case kGpio:
-            portPlace->layout()->addWidget(oneRegister);
-            return stack->setCurrentWidget(gpio);
-        case kSfr:
-            registerPlace->layout()->addWidget(oneRegister);
-            return stack->setCurrentWidget(sfr);
-        case kAdc:
-            return stack->setCurrentWidget(adc);
-        default:
-            break;
-        }
+        const int tab = p.SSTab1.listIndex();
+        if (tab < 0 || tab >= kPages)
+            return;
+        if (tab == kGpio || tab == kSfr)
+            (tab == kGpio ? portPlace : registerPlace)->layout()->addWidget(oneRegister);
+        showAlone(*stack, pages.at(static_cast<std::size_t>(tab)));
     };
     ui.watch(p.SSTab1, showPage);
     addKeys(page, p);

@@ -88,25 +88,16 @@ QListView* tabStrip(PanelUi& ui, ComboBox& pages) {
     return strip;
 }
 
-/// A stack asks for the room of its largest page; those behind must not make the one in front scroll.
-void showAlone(QStackedWidget& stack, QWidget* front) {
-    for (int at = 0; at < stack.count(); ++at) {
-        const auto policy = stack.widget(at) == front ? QSizePolicy::Preferred : QSizePolicy::Ignored;
-        stack.widget(at)->setSizePolicy(policy, policy);
-    }
-    stack.setCurrentWidget(front);
-}
-
 /// The byte table belongs to two pages: it stands still under both of them.
 QWidget* busPages(PageUi& page, frmMainF340& p) {
-    auto* upper = new QStackedWidget;
+    auto* upper = new FrontStack;
     upper->addWidget(makeI2cPage(page, p));
     upper->addWidget(makeSpiPage(page, p));
     for (const int at : {0, 1})
         upper->widget(at)->raise(); // the stack has turned their order round
     upper->setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Maximum);
     page.ui().watch(p.SSTab1, [upper, &p] {
-        showAlone(*upper, upper->widget(p.SSTab1.listIndex() == kSpi ? 1 : 0));
+        upper->setCurrentIndex(p.SSTab1.listIndex() == kSpi ? 1 : 0);
     });
     return block(column({upper, makeByteTable(page, p), stretch}));
 }
@@ -222,7 +213,7 @@ void makeControllerPage(PageUi& page, frmMainF340& p) {
     addHead(page, p);
 
     auto* strip = tabStrip(ui, p.SSTab1);
-    auto* stack = new QStackedWidget;
+    auto* stack = new FrontStack;
     const auto place = [] { return block(column(std::vector<Item>{})); };
     QWidget* portPlace = place();
     QWidget* registerPlace = place();
@@ -243,7 +234,7 @@ void makeControllerPage(PageUi& page, frmMainF340& p) {
             return;
         if (tab == kGpio || tab == kSfr)
             (tab == kGpio ? portPlace : registerPlace)->layout()->addWidget(oneRegister);
-        showAlone(*stack, pages.at(static_cast<std::size_t>(tab)));
+        stack->setCurrentWidget(pages.at(static_cast<std::size_t>(tab)));
     };
     ui.watch(p.SSTab1, showPage);
     addKeys(page, p);

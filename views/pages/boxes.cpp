@@ -79,6 +79,10 @@ BoxFlow::BoxFlow(std::vector<QWidget*> boxes, int least)
     arrange(static_cast<int>(boxes_.size()));
 }
 
+QSize BoxFlow::sizeHint() const {
+    return {grid_->sizeHint().width(), grid_->minimumSize().height()};
+}
+
 QSize BoxFlow::minimumSizeHint() const {
     // One box wide: the lines break before the page scrolls sideways.
     return {least_, grid_->minimumSize().height()};
@@ -106,6 +110,20 @@ void BoxFlow::arrange(int columns) {
         ++at;
     }
     updateGeometry();
+}
+
+FrontStack::FrontStack() {
+    // The stack's layout would hold the window to the largest page.
+    layout()->setSizeConstraint(QLayout::SetNoConstraint);
+    connect(this, &QStackedWidget::currentChanged, this, [this] { updateGeometry(); });
+}
+
+QSize FrontStack::sizeHint() const {
+    return currentWidget() == nullptr ? QSize() : currentWidget()->sizeHint();
+}
+
+QSize FrontStack::minimumSizeHint() const {
+    return currentWidget() == nullptr ? QSize() : currentWidget()->minimumSizeHint();
 }
 
 namespace {

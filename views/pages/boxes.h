@@ -2,6 +2,7 @@
 
 #include "platform/qt/layout.h"
 
+#include <QStackedWidget>
 #include <QWidget>
 
 #include <vector>
@@ -53,6 +54,7 @@ class BoxFlow final : public QWidget {
     /// \param least width of a box.
     BoxFlow(std::vector<QWidget*> boxes, int least);
     int columns() const { return columns_; }
+    QSize sizeHint() const override;
     QSize minimumSizeHint() const override;
 
   protected:
@@ -65,6 +67,14 @@ class BoxFlow final : public QWidget {
     int least_;
     int columns_ = 0;
     QGridLayout* grid_;
+};
+
+/// Pages of which one is in sight. Asks for the room of that one alone: those behind must not make it scroll.
+class FrontStack final : public QStackedWidget {
+  public:
+    FrontStack();
+    QSize sizeHint() const override;
+    QSize minimumSizeHint() const override;
 };
 
 /// Cuts a text at the end of its place instead of widening it.

@@ -13,7 +13,6 @@
 
 #include <algorithm>
 #include <array>
-#include <utility>
 
 namespace vrk {
 
@@ -162,7 +161,8 @@ QWidget* howToRead(PanelUi& ui, frmMainF340& p) {
     for (QLabel* each : {static_cast<QLabel*>(rule), words}) {
         each->setWordWrap(true);
         each->setFont(textFont(kSmall));
-        each->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::MinimumExpanding);
+        each->setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Minimum);
+        each->setMinimumWidth(dp(200));
         makeQuiet(*each);
     }
     return box("How to read \"now\"", column({words, rule, stretch}));
@@ -201,9 +201,7 @@ QWidget* makeGpioPage(PageUi& page, frmMainF340& p, QWidget* registerPlace) {
     auto* all = allPorts(ui, p);
     auto* words = howToRead(ui, p);
     auto* map = new BoxFlow(ports, dp(kLeastPortWidth));
-    auto* lower = row({all, registerPlace, words});
-    for (const auto& [at, share] : {std::pair(0, 479), std::pair(1, 486), std::pair(2, 260)})
-        lower->setStretch(at, share);
+    auto* lower = new BoxFlow({all, registerPlace, words}, dp(500));
     auto* content = column({map, lower, stretch});
     return block(content);
 }

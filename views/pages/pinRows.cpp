@@ -164,10 +164,10 @@ RegisterTable registerTable(const std::vector<RegisterLine>& lines) {
     grid->setContentsMargins(0, 0, 0, 0);
     grid->setHorizontalSpacing(kUnit / 2);
     grid->setVerticalSpacing(2);
-    auto* words = row({columnTitle("written"), columnTitle("read")});
+    // Over the pair and, where the box is narrow, over its neighbours' empty places.
+    auto* words = row({columnTitle("written"), columnTitle("read"), stretch});
     words->setSpacing(kUnit / 2);
-    words->setAlignment(Qt::AlignHCenter);
-    grid->addLayout(words, 0, 1, Qt::AlignCenter);
+    grid->addLayout(words, 0, 1, 1, 3);
     int at = 1;
     for (const RegisterLine& line : lines) {
         auto* name = columnTitle(line.name);

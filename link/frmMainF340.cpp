@@ -47,11 +47,11 @@ void frmMainF340::wireBoard() {
     SSTab1.setRows({{"Board", 0}, {"I2C", 1}, {"SPI", 2}, {"GPIO", 3}, {"SFR", 4}, {"ADC", 5}});
     cboEVBinstance.setCaption("Board instance");
     chkLED.setCaptions({"LED Green", "LED Red"});
-    cmdFirmwareVersion.setCaption("Firmware Version");
+    cmdFirmwareVersion.setCaption("Firmware");
     cmdReconnect.setCaption("Reconnect");
     cmdQuit.setCaption("Quit");
     mnuExit.setCaption("E&xit");
-    cmdHoswMother.setCaption("Show Motherboard");
+    cmdHoswMother.setCaption("Motherboard");
     lblFirmwareVersion.setCaption("--");
 
     wireClick(cboEVBinstance, &frmMainF340::cboEVBinstance_Click);

@@ -145,23 +145,23 @@ void frmMainF340::wireGpio() {
     txtSFRWRData.setMaxLength(2);
     hexField(txtSFRWRData, false);
     lblGP.setCaption("A port is high impedance if open collector and HI");
-    chkAutoWriteRead.setCaption("Auto Write/Read");
+    chkAutoWriteRead.setCaption("Write and read at each click");
     chkWriteEqRead.setCaption("Set Write = Read");
-    chkWeakPullUpDisable.setCaption("Disable weak pull-ups");
+    chkWeakPullUpDisable.setCaption("Weak pull-up disable");
     chkWeakPullUpEnableOnRead.setCaption("Temporarily enable weak-pullups on read");
     for (auto* buttons : {&cmdWrGPData, &cmdWrOC, &cmdWrGPAnalog})
         for (auto& button : *buttons)
-            button->setCaption("Write P" + decimalText(button->index()));
+            button->setCaption("Write");
     for (auto* buttons : {&cmdRdGPData, &cmdRdOC, &cmdRdGPAnalog})
         for (auto& button : *buttons)
-            button->setCaption("Read P" + decimalText(button->index()));
-    cmdGetSDFValue.setCaption("Read SFR");
-    cmdSetSFR.setCaption("Write SFR");
+            button->setCaption("Read");
+    cmdGetSDFValue.setCaption("Read");
+    cmdSetSFR.setCaption("Write");
     cmdReadSKF.setCaption("Read All SFRs");
-    cmdResetGPIO.setCaption("Clear All");
-    cmdClearAnalog.setCaption("Clear Analog");
-    cmdWriteReadAll.setCaption("Write / Read All");
-    cmdSampleGP.setCaption("Sample");
+    cmdResetGPIO.setCaption("Clear all boxes");
+    cmdClearAnalog.setCaption("Clear analog");
+    cmdWriteReadAll.setCaption("Write and read all");
+    cmdSampleGP.setCaption("Read pins");
 
     wireClick(cmdGetSDFValue, &frmMainF340::cmdGetSDFValue_Click);
     wireClick(cmdSetSFR, &frmMainF340::cmdSetSFR_Click);

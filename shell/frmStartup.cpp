@@ -22,9 +22,9 @@ frmStartup::frmStartup(PanelContext& context, Uses uses)
     Command2.setCaption("Command2");
     Command3.setCaption("Calibrate");
     Command3.setEnabled(uses_.panelOfRow(kCalibrate) != nullptr);
-    cmdShow4410.setCaption("Show 4410");
+    cmdShow4410.setCaption("Instruction form");
     cmdShow4410.setEnabled(false); // until its panel is there
-    cmdShowBlock.setCaption("Show Block");
+    cmdShowBlock.setCaption("Block");
     mnuAboutShow.setCaption("About");
     Picture1.setToolTip("Double click: show the consoles along with the device panel");
     Label1.setCaption("Connect Hardware as Shown, then select Option");

@@ -3,7 +3,7 @@
 #include "views/WiperPlot.h"
 #include "views/WiperStrip.h"
 #include "views/deviceBlocks.h"
-#include "views/panelViews.h"
+#include "views/pages/pageMakers.h"
 #include "views/workspace/Page.h"
 
 #include <QCheckBox>

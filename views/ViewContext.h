@@ -25,8 +25,9 @@ class SocketView {
   public:
     struct State {
         QString part;            ///< empty: nothing in the socket
-        int address = -1;        ///< of a part on I2C, else -1
+        int address = -1;        ///< bus address or ID; -1 for a part without one
         std::vector<int> wipers; ///< positions, by channel
+        int positions = 0;       ///< that each wiper has; 0 where the part does not tell
     };
     virtual ~SocketView() = default;
     virtual State state() const = 0;

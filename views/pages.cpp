@@ -1,7 +1,7 @@
 #include "views/pages.h"
 
 #include "shell/Bench.h"
-#include "views/panelViews.h"
+#include "views/pages/pageMakers.h"
 
 #include <algorithm>
 
@@ -20,7 +20,7 @@ void page(PageUi& ui, Panel& panel) {
 const std::vector<PageRow>& pageRows() {
     using enum PagePlace;
     static const std::vector<PageRow> kRows = {
-        {"frmStartup", "Home", "", Sign::Home, 0, page<frmStartup, makeStartupView>},
+        {"frmStartup", "Home", "", Sign::Home, 0, page<frmStartup, makeHomePage>},
         {"frmVRK_User1", "I2C", "Parts", Sign::I2c, frmStartup::kI2C, page<frmVRK_User1, makeI2cPanelView>},
         {"", "SPI", "Parts", Sign::Spi, frmStartup::kSPI, nullptr},
         {"", "Up/Down", "Parts", Sign::UpDown, frmStartup::kUpDown, nullptr},
@@ -30,10 +30,10 @@ const std::vector<PageRow>& pageRows() {
         {"", "Run-in", "Procedures", Sign::RunIn, 0, nullptr},
         {"", "Calibration", "Procedures", Sign::Calibration, frmStartup::kCalibrate, nullptr},
         {"frmMotherboardDAQ2", "Motherboard", "Board", Sign::Motherboard, 0,
-         page<frmMotherboardDAQ2, makeMotherboardView>},
-        {"frmMainF340", "Controller", "Board", Sign::Controller, 0, page<frmMainF340, makeConsoleView>},
-        {"Doco", "Trace", "", Sign::Script, 0, page<Doco, makeTraceView>, Dock},
-        {"ProductExec", "Product table", "", Sign::Instructions, 0, page<ProductExec, makeProductView>,
+         page<frmMotherboardDAQ2, makeMotherboardPage>},
+        {"frmMainF340", "Controller", "Board", Sign::Controller, 0, page<frmMainF340, makeControllerPage>},
+        {"Doco", "Trace", "", Sign::Script, 0, page<Doco, makeTracePage>, Dock},
+        {"ProductExec", "Product table", "", Sign::Instructions, 0, page<ProductExec, makeProductTablePage>,
          Sheet},
     };
     return kRows;

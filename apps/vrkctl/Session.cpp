@@ -81,7 +81,7 @@ Session::Session(const Options& options, Dialogs& dialogs, DefaultTime time)
       recorder_(*host_, *clock_, report::kVendorId, report::kProductId) {
     if (!options.wireLog.empty())
         wireLog_.emplace(recorder_, *clock_, options.wireLog, tellFileFailed);
-    supplies_.emplace(recorder_);
+    supplies_.emplace(recorder_, [](const std::string& words) { tell(words); });
     if (replay_ != nullptr) // what is not in the recording would pass for a difference
         supplies_->leaveAsTheyAre();
     bench_ = std::make_unique<Bench>(Bench::Parts{.events = events_,

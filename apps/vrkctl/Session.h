@@ -1,7 +1,7 @@
 #pragma once
 
 #include "apps/vrkctl/Options.h"
-#include "apps/vrkctl/SupplyGuard.h"
+#include "link/SupplyGuard.h"
 #include "platform/clipboard/Clipboard.h"
 #include "platform/dialogs/Dialogs.h"
 #include "platform/hid/HidHost.h"

@@ -1,5 +1,6 @@
 #include "platform/qt/KeyLineEdit.h"
 
+#include "platform/qt/Widgets.h"
 #include "platform/qt/theme.h"
 #include "platform/runtime/text.h"
 
@@ -7,6 +8,7 @@
 #include <QClipboard>
 #include <QFontMetrics>
 #include <QKeyEvent>
+#include <QPainter>
 #include <QStyle>
 #include <QStyleOptionFrame>
 
@@ -34,6 +36,28 @@ KeyLineEdit::KeyLineEdit(QWidget* parent) : QLineEdit(parent) {
 void KeyLineEdit::setCharacters(int characters) {
     characters_ = characters;
     updateGeometry();
+}
+
+void KeyLineEdit::setReading(Freshness::State state) {
+    reading_ = state;
+    setAccessibleDescription(state == Freshness::State::Never   ? "not read yet"
+                             : state == Freshness::State::Stale ? "no longer holds"
+                                                                : "");
+    update();
+}
+
+void KeyLineEdit::paintEvent(QPaintEvent* event) {
+    if (reading_ == Freshness::State::Fresh || hasFocus())
+        return QLineEdit::paintEvent(event);
+    // The text stays what the model says; the colour is looked up now, since the shade may change.
+    QStyleOptionFrame option;
+    initStyleOption(&option);
+    QPainter painter(this);
+    style()->drawPrimitive(QStyle::PE_PanelLineEdit, &option, &painter, this);
+    const bool never = reading_ == Freshness::State::Never;
+    painter.setPen(toneColour(never ? Tone::Quiet : Tone::Stale));
+    painter.drawText(style()->subElementRect(QStyle::SE_LineEditContents, &option, this).adjusted(3, 0, -2, 0),
+                     static_cast<int>(alignment() | Qt::AlignVCenter), never ? kNeverRead : text());
 }
 
 QSize KeyLineEdit::sizeHint() const {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/controls/Control.h"
+
 #include <QLineEdit>
 
 #include <functional>
@@ -17,6 +19,9 @@ class KeyLineEdit final : public QLineEdit {
     void setCharacters(int characters);
     /// A box for ordinary text, a path for example: "?" is a character there and no call for help.
     void setPlainText(bool plain) { plain_ = plain; }
+    /// What the reading in the box is worth: never read is a dash, stale steps back. Shown while the box has
+    /// not the keyboard.
+    void setReading(Freshness::State state);
 
     /// A character, 13 for Enter, 8 for Backspace; `shift` bit 1 is Ctrl.
     std::function<void(int code, int shift)> keyPressed;
@@ -31,6 +36,7 @@ class KeyLineEdit final : public QLineEdit {
     QSize minimumSizeHint() const override;
 
   protected:
+    void paintEvent(QPaintEvent* event) override;
     bool event(QEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
 
@@ -38,6 +44,7 @@ class KeyLineEdit final : public QLineEdit {
     int characters_ = 8;
     bool plain_ = false;
     bool direct_ = false;
+    Freshness::State reading_ = Freshness::State::Fresh;
 };
 
 } // namespace vrk::qt

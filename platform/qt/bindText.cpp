@@ -55,6 +55,8 @@ class TextBinding final : public TypedBinding<TextBox, KeyLineEdit> {
             view().setAlignment(model()->centred() ? Qt::AlignCenter : Qt::AlignLeft);
         } else if (aspect == Aspect::Value) {
             showText();
+        } else if (aspect == Aspect::Freshness) {
+            view().setReading(model()->freshness() ? model()->freshness()->state : Freshness::State::Fresh);
         } else if (aspect == Aspect::Selection) {
             showSelection();
         }

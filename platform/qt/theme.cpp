@@ -318,8 +318,8 @@ void setTone(QWidget& widget, Tone tone) {
     widget.update();
 }
 
-void makeAccent(QWidget& button) {
-    button.setProperty(kAccent, true);
+void makeAccent(QWidget& button, bool accent) {
+    button.setProperty(kAccent, accent);
     button.update();
 }
 

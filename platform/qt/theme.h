@@ -46,7 +46,7 @@ QColor toneColour(Tone tone);
 /// a failure.
 void setTone(QWidget& widget, Tone tone);
 /// The button that Ctrl+Enter stands for, one a page.
-void makeAccent(QWidget& button);
+void makeAccent(QWidget& button, bool accent = true);
 
 /// A measure of 100% in the size that the font asks for: 16 is the height of one line.
 int dp(int measure);

@@ -65,6 +65,7 @@ void PageUi::makeHead() {
     layout->setSpacing(kUnit);
     layout->addWidget(nameText);
     layout->addWidget(titleText, 1);
+    subtitle_ = titleText;
     layout->addWidget(headItemsBlock_);
     layout->addLayout(frameItems_);
     page_->layout()->addWidget(head);
@@ -89,6 +90,12 @@ void PageUi::setContent(QWidget* content) {
     QString taken = kMenuLetters;
     for (QWidget* root : {page_.data(), inspector_.data()})
         taken = assignMnemonics(*root, taken);
+}
+
+void PageUi::setSubtitle(QWidget* subtitle) {
+    subtitle->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+    delete subtitle_->parentWidget()->layout()->replaceWidget(subtitle_, subtitle);
+    delete std::exchange(subtitle_, subtitle);
 }
 
 void PageUi::addHeadItem(QWidget* item) {

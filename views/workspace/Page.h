@@ -63,6 +63,8 @@ class PageUi final : public QObject {
 
     /// The middle of the page; it scrolls where it does not fit. Called once, last.
     void setContent(QWidget* content);
+    /// Stands behind the name in the head in place of the panel's title.
+    void setSubtitle(QWidget* subtitle);
     /// A button or field in the head, right of name and title, from left to right.
     void addHeadItem(QWidget* item);
     /// A section of the inspector, from top to bottom. \param summary what its heading tells of it, folded or
@@ -167,6 +169,7 @@ class PageUi final : public QObject {
     QWidget* head_ = nullptr;
     QPointer<QWidget> headItemsBlock_;
     QBoxLayout* headItems_ = nullptr;
+    QWidget* subtitle_ = nullptr;
     QBoxLayout* frameItems_ = nullptr;
     std::vector<Section*> sections_;
     std::vector<QMenu*> menus_;

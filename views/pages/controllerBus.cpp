@@ -1,7 +1,8 @@
 #include "link/frmMainF340.h"
 #include "platform/qt/theme.h"
-#include "views/ConsolePages.h"
-#include "views/consoleWords.h"
+#include "views/pages/controllerTabs.h"
+#include "views/pages/boxes.h"
+#include "views/pages/consoleWords.h"
 #include "views/workspace/Page.h"
 
 #include <QCheckBox>
@@ -85,7 +86,7 @@ QWidget* addressBlock(PanelUi& ui, frmMainF340& p) {
     std::vector<Item> bits;
     for (int bit = p.chkADDRbit.last(); bit >= p.chkADDRbit.first(); --bit)
         bits.emplace_back(plainBox(ui, p.chkADDRbit[bit]));
-    return group(
+    return box(
         "Address and bus",
         column({
             row({caption("Slave address", address), address, quietText("hex"), gap,
@@ -111,7 +112,7 @@ QWidget* transferBlock(PanelUi& ui, frmMainF340& p) {
     auto* simpleRead = ui(p.cmdSimpleI2cRd);
     auto* write = ui(p.cmdWrite);
     auto* simpleWrite = ui(p.cmdSimpleI2cWr);
-    return group("Read and write",
+    return box("Read and write",
                  column({
                      grid({{{}, columnTitle("Bytes"), columnTitle("Start (hex)")},
                            {caption("Read", count), count, readFrom, read, simpleRead,
@@ -135,7 +136,7 @@ QWidget* individualBlock(PanelUi& ui, frmMainF340& p) {
     auto* readButton = plainButton(ui, p.cmdReadIndividual);
     auto* writeFirst = plainButton(ui, p.cmdWriteIndividual[0]);
     auto* writeSecond = plainButton(ui, p.cmdWriteIndividual[1]);
-    return group(
+    return box(
         "Individual register with toggle",
         column({
             grid({{caption("Register", address), address, quietText("hex")},
@@ -156,7 +157,7 @@ QWidget* individualBlock(PanelUi& ui, frmMainF340& p) {
 
 QWidget* makeI2cPage(PageUi& page, frmMainF340& p) {
     PanelUi& ui = page.ui();
-    auto* options = group("Options", column({
+    auto* options = box("Options", column({
                                          ui(p.chkRandom),
                                          ui(p.ChK2WireCommand),
                                          ui(p.chk2WireRead),
@@ -168,7 +169,7 @@ QWidget* makeI2cPage(PageUi& page, frmMainF340& p) {
     auto* address = addressBlock(ui, p);
     auto* transfer = transferBlock(ui, p);
     auto* individual = individualBlock(ui, p);
-    return block(row({address, gap, options, gap, transfer, gap, individual, stretch}));
+    return block(column({new BoxFlow({address, options, transfer, individual}, dp(352))}));
 }
 
 QWidget* makeSpiPage(PageUi& page, frmMainF340& p) {
@@ -177,7 +178,7 @@ QWidget* makeSpiPage(PageUi& page, frmMainF340& p) {
     auto* changeAt = entry(ui, p.txtClockPhaseChangeByte, 3, "Byte at which the clock phase changes");
     auto* count = ui.mirror(p.txtNumToWrite);
     count->setFont(valueFont());
-    auto* port = group("SPI port", column({
+    auto* port = box("SPI port", column({
                                        row({captionOf(p.cboSPIClock, clock), clock, stretch}),
                                        ui(p.chkSPIckpol),
                                        ui(p.chkSPIckpha),
@@ -186,7 +187,7 @@ QWidget* makeSpiPage(PageUi& page, frmMainF340& p) {
                                    }));
     auto* explanation = wrapped(ui(p.lblSPI), 56);
     makeQuiet(*explanation);
-    auto* transfer = group(
+    auto* transfer = box(
         "Transfer",
         column({
             row({ui(p.cmdSPIWrite), count, quietText("bytes"), gap, plainBox(ui, p.chkSPIread), stretch}),
@@ -194,7 +195,10 @@ QWidget* makeSpiPage(PageUi& page, frmMainF340& p) {
             explanation,
             stretch,
         }));
-    return block(row({port, gap, gap, transfer, stretch}));
+    auto* boxes = row({port, transfer});
+    boxes->setStretch(0, 1);
+    boxes->setStretch(1, 2);
+    return block(boxes);
 }
 
 QWidget* makeByteTable(PageUi& page, frmMainF340& p) {
@@ -232,8 +236,7 @@ QWidget* makeByteTable(PageUi& page, frmMainF340& p) {
     auto* count = entry(ui, p.txtNumToWrite, 3, "Number of Bytes to Write");
     auto* load = ui(p.chkFileWriteData);
     load->setToolTip("Write takes its bytes from registers.txt in the working folder");
-    auto* toWrite =
-        group("To write",
+    auto* toWrite = block(
               column({
                   row({caption("Number of Bytes to Write", count), count, stretch}),
                   row({load, stretch}),
@@ -242,12 +245,16 @@ QWidget* makeByteTable(PageUi& page, frmMainF340& p) {
                   row({ui(p.cmdFillWriteTextBoxes), quietText("that many bytes from register 00"), stretch}),
               }));
     auto* asRead =
-        group("As read", row({ui(p.cmdClearReadTextBoxes), quietText("registers 00 to 1F"), stretch}));
+        block(row({ui(p.cmdClearReadTextBoxes), quietText("bytes read, registers 00 to 1F"), stretch}));
 
     // The bytes to write one after the other, then those that were read.
     order.insert(order.end(), reads.begin(), reads.end());
-    auto* bytes = group("Bytes by register (hex)", column({cells, stretch}));
-    QWidget* whole = block(row({bytes, gap, gap, column({toWrite, gap, asRead, stretch}), stretch}));
+    auto* bytes = box("Bytes by register (hex)", row({column({cells, stretch}), stretch}), BoxFrame::Ground::Base);
+    auto* fill = box("Bytes to write", column({toWrite, asRead, stretch}));
+    auto* boxes = row({bytes, fill});
+    boxes->setStretch(0, 3);
+    boxes->setStretch(1, 1);
+    QWidget* whole = block(boxes);
     setTabOrder(order);
     return whole;
 }

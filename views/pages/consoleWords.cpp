@@ -1,4 +1,4 @@
-#include "views/consoleWords.h"
+#include "views/pages/consoleWords.h"
 
 #include "platform/qt/theme.h"
 

@@ -1,6 +1,6 @@
 #include "platform/qt/theme.h"
 #include "shell/Doco.h"
-#include "views/panelViews.h"
+#include "views/pages/pageMakers.h"
 #include "views/workspace/Page.h"
 
 #include <QCheckBox>
@@ -50,7 +50,7 @@ QWidget* findBar(PageUi& page, LogView& log) {
 
 } // namespace
 
-void makeTraceView(PageUi& page, Doco& p) {
+void makeTracePage(PageUi& page, Doco& p) {
     PanelUi& ui = page.ui();
     page.setHelpPage("Trace");
     auto* log = ui(p.rtxt1);

@@ -1,7 +1,8 @@
 #include "link/frmMainF340.h"
 #include "platform/qt/theme.h"
-#include "views/ConsolePages.h"
-#include "views/consoleWords.h"
+#include "views/pages/controllerTabs.h"
+#include "views/pages/boxes.h"
+#include "views/pages/consoleWords.h"
 #include "views/workspace/Page.h"
 
 #include <QCheckBox>
@@ -27,7 +28,7 @@ QWidget* settingsBlock(PanelUi& ui, frmMainF340& p) {
     auto* high = entry(ui, p.txtADSAMP[0], 3, "Sample rate, first byte");
     auto* low = entry(ui, p.txtADSAMP[1], 3, "Sample rate, second byte");
     auto* lamp = ui.supplyLamp(p.ShpADCEn[0], "Converter enabled");
-    return group(
+    return box(
         "On-chip converter",
         grid({
             {{}, columnTitle("Value"), {}, {}, columnTitle("Reply bytes (hex)")},
@@ -67,7 +68,7 @@ QWidget* readingBlock(PanelUi& ui, frmMainF340& p) {
     auto* sampleMode = ui(p.cboADCReadMode[1], 14);
     auto* written = ui.value(p.lblBytesSucceded, "000");
     written->setAccessibleName("Bytes written at the last read");
-    return group("Reading", column({
+    return box("Reading", column({
                                 grid({{captionOf(p.cboADCReadMode[0], readMode), readMode, stretch},
                                       {captionOf(p.cboADCReadMode[1], sampleMode), sampleMode}}),
                                 row({ui(p.cmdADCRDData), stretch}),
@@ -89,7 +90,7 @@ QWidget* externalBlock(PanelUi& ui, frmMainF340& p) {
     decoded->setAccessibleName("Register of the external converter as read");
     for (QLabel* value : {static_cast<QLabel*>(count), static_cast<QLabel*>(millivolts)})
         value->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
-    return group(
+    return box(
         "External 24-bit converter (KV7150)",
         row({
             column({row({ui(p.cmdInitADCIO), quietText("sets port 1 up for it"), stretch}),
@@ -116,14 +117,10 @@ QWidget* makeAdcPage(PageUi& page, frmMainF340& p) {
     auto* settings = settingsBlock(ui, p);
     auto* reading = readingBlock(ui, p);
     auto* external = externalBlock(ui, p);
-    return block(column({
-        row({settings, gap, separator(Qt::Vertical), gap, reading, stretch}),
-        gap,
-        separator(Qt::Horizontal),
-        gap,
-        external,
-        stretch,
-    }));
+    auto* lower = row({reading, external});
+    lower->setStretch(0, 1);
+    lower->setStretch(1, 2);
+    return block(column({settings, lower, stretch}));
 }
 
 } // namespace vrk

@@ -1,6 +1,6 @@
 #include "platform/qt/theme.h"
 #include "shell/ProductExec.h"
-#include "views/panelViews.h"
+#include "views/pages/pageMakers.h"
 #include "views/workspace/Page.h"
 
 #include <QHeaderView>
@@ -12,7 +12,7 @@ namespace vrk {
 
 using namespace qt;
 
-void makeProductView(PageUi& page, ProductExec& p) {
+void makeProductTablePage(PageUi& page, ProductExec& p) {
     PanelUi& ui = page.ui();
     page.setHelpPage("Product table");
     auto* table = ui(p.tGrid);

@@ -1,9 +1,10 @@
 #include "link/frmMainF340.h"
 #include "platform/qt/theme.h"
 #include "shell/Bench.h"
-#include "views/ConsolePages.h"
-#include "views/consoleWords.h"
-#include "views/panelViews.h"
+#include "views/pages/controllerTabs.h"
+#include "views/pages/boxes.h"
+#include "views/pages/consoleWords.h"
+#include "views/pages/pageMakers.h"
 #include "views/workspace/Page.h"
 
 #include <QCheckBox>
@@ -15,6 +16,8 @@
 #include <QPushButton>
 #include <QStackedWidget>
 #include <QStyledItemDelegate>
+
+#include <array>
 
 namespace vrk {
 
@@ -87,14 +90,16 @@ QListView* tabStrip(PanelUi& ui, ComboBox& pages) {
 
 /// The byte table belongs to two pages: it stands still under both of them.
 QWidget* busPages(PageUi& page, frmMainF340& p) {
-    auto* upper = new QStackedWidget;
+    auto* upper = new FrontStack;
     upper->addWidget(makeI2cPage(page, p));
     upper->addWidget(makeSpiPage(page, p));
     for (const int at : {0, 1})
         upper->widget(at)->raise(); // the stack has turned their order round
     upper->setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Maximum);
-    page.ui().watch(p.SSTab1, [upper, &p] { upper->setCurrentIndex(p.SSTab1.listIndex() == kSpi ? 1 : 0); });
-    return block(column({upper, gap, separator(Qt::Horizontal), gap, makeByteTable(page, p), stretch}));
+    page.ui().watch(p.SSTab1, [upper, &p] {
+        upper->setCurrentIndex(p.SSTab1.listIndex() == kSpi ? 1 : 0);
+    });
+    return block(column({upper, makeByteTable(page, p), stretch}));
 }
 
 void addKeys(PageUi& page, frmMainF340& p) {
@@ -142,71 +147,94 @@ void addKeys(PageUi& page, frmMainF340& p) {
 
 QWidget* makeBoardPage(PageUi& page, frmMainF340& p) {
     PanelUi& ui = page.ui();
-    auto* instance = ui(p.cboEVBinstance, 4);
     auto* lamp = new LampWidget;
-    auto* words = heading({}, 1.2);
+    lamp->setSide(20);
+    auto* words = heading({}, kNameScale);
     words->setObjectName("board.link");
+    auto* last = quietText({});
+    last->setObjectName("board.last");
     const ViewContext context = page.context();
-    const auto showLink = [lamp, words, context] {
-        const LinkWords link = linkWords(context.bench.link(), context.boardKind, context.boardName);
+    const auto showLink = [lamp, words, last, context] {
+        const LinkWords link = linkWords(context);
         lamp->setColour(link.colour);
         words->setText(link.board);
+        last->setText(link.last);
     };
     showLink();
+    page.onLinkShown([showLink](const LinkWords&) { showLink(); });
     ui.keep(p.link().observe(showLink));
     ui.watch(p.cboEVBinstance, showLink);
 
-    auto* firmware = readBack(ui, p.txtFirmwareVersion, 36, "Firmware version");
+    auto* firmware = readBack(ui, p.txtFirmwareVersion, 42, "Firmware version");
     auto* firmwareWords = ui(p.lblFirmwareVersion);
     makeQuiet(*firmwareWords);
+    auto* connection = box("Connection", column({row({lamp, words, stretch}), last, stretch}));
+    auto* version = box("Firmware", column({row({firmware, stretch}), firmwareWords, stretch}));
     return block(column({
-        group("Connection",
-              column({row({lamp, words, stretch}), row({captionOf(p.cboEVBinstance, instance), instance, gap,
-                                                        ui(p.cmdReconnect), stretch})})),
-        gap,
-        group("LEDs", row({ui(p.chkLED[0]), ui(p.chkLED[1]), stretch})),
-        gap,
-        group("Firmware", column({row({ui(p.cmdFirmwareVersion), firmware, stretch}), firmwareWords})),
-        gap,
-        group("Windows",
-              row({ui(p.cmdHoswMother), ui(p.cmdQuit), quietText("Quit ends the program"), stretch})),
+        new BoxFlow({connection, version}, dp(420)),
+        quietText("The board's instance, its LEDs and Firmware stand above. Reconnect looks for the boards again; Quit "
+                  "ends the program."),
         stretch,
     }));
 }
 
-void makeConsoleView(PageUi& page, frmMainF340& p) {
+namespace {
+
+/// Instance, LEDs, firmware and the ways out: the same on every tab.
+void addHead(PageUi& page, frmMainF340& p) {
     PanelUi& ui = page.ui();
-    page.setHelpPage("Controller console");
+    auto* instance = ui(p.cboEVBinstance, 3);
+    auto* label = caption("Board", instance);
+    instance->setAccessibleName("Board instance");
+    auto* version = new ValueLabel("1.2 - 2008/June/12", 1.0);
+    version->setObjectName("head.firmware");
+    ui.watch(p.txtFirmwareVersion, [version, &p] {
+        QString text = QString::fromStdString(p.txtFirmwareVersion.text());
+        text.remove("Firmware Version ");
+        version->setText(text.isEmpty() || text == "--" ? kNeverRead : text);
+        version->setToolTip(text);
+    });
+    for (QWidget* item : std::initializer_list<QWidget*>{
+             label, instance, ui(p.chkLED[0]), ui(p.chkLED[1]), ui(p.cmdFirmwareVersion), version,
+             ui(p.cmdHoswMother), ui(p.cmdReconnect), ui(p.cmdQuit)})
+        page.addHeadItem(item);
+}
+
+} // namespace
+
+void makeControllerPage(PageUi& page, frmMainF340& p) {
+    PanelUi& ui = page.ui();
+    page.setHelpPage("Controller");
+    page.startsWithInspectorFolded();
     QMenu* menu = page.menu("&File");
     QAction* leave = ui(p.mnuExit);
     leave->setParent(menu);
     menu->addAction(leave);
+    addHead(page, p);
 
     auto* strip = tabStrip(ui, p.SSTab1);
-    auto* stack = new QStackedWidget;
+    auto* stack = new FrontStack;
+    const auto place = [] { return block(column(std::vector<Item>{})); };
+    QWidget* portPlace = place();
+    QWidget* registerPlace = place();
     QWidget* board = withLetters(makeBoardPage(page, p));
     QWidget* buses = withLetters(busPages(page, p));
-    QWidget* gpio = withLetters(makeGpioPage(page, p));
-    QWidget* sfr = withLetters(makeSfrPage(page, p));
+    QWidget* gpio = withLetters(makeGpioPage(page, p, portPlace));
+    QWidget* oneRegister = makeOneRegister(page, p);
+    QWidget* sfr = withLetters(makeSfrPage(page, p, registerPlace));
     QWidget* adc = withLetters(makeAdcPage(page, p));
     for (QWidget* each : {board, buses, gpio, sfr, adc})
         stack->addWidget(each);
-    const auto showPage = [stack, &p, board, buses, gpio, sfr, adc] {
-        switch (p.SSTab1.listIndex()) {
-        case kBoard:
-            return stack->setCurrentWidget(board);
-        case kI2c:
-        case kSpi:
-            return stack->setCurrentWidget(buses);
-        case kGpio:
-            return stack->setCurrentWidget(gpio);
-        case kSfr:
-            return stack->setCurrentWidget(sfr);
-        case kAdc:
-            return stack->setCurrentWidget(adc);
-        default:
-            break;
-        }
+    portPlace->layout()->addWidget(oneRegister);
+    withLetters(oneRegister);
+    const std::array<QWidget*, kPages> pages = {board, buses, buses, gpio, sfr, adc};
+    const auto showPage = [=, &p] {
+        const int tab = p.SSTab1.listIndex();
+        if (tab < 0 || tab >= kPages)
+            return;
+        if (tab == kGpio || tab == kSfr)
+            (tab == kGpio ? portPlace : registerPlace)->layout()->addWidget(oneRegister);
+        stack->setCurrentWidget(pages.at(static_cast<std::size_t>(tab)));
     };
     ui.watch(p.SSTab1, showPage);
     addKeys(page, p);

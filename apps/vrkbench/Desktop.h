@@ -25,9 +25,9 @@ struct DesktopOptions {
     /// Part on the simulated board; empty: a real board if there is one, else the simulated one.
     std::string simulate;
     bool openPart = false; ///< the user named the part: its panel opens, set up for it
-    std::string replay;
-    std::string wireLog;
-    std::string folder;
+    std::string replay{};
+    std::string wireLog{};
+    std::string folder{};
     bool settings = true; ///< the window remembers its size and docks
 };
 

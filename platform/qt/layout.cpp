@@ -161,8 +161,13 @@ GroupWidget::GroupWidget(const QString& title, QLayout* content) : title_(headin
 
 void GroupWidget::setTitle(const QString& title) {
     title_->setText(title);
-    title_->setVisible(!title.isEmpty());
+    title_->setVisible(titled_ && !title.isEmpty());
     setAccessibleName(title);
+}
+
+void GroupWidget::setTitled(bool titled) {
+    titled_ = titled;
+    setTitle(title());
 }
 
 GroupWidget* group(const QString& title, QLayout* content) {

@@ -73,9 +73,12 @@ class GroupWidget final : public QWidget {
     GroupWidget(const QString& title, QLayout* content);
     QString title() const { return title_->text(); }
     void setTitle(const QString& title);
+    /// False where the title stands somewhere else already, in the heading of a section for example.
+    void setTitled(bool titled);
 
   private:
     QLabel* title_;
+    bool titled_ = true;
 };
 GroupWidget* group(const QString& title, QLayout* content);
 

@@ -111,7 +111,7 @@ Section& PageUi::addSection(const QString& title, QWidget* content, std::functio
     auto* section = new Section(title, content);
     auto* layout = static_cast<QVBoxLayout*>(inspector_->layout());
     if (!sections_.empty())
-        layout->insertWidget(layout->count() - 1, separator(Qt::Horizontal));
+        section->addDivider();
     layout->insertWidget(layout->count() - 1, section);
     sections_.push_back(section);
     if (summary) {
@@ -125,7 +125,11 @@ Section& PageUi::addSection(const QString& title, QWidget* content, std::functio
 Section& PageUi::addSection(Frame& frame, const QString& title, QWidget* content,
                             std::function<QString()> summary, const std::vector<Control*>& watched) {
     Section& section = addSection(title, content, std::move(summary), watched);
-    ui_.watch(frame, [&section, &frame] { section.setWanted(frame.reachable()); });
+    ui_.watch(frame, [&section, &frame] {
+        section.setWanted(frame.reachable());
+        if (const QString words = plainCaption(frame); !words.isEmpty())
+            section.setTitle(words);
+    });
     return section;
 }
 

@@ -45,6 +45,17 @@ Section::Section(const QString& title, QWidget* content)
     setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
 }
 
+void Section::setTitle(const QString& title) {
+    title_ = title;
+    head_->setText(title);
+    head_->setAccessibleName(title);
+}
+
+void Section::addDivider() {
+    // Its own line, so that a section that goes takes it along.
+    static_cast<QVBoxLayout*>(layout())->insertWidget(0, separator(Qt::Horizontal));
+}
+
 void Section::setFolded(bool folded) {
     folded_ = folded;
     head_->setArrowType(folded ? Qt::RightArrow : Qt::DownArrow);

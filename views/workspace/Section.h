@@ -18,6 +18,9 @@ class Section final : public QWidget {
     Section(const QString& title, QWidget* content);
 
     const QString& title() const { return title_; }
+    void setTitle(const QString& title);
+    /// A line above the heading, for every section but the first.
+    void addDivider();
     QWidget* content() const { return content_; }
     bool folded() const { return folded_; }
     void setFolded(bool folded);

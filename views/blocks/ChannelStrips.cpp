@@ -1,0 +1,65 @@
+#include "views/blocks/ChannelStrips.h"
+
+#include "panels/blocks/ChannelBlock.h"
+#include "platform/qt/theme.h"
+#include "views/blocks/ChannelStrip.h"
+#include "views/workspace/Page.h"
+
+#include <QApplication>
+#include <QBoxLayout>
+
+namespace vrk {
+
+using namespace qt;
+
+ChannelStrips::ChannelStrips(PageUi& page, ChannelBlock& block) {
+    setObjectName("strips");
+    static_assert(std::tuple_size_v<decltype(strips_)> == ChannelBlock::kChannels);
+    std::vector<Item> items;
+    for (int channel = 0; channel < ChannelBlock::kChannels; ++channel) {
+        auto*& strip = strips_.at(static_cast<std::size_t>(channel));
+        strip = new ChannelStrip(page, block, channel);
+        items.emplace_back(strip);
+    }
+    setLayout(row(items));
+    for (Frame* frame : {&block.SSFrame3[1], &block.SSFrame4[1], &block.SSFrame4[2], &block.SSFrame4[3],
+                         &block.SSFrame3[2], &block.SSFrame3[3], &block.SSFrame3[0], &block.SSFrame4[0]})
+        page.ui().watch(*frame, [this, &block] { showUsed(block); });
+    addKeys(page, block);
+    connect(qApp, &QApplication::focusChanged, this, [this] {
+        for (int channel = 0; channel < ChannelBlock::kChannels; ++channel)
+            if (strips_.at(static_cast<std::size_t>(channel))->hasKeyboard())
+                inHand_ = channel;
+    });
+}
+
+void ChannelStrips::showUsed(const ChannelBlock& block) {
+    int used = 0;
+    for (int channel = 0; channel < ChannelBlock::kChannels; ++channel) {
+        const bool shown = block.SSFrame3[channel].visible() || block.SSFrame4[channel].visible();
+        strips_.at(static_cast<std::size_t>(channel))->setVisible(shown);
+        used += shown ? 1 : 0;
+        if (!shown && inHand_ == channel)
+            inHand_ = 0;
+    }
+    for (ChannelStrip* strip : strips_)
+        if (strip->wide() != (used <= 1))
+            strip->setWide(used <= 1);
+}
+
+QWidget* ChannelStrips::entry() const {
+    return strips_.front()->entry();
+}
+
+void ChannelStrips::addKeys(PageUi& page, ChannelBlock& block) {
+    page.onRead("Read the channel that has the keyboard",
+                [this, &block] { (void)block.cmdI2Read[inHand_].userClick(); });
+    page.onWrite("Write the channel that has the keyboard",
+                 [this, &block] { (void)block.CMDxMIT[inHand_].userClick(); });
+    for (int channel = 0; channel < ChannelBlock::kChannels; ++channel)
+        page.addKey(QKeySequence(Qt::CTRL | static_cast<Qt::Key>(Qt::Key_1 + channel)),
+                    QString("Go to channel %1").arg(channel),
+                    [strip = strips_.at(static_cast<std::size_t>(channel))] { strip->focusEntry(); });
+}
+
+} // namespace vrk

@@ -1,0 +1,43 @@
+#pragma once
+
+#include "platform/qt/layout.h"
+
+class QLabel;
+
+namespace vrk {
+
+class AddressPins;
+class ChannelBlock;
+class ControlRegister;
+class Label;
+class PageUi;
+class Section;
+class ShutdownPin;
+class StatusBlock;
+class SupplyBlock;
+class TextBox;
+
+/// One picture a block, so that every panel that has the block shows it alike. Each function adds a section
+/// to the page's inspector or gives rows for one; the page calls them from top to bottom.
+
+/// Switches, level, measurement and correction of the supplies. It folds last: whatever else gives way to a
+/// small window, the volts at the part stay in sight.
+Section& addSupplySection(PageUi& page, SupplyBlock& block);
+
+/// What of a register's address is the panel's own.
+struct RegisterAddress {
+    Label* caption = nullptr; ///< "ACR Address"; nullptr: the word "Register" stands there
+    TextBox* address = nullptr;
+};
+/// The control register: what is to be written, what was read, and where wiper writes go.
+Section& addControlRegisterSection(PageUi& page, ControlRegister& block, const RegisterAddress& at);
+Section& addGeneralRegisterSection(PageUi& page, ControlRegister& block, const RegisterAddress& at);
+Section& addShutdownPinSection(PageUi& page, ShutdownPin& block);
+/// The six lamps of link and transfers; the folded heading shows them small.
+Section& addStatusSection(PageUi& page, StatusBlock& block);
+
+/// Rows of a panel's set-up section.
+qt::Item channelChoice(PageUi& page, ChannelBlock& block);
+qt::Item addressRows(PageUi& page, AddressPins& block);
+
+} // namespace vrk

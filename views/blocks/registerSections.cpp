@@ -1,0 +1,95 @@
+#include "panels/blocks/ControlRegister.h"
+#include "platform/qt/theme.h"
+#include "views/blocks/blocks.h"
+#include "views/blocks/rows.h"
+#include "views/workspace/Page.h"
+#include "views/workspace/Section.h"
+
+#include <QCheckBox>
+#include <QLabel>
+#include <QPushButton>
+#include <QRadioButton>
+
+namespace vrk {
+
+using namespace qt;
+
+namespace {
+
+constexpr int kButtons = 72;
+
+QString text(const TextBox& box) {
+    return QString::fromStdString(box.text());
+}
+
+/// "To write [C0] hex [Write] o": \param name of the register, for those who cannot see where it stands.
+QBoxLayout* byteLine(PageUi& page, const char* words, QWidget* value, const QString& name, Button& button,
+                     Lamp& lamp) {
+    auto* widget = page.ui()(button);
+    value->setAccessibleName(name + ", " + QString(words).toLower());
+    widget->setAccessibleName(QString(words == std::string("As read") ? "Read " : "Write ") + name);
+    return row({columnLabel(words), value, quietText("hex"), stretch, wideButton(widget, kButtons),
+                page.ui()(lamp, QString::fromStdString(lamp.caption()))});
+}
+
+GroupWidget* plainFrame(PageUi& page, Frame& frame, QLayout* content) {
+    GroupWidget* widget = page.ui().frame(frame, {}, content);
+    widget->setTitled(false); // the section's heading says it
+    return widget;
+}
+
+} // namespace
+
+Section& addControlRegisterSection(PageUi& page, ControlRegister& block, const RegisterAddress& at) {
+    PanelUi& ui = page.ui();
+    auto* address = byteField(page, *at.address);
+    address->setAccessibleName("Control register's address");
+    QLabel* words = at.caption != nullptr ? ui(*at.caption) : quietText("Register");
+    words->setMinimumWidth(dp(72));
+    words->setBuddy(address);
+    makeQuiet(*words);
+    auto* toWrite = static_cast<QLineEdit*>(byteField(page, block.txtACR[0]));
+    QLineEdit* asRead = readByte(page, block.txtACR[1]);
+    tintHexDifference(page, block.txtACR[0], *toWrite, block.txtACR[1],
+                      [&block] { return block.txtACR[1].text(); });
+    auto* warning = ui(block.lblShutDown);
+    warning->setFont(textFont(1.0, true));
+    auto* shutdown = plainFrame(page, block.FrmShutdown, row({ui(block.chkShutdown)}));
+    QBoxLayout* all =
+        rows({row({words, address, quietText("hex"), stretch, shutdown}),
+              byteLine(page, "To write", toWrite, "control register", block.cmdACRWrite, block.Shape2[0]),
+              byteLine(page, "As read", asRead, "control register", block.cmdACRRead, block.Shape2[1]),
+              row({ui(block.Option1[0]), ui(block.Option1[1]), stretch}), warning});
+    Section& section = page.addSection(block.SSFrame2, "Control register",
+                                       qt::block(rows({plainFrame(page, block.SSFrame2, all)})));
+    const auto summary = [&block, at] {
+        return text(*at.address) + " hex, to write " + text(block.txtACR[0]);
+    };
+    summarise(page, section, summary, summary, {at.address, &block.txtACR[0]});
+    return section;
+}
+
+Section& addGeneralRegisterSection(PageUi& page, ControlRegister& block, const RegisterAddress& at) {
+    PanelUi& ui = page.ui();
+    auto* address = byteField(page, *at.address);
+    address->setAccessibleName("General purpose register's address");
+    auto* toWrite = static_cast<QLineEdit*>(byteField(page, block.txtGPWrite));
+    auto* asRead = ui.value(block.lblGPRead, "00");
+    asRead->setFixedWidth(dp(36));
+    asRead->setAlignment(Qt::AlignCenter);
+    tintHexDifference(page, block.txtGPWrite, *toWrite, block.lblGPRead,
+                      [&block] { return block.lblGPRead.caption(); });
+    auto* name = ui(block.lblGDRs);
+    makeQuiet(*name);
+    QBoxLayout* all = rows(
+        {row({columnLabel("Register", address), address, quietText("hex"), name, stretch}),
+         byteLine(page, "To write", toWrite, "general purpose register", block.cmdWriteGP, block.Shape2[2]),
+         byteLine(page, "As read", asRead, "general purpose register", block.cmdGPRead, block.Shape2[3])});
+    Section& section = page.addSection(block.frmRegisterWrite, "General Purpose Register",
+                                       qt::block(rows({plainFrame(page, block.frmRegisterWrite, all)})));
+    const auto summary = [&block] { return QString::fromStdString(block.lblGDRs.caption()); };
+    summarise(page, section, summary, summary, {&block.lblGDRs});
+    return section;
+}
+
+} // namespace vrk

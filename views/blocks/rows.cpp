@@ -1,0 +1,136 @@
+#include "views/blocks/rows.h"
+
+#include "platform/controls/controls.h"
+#include "platform/qt/theme.h"
+#include "platform/runtime/text.h"
+#include "views/workspace/Page.h"
+#include "views/workspace/Section.h"
+
+#include <QEvent>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+
+#include <memory>
+#include <utility>
+
+namespace vrk {
+
+using namespace qt;
+
+namespace {
+
+constexpr int kLabelColumn = 72;
+constexpr int kRow = 24; ///< with the distance of 4 a row of 28
+
+/// Calls `changed` for events of one kind of another widget.
+class Listener final : public QObject {
+  public:
+    Listener(QObject& target, std::vector<QEvent::Type> types, std::function<void()> changed)
+        : QObject(&target), types_(std::move(types)), changed_(std::move(changed)) {
+        target.installEventFilter(this);
+    }
+
+  private:
+    bool eventFilter(QObject*, QEvent* event) override {
+        for (const QEvent::Type type : types_)
+            if (event->type() == type)
+                changed_();
+        return false;
+    }
+
+    std::vector<QEvent::Type> types_;
+    std::function<void()> changed_;
+};
+
+} // namespace
+
+QWidget* columnLabel(const QString& text, QWidget* field) {
+    QLabel* label = field != nullptr ? caption(text, field) : quietText(text);
+    label->setMinimumSize(dp(kLabelColumn), dp(kRow));
+    label->setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Preferred);
+    return label;
+}
+
+QBoxLayout* rows(const std::vector<Item>& items) {
+    return tightColumn(items);
+}
+
+QWidget* wideButton(QWidget* button, int width) {
+    button->setFixedWidth(dp(width));
+    return button;
+}
+
+QWidget* byteField(PageUi& page, TextBox& box) {
+    KeyLineEdit* field = page.ui()(box, 2);
+    field->setFixedWidth(dp(36));
+    field->setAlignment(Qt::AlignCenter);
+    return field;
+}
+
+void summarise(PageUi& page, Section& section, std::function<QString()> folded,
+               std::function<QString()> unfolded, const std::vector<Control*>& watched) {
+    section.setSummary([&section, folded = std::move(folded), unfolded = std::move(unfolded)] {
+        return section.folded() ? folded() : unfolded();
+    });
+    for (Control* control : watched)
+        page.ui().watch(*control, [&section] { section.refresh(); });
+    new Listener(*section.content(), {QEvent::HideToParent, QEvent::ShowToParent},
+                 [&section] { section.refresh(); });
+}
+
+void showWhileFolded(Section& section, QWidget* extra) {
+    section.setSummary(extra);
+    extra->setVisible(section.folded());
+    new Listener(*section.content(), {QEvent::HideToParent, QEvent::ShowToParent},
+                 [extra, content = section.content()] { extra->setVisible(content->isHidden()); });
+}
+
+void tintDifference(PageUi& page, const TextBox& written, QLineEdit& field, const Control& read,
+                    std::function<bool()> differs, QWidget* words) {
+    const auto show = [&field, &read, words, differs = std::move(differs)] {
+        const auto& worth = read.freshness();
+        const bool holds = worth && (worth->state == Freshness::State::Fresh || worth->failed) &&
+                           worth->state != Freshness::State::Never;
+        const bool tinted = holds && differs();
+        setTone(field, tinted ? Tone::Differs : Tone::Plain);
+        field.setAccessibleDescription(tinted ? "differs from read" : QString());
+        if (words != nullptr)
+            words->setVisible(tinted);
+    };
+    page.ui().watch(const_cast<TextBox&>(written), show);
+    page.ui().watch(const_cast<Control&>(read), show);
+}
+
+void tintHexDifference(PageUi& page, TextBox& written, QLineEdit& field, Control& read,
+                       std::function<std::string()> readText, QWidget* words) {
+    tintDifference(
+        page, written, field, read,
+        [&written, readText = std::move(readText)] {
+            return hexToInt(written.text()) != hexToInt(readText());
+        },
+        words);
+}
+
+QLineEdit* readByte(PageUi& page, TextBox& box) {
+    KeyLineEdit* field = page.ui()(box, 2);
+    field->setFixedWidth(dp(36));
+    field->setAlignment(Qt::AlignCenter);
+    field->setFrame(false);
+    const auto show = [field, &box] {
+        const auto& worth = box.freshness();
+        const Freshness::State state = worth ? worth->state : Freshness::State::Fresh;
+        QPalette colours;
+        colours.setColor(QPalette::Base, Qt::transparent);
+        if (state != Freshness::State::Fresh)
+            colours.setColor(QPalette::Text,
+                             toneColour(state == Freshness::State::Never ? Tone::Quiet : Tone::Stale));
+        if (field->palette() != colours)
+            field->setPalette(colours);
+    };
+    page.ui().watch(box, show);
+    new Listener(*field, {QEvent::ApplicationPaletteChange}, show);
+    return field;
+}
+
+} // namespace vrk

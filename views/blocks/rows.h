@@ -1,0 +1,52 @@
+#pragma once
+
+#include "platform/qt/layout.h"
+
+#include <QString>
+
+#include <functional>
+#include <vector>
+
+class QLabel;
+class QLineEdit;
+class QWidget;
+
+namespace vrk {
+
+class Control;
+class PageUi;
+class Section;
+class TextBox;
+
+/// What sections of the inspector are built of.
+
+/// The caption at the left of a row: all of them together are one column. \param field gets the keyboard by
+/// the caption's letter, may be nullptr.
+QWidget* columnLabel(const QString& text, QWidget* field = nullptr);
+/// Rows with the distance of one group.
+QBoxLayout* rows(const std::vector<qt::Item>& items);
+/// Fixed width, so that buttons under one another have common edges.
+QWidget* wideButton(QWidget* button, int width);
+/// A field for a hexadecimal byte or address.
+QWidget* byteField(PageUi& page, TextBox& box);
+
+/// Keeps a section's summary up to date. \param folded, unfolded words for either state of the section; both
+/// are asked again when one of `watched` changes.
+void summarise(PageUi& page, Section& section, std::function<QString()> folded,
+               std::function<QString()> unfolded, const std::vector<Control*>& watched);
+/// Shows `extra` in the section's heading while the section is folded.
+void showWhileFolded(Section& section, QWidget* extra);
+
+/// Tints the field of a value to write while what was read is another one, whatever its lamp says. A value
+/// that was never read, or that no longer holds for another reason than a failed read, differs from nothing.
+/// \param differs compares the two. \param words said beside the field, may be nullptr.
+void tintDifference(PageUi& page, const TextBox& written, QLineEdit& field, const Control& read,
+                    std::function<bool()> differs, QWidget* words = nullptr);
+/// The same for two hexadecimal texts.
+void tintHexDifference(PageUi& page, TextBox& written, QLineEdit& field, Control& read,
+                       std::function<std::string()> readText, QWidget* words = nullptr);
+
+/// A read byte that the model keeps in a text box: without a box around it, grey while it holds nothing.
+QLineEdit* readByte(PageUi& page, TextBox& box);
+
+} // namespace vrk

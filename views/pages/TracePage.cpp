@@ -116,9 +116,14 @@ void makeTracePage(PageUi& page, Doco& p) {
         bar->show();
         bar->findChild<QWidget*>("find")->setFocus(Qt::OtherFocusReason);
     });
+    auto* left = new QWidget; // the dock's row is wider than its items
+    left->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
+    page.addHeadItem(left);
     for (QWidget* item :
-         std::initializer_list<QWidget*>{ui(p.ChkTrace[2]), ui(p.chkTRDetail), find, ui(p.cndTclear), save})
+         std::initializer_list<QWidget*>{ui(p.ChkTrace[2]), ui(p.chkTRDetail), find, ui(p.cndTclear), save}) {
+        item->setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
         page.addHeadItem(item);
+    }
 
     auto* content = column({log, bar, rows});
     content->setStretch(0, 1);

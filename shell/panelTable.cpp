@@ -6,9 +6,9 @@ namespace vrk {
 
 std::vector<PanelRow> makePanelTable(Bench& bench) {
     return {
-        {.slot = &bench.frmStartup, .manualPage = "Start panel"},
-        {.slot = &bench.frmMotherboardDAQ2, .manualPage = "Motherboard console"},
-        {.slot = &bench.frmMainF340, .manualPage = "Controller console"},
+        {.slot = &bench.frmStartup, .manualPage = "Home"},
+        {.slot = &bench.frmMotherboardDAQ2, .manualPage = "Motherboard"},
+        {.slot = &bench.frmMainF340, .manualPage = "Controller"},
         {.slot = &bench.frmVRK_User1,
          .startRow = frmStartup::kI2C,
          .companions = {&bench.ProductExec},

@@ -25,7 +25,7 @@ namespace {
 
 constexpr int kPinsAPort = 8;
 constexpr int kPorts = 3;
-constexpr int kLeastPortWidth = 216;
+constexpr int kLeastPortWidth = 264;
 
 /// Over the drive boxes of each port.
 constexpr std::array<const char*, kPorts> kDriveTitles = {"P0 DRV Enables", "P1 DRV", "P2 DRV "};
@@ -104,7 +104,7 @@ QWidget* allPorts(PanelUi& ui, frmMotherboardDAQ2& p) {
 }
 
 QWidget* supplyBox(PanelUi& ui, frmMotherboardDAQ2& p) {
-    auto* volts = ui.value(p.lblVCCVoltsRDBK, "00.000", 1.7);
+    auto* volts = ui.value(p.lblVCCVoltsRDBK, "0.000", 1.7);
     volts->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
     volts->setAccessibleName("VCC read back, volts");
     auto* target = entry(ui, p.txtVCCVolts, 6, "VCC volts");
@@ -115,19 +115,25 @@ QWidget* supplyBox(PanelUi& ui, frmMotherboardDAQ2& p) {
         widget->setSide(20);
         return widget;
     };
+    auto* sample = ui(p.cmdSampleVCC);
+    sample->setMinimumWidth(sample->sizeHint().width());
+    const auto line = [](const char* name, std::vector<Item> items) {
+        auto* words = quietText(name);
+        words->setMinimumWidth(dp(64));
+        items.insert(items.begin(), words);
+        return row(items);
+    };
     return box("Supply",
-               column({grid({
-                           {"VCC", tightRow({lamp(p.ShpVCCon, "VCC"), ui(p.OptVCC[0]), ui(p.OptVCC[1]), stretch}),
-                            ui(p.ChkTrack)},
-                           {"V−", tightRow({lamp(p.ShpVCCMinusOn, "V−"), ui(p.OptVCCMinus[0]),
-                                            ui(p.OptVCCMinus[1]), stretch})},
-                           {"Read back", tightRow({volts, quietText("V"), stretch}), ui(p.cmdSampleVCC), stretch},
-                           {{}, wide(age, 2)},
-                           {caption("Level", target), tightRow({target, quietText("V"), stretch}),
-                            ui(p.cmdSetVCCVolts)},
-                           {"Calibration", wide(calibration, 2)},
-                       }),
-                       stretch}));
+               column({
+                   line("VCC", {lamp(p.ShpVCCon, "VCC"), ui(p.OptVCC[0]), ui(p.OptVCC[1]), stretch}),
+                   line("V−", {lamp(p.ShpVCCMinusOn, "V−"), ui(p.OptVCCMinus[0]), ui(p.OptVCCMinus[1]), stretch,
+                               ui(p.ChkTrack)}),
+                   line("Measured", {volts, quietText("V"), stretch, sample}),
+                   line("", {age, stretch}),
+                   line("Level", {target, quietText("V"), stretch, ui(p.cmdSetVCCVolts)}),
+                   line("Calibration", {calibration, stretch}),
+                   stretch,
+               }));
 }
 
 /// The supply DAC's four frames. The first cell of each row is not sent.

@@ -1,5 +1,6 @@
 #include "platform/qt/theme.h"
 #include "shell/ProductExec.h"
+#include "views/pages/boxes.h"
 #include "views/pages/pageMakers.h"
 #include "views/workspace/Page.h"
 
@@ -19,8 +20,9 @@ void makeProductTablePage(PageUi& page, ProductExec& p) {
     table->setAccessibleName("Parts");
     table->setFont(valueFont());
     table->horizontalHeader()->setSectionResizeMode(QHeaderView::ResizeToContents);
-    table->setMinimumSize(table->fontMetrics().averageCharWidth() * 120,
-                          table->fontMetrics().lineSpacing() * 18);
+    table->setSelectionBehavior(QAbstractItemView::SelectRows);
+    table->setMinimumSize(table->fontMetrics().averageCharWidth() * 60,
+                          table->fontMetrics().lineSpacing() * 8);
 
     // What the row chosen will set, field by field, three fields a line.
     constexpr int kFieldsALine = 3;
@@ -37,11 +39,30 @@ void makeProductTablePage(PageUi& page, ProductExec& p) {
         lines.back().emplace_back(value);
     }
 
-    page.setContent(block(column({
+    auto* goBack = ui(p.cmdReturn);
+    makeAccent(*goBack);
+    auto* why = quietText("Choose a row first: Return takes it to the panel");
+    why->setObjectName("return.why");
+    ui.watch(p.cmdReturn, [why, goBack, &p] {
+        const bool refused = !p.cmdReturn.enabled();
+        why->setVisible(refused);
+        goBack->setToolTip(refused ? why->text() : QString());
+    });
+    auto* cancel = new QPushButton("Cancel");
+    cancel->setObjectName("product.cancel");
+    cancel->setAutoDefault(false);
+    cancel->setToolTip("Returns without a choice");
+    QObject::connect(cancel, &QPushButton::clicked, &page, [&page] { (void)page.slot().userClose(); });
+    page.onWrite("Return with the row chosen", [goBack] { goBack->click(); });
+    page.onAbort("Return without a choice", [cancel] { cancel->click(); });
+
+    auto* all = column({
         ui.frame(p.Frame1, {}, column({table})),
-        group("Row chosen", grid(lines)),
-        row({ui(p.cmdLoadParam), ui(p.cmdSaveParam), stretch, ui(p.cmdReturn)}),
-    })));
+        box("Row chosen", grid(lines), BoxFrame::Ground::Base),
+        row({ui(p.cmdLoadParam), ui(p.cmdSaveParam), stretch, why, goBack, cancel}),
+    });
+    all->setStretch(0, 1);
+    page.setContent(block(all));
     page.setFirstFocus(table);
 }
 

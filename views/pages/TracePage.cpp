@@ -7,6 +7,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QVBoxLayout>
 
 namespace vrk {
 
@@ -48,6 +49,42 @@ QWidget* findBar(PageUi& page, LogView& log) {
     return bar;
 }
 
+/// Stands in the middle of a trace without a line, and says how lines come.
+void sayWhenEmpty(PanelUi& ui, Doco& p, LogView& log) {
+    auto* words = quietText({});
+    words->setObjectName("trace.empty");
+    words->setAlignment(Qt::AlignCenter);
+    words->setWordWrap(true);
+    words->setAttribute(Qt::WA_TransparentForMouseEvents);
+    auto* over = new QVBoxLayout(log.viewport());
+    over->addWidget(words);
+    const auto show = [words, &p] {
+        words->setText(p.ChkTrace[2].checked()
+                           ? "Trace is on; nothing has happened yet."
+                           : "The trace is empty. Switch on Trace to record what the link does, and Detailed "
+                             "for every register access.");
+        words->setVisible(p.rtxt1.size() == 0);
+    };
+    ui.watch(p.rtxt1, show);
+    ui.watch(p.ChkTrace[2], show);
+}
+
+/// Levels that few need, and the file; Save… unfolds them.
+QWidget* saveRows(PanelUi& ui, Doco& p) {
+    auto* path = ui(p.txtFilePath, 24);
+    path->setPlainText(true);
+    path->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+    path->setAccessibleName("File");
+    QWidget* rows = block(column({
+        row({caption("File", path), path, ui(p.cmdBrowse), ui(p.chkAppend), ui(p.cmdStartRec[0])}),
+        row({"Levels", ui(p.ChkBasIO), ui(p.ChkVerbose), ui(p.ChkTrace[1]), ui(p.ChkTrace[0]), stretch}),
+    }));
+    rows->setObjectName("save.rows");
+    rows->setProperty("folded", true);
+    rows->hide();
+    return rows;
+}
+
 } // namespace
 
 void makeTracePage(PageUi& page, Doco& p) {
@@ -55,21 +92,40 @@ void makeTracePage(PageUi& page, Doco& p) {
     page.setHelpPage("Trace");
     auto* log = ui(p.rtxt1);
     log->setAccessibleName("Trace");
-    log->setMinimumSize(log->fontMetrics().averageCharWidth() * 72, log->fontMetrics().lineSpacing() * 24);
+    log->setMinimumSize(log->fontMetrics().averageCharWidth() * 40, log->fontMetrics().lineSpacing() * 3);
     log->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
-    auto* path = ui(p.txtFilePath, 40);
-    path->setPlainText(true);
-    path->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
-    path->setAccessibleName("File");
+    sayWhenEmpty(ui, p, *log);
 
-    auto* options =
-        group("Levels", column({ui(p.ChkTrace[2]), ui(p.chkTRDetail), ui(p.ChkBasIO), ui(p.ChkVerbose),
-                                ui(p.ChkTrace[1]), ui(p.ChkTrace[0]), gap, ui(p.cndTclear), stretch}));
-    auto* content = column({
-        row({log, gap, options}),
-        findBar(page, *log),
-        row({caption("File", path), path, ui(p.cmdBrowse), ui(p.chkAppend), ui(p.cmdStartRec[0])}),
+    QWidget* rows = saveRows(ui, p);
+    auto* save = new QPushButton("Save…");
+    save->setObjectName("trace.save");
+    save->setAccessibleName("Save the trace");
+    save->setAutoDefault(false);
+    save->setCheckable(true);
+    QObject::connect(save, &QPushButton::toggled, rows, [rows, &ui, &p](bool shown) {
+        rows->setVisible(shown);
+        if (Binding* path = shown ? ui.find(p.txtFilePath) : nullptr)
+            qobject_cast<QWidget*>(&path->target())->setFocus(Qt::OtherFocusReason);
     });
+    QWidget* bar = findBar(page, *log);
+    auto* find = new QPushButton("Find");
+    find->setObjectName("trace.find");
+    find->setAutoDefault(false);
+    find->setToolTip("Ctrl+F");
+    QObject::connect(find, &QPushButton::clicked, bar, [bar] {
+        bar->show();
+        bar->findChild<QWidget*>("find")->setFocus(Qt::OtherFocusReason);
+    });
+    auto* left = new QWidget; // the dock's row is wider than its items
+    left->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
+    page.addHeadItem(left);
+    for (QWidget* item :
+         std::initializer_list<QWidget*>{ui(p.ChkTrace[2]), ui(p.chkTRDetail), find, ui(p.cndTclear), save}) {
+        item->setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
+        page.addHeadItem(item);
+    }
+
+    auto* content = column({log, bar, rows});
     content->setStretch(0, 1);
     page.setContent(block(content));
     page.setFirstFocus(log);

@@ -169,7 +169,7 @@ QWidget* makeI2cPage(PageUi& page, frmMainF340& p) {
     auto* address = addressBlock(ui, p);
     auto* transfer = transferBlock(ui, p);
     auto* individual = individualBlock(ui, p);
-    return block(column({new BoxFlow({address, options, transfer, individual}, dp(352))}));
+    return block(column({new BoxFlow({address, options, transfer, individual}, dp(340))}));
 }
 
 QWidget* makeSpiPage(PageUi& page, frmMainF340& p) {
@@ -242,18 +242,17 @@ QWidget* makeByteTable(PageUi& page, frmMainF340& p) {
                   row({load, stretch}),
                   dense(grid({{"Fill with", fills[0], fills[1], fills[2], stretch},
                               {{}, fills[3], fills[4], fills[5]}})),
-                  row({ui(p.cmdFillWriteTextBoxes), quietText("that many bytes from register 00"), stretch}),
+                  row({ui(p.cmdFillWriteTextBoxes), quietText("from register 00"), stretch}),
               }));
     auto* asRead =
-        block(row({ui(p.cmdClearReadTextBoxes), quietText("bytes read, registers 00 to 1F"), stretch}));
+        block(row({ui(p.cmdClearReadTextBoxes), quietText("bytes read, 00 to 1F"), stretch}));
 
     // The bytes to write one after the other, then those that were read.
     order.insert(order.end(), reads.begin(), reads.end());
     auto* bytes = box("Bytes by register (hex)", row({column({cells, stretch}), stretch}), BoxFrame::Ground::Base);
     auto* fill = box("Bytes to write", column({toWrite, asRead, stretch}));
     auto* boxes = row({bytes, fill});
-    boxes->setStretch(0, 3);
-    boxes->setStretch(1, 1);
+    boxes->setStretch(0, 1);
     QWidget* whole = block(boxes);
     setTabOrder(order);
     return whole;

@@ -201,7 +201,7 @@ QWidget* makeGpioPage(PageUi& page, frmMainF340& p, QWidget* registerPlace) {
     auto* all = allPorts(ui, p);
     auto* words = howToRead(ui, p);
     auto* map = new BoxFlow(ports, dp(kLeastPortWidth));
-    auto* lower = new BoxFlow({all, registerPlace, words}, dp(500));
+    auto* lower = new BoxFlow({all, registerPlace, words}, dp(440));
     auto* content = column({map, lower, stretch});
     return block(content);
 }

@@ -9,9 +9,9 @@ A list is a TOML file with entries of
     hurts = "what a user would suffer"
 
 usage: mutate.py check                      every entry still fits the sources; builds nothing
-       mutate.py run COPY [OPTION]... [FOLDER]...
-           COPY          folder for the copy and its build; kept, so that the next run builds little
+       mutate.py run [OPTION]... [FOLDER]...
            FOLDER        only the faults of files under it; all without
+           --copy C      folder for the copy and its build; kept, so that the next run builds little
            --preset P    debug (default) or asan
            --jobs N      build and test with so many processes
            --without T   leave out a test program, whose tests fail without any fault
@@ -229,7 +229,7 @@ def main():
     commands = parser.add_subparsers(dest="command", required=True)
     commands.add_parser("check")
     runs = commands.add_parser("run")
-    runs.add_argument("copy")
+    runs.add_argument("--copy", default=str(ROOT / "build/mutate"))
     runs.add_argument("folder", nargs="*")
     runs.add_argument("--preset", choices=("debug", "asan"), default="debug")
     runs.add_argument("--jobs", type=int, default=os.cpu_count() or 1)

@@ -468,9 +468,11 @@ void ChannelBlock::sweepWiper(int channel, int from, int to, int step) {
         {&Slider1[channel], &List1[channel], &txtHexDataWrt[channel], &txtDECDataWrt[channel]});
     sweeping_ = true;
     const OnScopeExit ended([this] { sweeping_ = false; });
-    const int count = (std::max(from, to) - std::min(from, to) + step - 1) / step + 1;
+    const int length = std::abs(to - from);
+    step = std::min(step, length + 1); // a longer one goes straight to the end as well
+    const int count = (length + step - 1) / step + 1;
     for (int done = 0; done < count && !stopped; ++done) {
-        const int distance = std::min(done * step, std::abs(to - from)); // the last position is always taken
+        const int distance = std::min(done * step, length); // the last position is always taken
         const int position = from <= to ? from + distance : from - distance;
         if (!sweepPosition(channel, position)) {
             host().tell(false, "Sweep ended at position " + decimalText(position), "the part did not answer",

@@ -1,6 +1,6 @@
+#include "views/pages.h"
 #include "platform/files/files.h"
 #include "tests/support/TestBench.h"
-#include "views/pages.h"
 
 #include <QString>
 

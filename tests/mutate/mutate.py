@@ -9,9 +9,9 @@ A list is a TOML file with entries of
     hurts = "what a user would suffer"
 
 usage: mutate.py check                      every entry still fits the sources; builds nothing
-       mutate.py run COPY [OPTION]... [FOLDER]...
-           COPY          folder for the copy and its build; kept, so that the next run builds little
+       mutate.py run [OPTION]... [FOLDER]...
            FOLDER        only the faults of files under it; all without
+           --copy C      folder for the copy and its build; kept, so that the next run builds little
            --preset P    debug (default) or asan
            --jobs N      build and test with so many processes
            --without T   leave out a test program, whose tests fail without any fault
@@ -104,7 +104,10 @@ class Tree:
         self.environment["LSAN_OPTIONS"] = f"suppressions={copy}/tests/leaks.supp:print_suppressions=0"
 
     def configure(self):
-        options = [f"-DCMAKE_CXX_FLAGS_{kind}=-O0 -g1 -D_GLIBCXX_ASSERTIONS" for kind in ("DEBUG", "RELWITHDEBINFO")]
+        # What a fault leaves unused is no fault of its own.
+        unused = " ".join(f"-Wno-unused-{what}" for what in ("variable", "parameter", "function", "but-set-variable"))
+        flags = f"-O0 -g1 -D_GLIBCXX_ASSERTIONS {unused}"
+        options = [f"-DCMAKE_CXX_FLAGS_{kind}={flags}" for kind in ("DEBUG", "RELWITHDEBINFO")]
         if shutil.which("ccache"):
             options.append("-DCMAKE_CXX_COMPILER_LAUNCHER=ccache")
         self.must(["cmake", "--preset", self.preset, *options])
@@ -229,7 +232,7 @@ def main():
     commands = parser.add_subparsers(dest="command", required=True)
     commands.add_parser("check")
     runs = commands.add_parser("run")
-    runs.add_argument("copy")
+    runs.add_argument("--copy", default=str(ROOT / "build/mutate"))
     runs.add_argument("folder", nargs="*")
     runs.add_argument("--preset", choices=("debug", "asan"), default="debug")
     runs.add_argument("--jobs", type=int, default=os.cpu_count() or 1)

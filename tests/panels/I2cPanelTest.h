@@ -23,6 +23,39 @@ class I2cPanelTest : public TestBench {
         type(box, text);
         (void)box.userEnter();
     }
+    /// Has the product table filled with these fields of one part, up to "Data Size", chosen and returned
+    /// from; returns what was said. Fields: part, channels, taps, address, control register and its byte,
+    /// general register, four that the panel leaves alone, size of address and data.
+    std::vector<std::string> chooseRow(const std::string& fields, int row = 1, int rows = 1) {
+        std::string file =
+            "Description,Part,Channels,Taps,Adr,ACR Adr,ACR,GP,a,b,c,d,Adr Size,Size,Notes\r\n";
+        for (int copy = 1; copy <= rows; ++copy)
+            file += "row " + decimalText(copy) + "," + fields + ",\r\n";
+        dialogs.answerFile(folder.write("parts.csv", file).string());
+        at(200, [this, row] {
+            (void)bench.ProductExec->cmdLoadParam.userClick();
+            (void)bench.ProductExec->tGrid.userSelect(row, 0);
+            (void)bench.ProductExec->cmdReturn.userClick();
+        });
+        EXPECT_TRUE(i2c().mnu_I2cList.userClick().done());
+        std::vector<std::string> said = boxes();
+        std::erase_if(said, [](const std::string& box) {
+            return box.find("[") == 0 || box.find(".csv]") != std::string::npos || box == " []";
+        });
+        return said;
+    }
+    /// Values that went to a port's latch, without repetitions.
+    std::vector<int> latch(const char* address, int mask) {
+        std::vector<int> values;
+        for (const std::string& report : sent(report::Command::SfrAccess, 5))
+            if (report.substr(0, 11) == std::string("01 12 00 ") + address) {
+                const int value = hexToInt(report.substr(12)) & mask;
+                if (values.empty() || values.back() != value)
+                    values.push_back(value);
+            }
+        return values;
+    }
+    static Freshness::State stateOf(const Control& reading) { return reading.freshness()->state; }
     /// The I2C transfers that went out since the last call, each without the bytes behind its end.
     std::vector<std::string> transfers() {
         std::vector<std::string> cut = sent(report::Command::I2cTransfer, 64);

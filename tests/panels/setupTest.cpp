@@ -92,6 +92,11 @@ TEST_F(SetupTest, AddressPinsMoveThePartAndTheCopyFollowsIt) {
         i2c().CMDxMIT[0].userClick(); // the part has left its old address
         EXPECT_THAT(boxes(), ElementsAre(kInvalidAddress, kWriteError));
     }
+    // Bit 0 is the bus's own read mark, whatever stands in the field.
+    i2c().txtDeviceAdr.setText("6F");
+    wire.clear();
+    i2c().CMDxMIT[0].userClick();
+    EXPECT_EQ(transfers().front().substr(0, 8), "01 06 6E");
 }
 
 TEST_F(SetupTest, AddressEntryKeepsItsRange) {

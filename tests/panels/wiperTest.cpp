@@ -276,9 +276,7 @@ TEST_F(WiperTest, SecondClickWhileAWriteRunsIsRefused) {
 
 TEST_F(WiperTest, TwoWirePartsSendTheInstructionAndAreReadWithTheirAddressPinHigh) {
     openI2c();
-    console().chkRandom.setValue(0);
-    console().chk2WireRead.setValue(1);
-    i2c().lblProduct.setCaption("Q4410/9, I2C, Four Channel, 64 Tap");
+    EXPECT_THAT(chooseRow("Q4410/9,4,256,50,NA,NA,NA,r,s,t,u,1,1"), IsEmpty());
     bus.reply(6, {0x01, 0x00});
     wire.clear();
     act([this] { i2c().Wrt_VRK(1); });

@@ -39,6 +39,37 @@ TEST_F(BenchTest, TwoBenchesInOneProgramShareNothing) {
     EXPECT_FALSE(std::get<bool>(value("TrackOn").get(0)));
 }
 
+TEST_F(BenchTest, EverySharedValueIsItsOwn) {
+    loadConsoles();
+    const auto snapshot = [this] {
+        std::vector<ActionValue> all;
+        for (const auto& shared : bench.sharedValues().all())
+            for (int index = std::max(shared.first, 0); index <= std::max(shared.last, 0); ++index)
+                all.push_back(shared.get(index));
+        return all;
+    };
+    for (const auto& shared : bench.sharedValues().all()) {
+        if (!shared.set || shared.name == "reportBuffer")
+            continue;
+        const std::vector<ActionValue> before = snapshot();
+        const ActionValue old = shared.get(std::max(shared.last, 0));
+        ActionValue changed = std::string("7B");
+        if (std::holds_alternative<bool>(old))
+            changed = !std::get<bool>(old);
+        else if (std::holds_alternative<std::int64_t>(old))
+            changed = std::int64_t{123};
+        else if (std::holds_alternative<double>(old))
+            changed = 1.25;
+        shared.set(std::max(shared.last, 0), changed);
+        EXPECT_EQ(shared.get(std::max(shared.last, 0)), changed) << shared.name;
+        const std::vector<ActionValue> after = snapshot();
+        int differing = 0;
+        for (std::size_t value = 0; value < after.size(); ++value)
+            differing += after[value] == before[value] ? 0 : 1;
+        EXPECT_EQ(differing, 1) << shared.name;
+    }
+}
+
 TEST_F(BenchTest, BadTextForTheReportBufferChangesNothing) {
     value("reportBuffer").set(0, std::string("01FF"));
     EXPECT_EQ(std::get<std::string>(value("reportBuffer").get(0)).substr(0, 6), "01FF00");

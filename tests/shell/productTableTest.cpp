@@ -183,6 +183,11 @@ TEST_F(ProductTableTest, OnlyARowOfDataIsChosen) {
     (void)table().tGrid.userSelect(2, 0);
     EXPECT_TRUE(selected());
     EXPECT_EQ(chosen(17), "b17");
+    const auto reload = [this](const char* name) {
+        return std::get<bool>(bench.sharedValues().find(name)->get(kNoIndex));
+    };
+    act([this] { table().cmdReturn_Click(); });
+    EXPECT_TRUE(reload("reloadSPIList") && !reload("reloadI2CList"));
     (void)table().tGrid.userSelect(3, 0); // behind the data
     EXPECT_FALSE(selected());
     EXPECT_FALSE(table().cmdReturn.enabled());
@@ -196,39 +201,6 @@ TEST_F(ProductTableTest, OnlyARowOfDataIsChosen) {
     EXPECT_EQ(table().tGrid.row(), 0);
     EXPECT_EQ(table().tGrid.rows(), 3);
     EXPECT_EQ(table().tGrid.cell(1, 18), "c18");
-}
-
-/// A special family changes groups, captions, pins and bus options; an ordinary part gets them all back.
-TEST_F(ProductTableTest, PartChosenAfterASpecialFamilyAnswers) {
-    openI2c();
-    for (const char* family : {"Q4422", "Q4410/9", "Q3318/9"}) {
-        SCOPED_TRACE(family);
-        bus.socket("KV4071");
-        dialogs.answerFile(
-            folder.write("f.csv", line("h", 15) + "d," + family + ",4,64,50,02,00,NA,r,s,t,u,1,1,x\n")
-                .string());
-        at(200, [this] {
-            (void)table().cmdLoadParam.userClick();
-            (void)table().tGrid.userSelect(1, 0);
-            (void)table().cmdReturn.userClick();
-        });
-        ASSERT_TRUE(i2c().mnu_I2cList.userClick().done());
-        (void)boxes();
-        EXPECT_EQ(i2c().Frq4422.visible(), std::string(family) == "Q4422");
-        EXPECT_EQ(i2c().Frq4410Show.visible(), std::string(family) == "Q4410/9");
-        EXPECT_EQ(i2c().frq331x.visible(), std::string(family) == "Q3318/9");
-        EXPECT_EQ(console().chk2WireRead.checked(), std::string(family) != "Q4422");
-        (void)i2c().mnu_KV4071.userClick();
-        (void)i2c().OptVCC[1].userClick();
-        (void)i2c().OptVCC[0].userClick();
-        EXPECT_FALSE(console().chk2WireRead.checked());
-        EXPECT_TRUE(i2c().fraADDRSelect.visible() && i2c().SSFrame2.visible() && i2c().FrmShutdown.visible());
-        type(i2c().txtHexDataWrt[0], "2A");
-        (void)i2c().txtHexDataWrt[0].userEnter();
-        EXPECT_EQ(bus.state().part->wipers.front(), 0x2A);
-        (void)i2c().cmdI2Read[0].userClick();
-        EXPECT_NE(i2c().lblWiperVolts[0].caption(), "0.000"); // it is not held in shutdown
-    }
 }
 
 TEST_F(ProductTableTest, WindowClosedWithoutAChoiceLeavesThePanelAsItWas) {
@@ -245,6 +217,7 @@ TEST_F(ProductTableTest, WindowClosedWithoutAChoiceLeavesThePanelAsItWas) {
                 ElementsAre(EndsWith("parts-I2C.csv]"), "No Device was selected from the list [OK]"));
     EXPECT_EQ(i2c().txtDeviceAdr.text(), "6A");
     EXPECT_EQ(i2c().wipers.TapCount, 128);
+    EXPECT_EQ(bench.context().front, &bench.frmVRK_User1);
 }
 
 TEST_F(ProductTableTest, WrittenFileEndsItsLinesInCommaAndBlank) {

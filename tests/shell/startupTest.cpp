@@ -57,7 +57,9 @@ TEST_F(StartupTest, SelectionHandsOverAndTheMainMenuComesBackWithoutASecondDisco
     EXPECT_EQ(startup().cboVRKSelect.listIndex(), 0);
     EXPECT_TRUE(startup().Timer1.running());
     EXPECT_EQ(link().activePanel, &startup());
+    board().setPin(frmMotherboardDAQ2::kPinMotherboardSwitch, 1);
     startup().cboVRKSelect.userSelect(2);
+    EXPECT_FALSE(board().chkPData[frmMotherboardDAQ2::kPinMotherboardSwitch].checked()); // the I2C bus again
     EXPECT_TRUE(bench.frmVRK_User1.visible());
     EXPECT_EQ(&console(), before);
     EXPECT_EQ(link().hidHandle, handle);
@@ -75,6 +77,19 @@ TEST_F(StartupTest, SecondPickInsideALoadIsRefused) {
     EXPECT_TRUE(startup().cboVRKSelect.enabled());
     EXPECT_TRUE(board().chkPData[frmMotherboardDAQ2::kPinShutdown].checked());
     EXPECT_EQ(bus.state().sfr.at("90") & 4, 4); // the part is not held in shutdown
+}
+
+TEST_F(StartupTest, LoadThatFaultsLeavesNothingHalfOpen) {
+    bench.start();
+    bus.reply(static_cast<int>(report::Command::I2cClock), {0x01, 0x00, 48, 1}); // kHz beyond 16 bits
+    EXPECT_EQ(startup().cboVRKSelect.userSelect(frmStartup::kI2C).kind, Outcome::Kind::Faulted);
+    EXPECT_EQ(boxes().size(), 1U);
+    EXPECT_FALSE(bench.frmMainF340.loaded() || bench.frmVRK_User1.loaded());
+    EXPECT_EQ(startup().cboVRKSelect.listIndex(), 0);
+    EXPECT_TRUE(startup().Timer1.running() && startup().cboVRKSelect.enabled());
+    startup().cboVRKSelect.userSelect(frmStartup::kI2C); // the next use loads anew
+    EXPECT_TRUE(bench.frmVRK_User1.visible() && bench.frmMainF340.loaded());
+    EXPECT_EQ(bus.state().handles, 2);
 }
 
 TEST_F(StartupTest, ConsolesShowAlongAfterADoubleClickOnThePicture) {

@@ -51,6 +51,8 @@ TEST_F(TraceTest, DetailSwitchesOfBothPanelsShowTheSame) {
     EXPECT_EQ(trace().chkTRDetail.value(), 1);
     trace().chkTRDetail.userClick();
     EXPECT_EQ(startup().chkTRDetail.value(), 0);
+    trace().ChkVerbose.userClick();
+    EXPECT_TRUE(bench.trace().traceVerbose);
 }
 
 TEST_F(TraceTest, SavedFileEndsEachSectionWithEndOnALineOfItsOwn) {
@@ -68,6 +70,16 @@ TEST_F(TraceTest, SavedFileEndsEachSectionWithEndOnALineOfItsOwn) {
     trace().chkAppend.userClick();
     trace().cmdStartRec[0].userClick();
     EXPECT_EQ(saved("trace.txt"), head + "one\r\n\r\nEND\r\n" + head + "one\r\n\r\nEND\r\n");
+}
+
+TEST_F(TraceTest, BrowsedPathIsTaken) {
+    for (const auto& [path, taken] :
+         {std::pair{std::optional<std::string>("b.txt"), "b.txt"}, {std::nullopt, "b.txt"}}) {
+        dialogs.answerFile(path);
+        trace().cmdBrowse.userClick();
+        EXPECT_EQ(boxes().size(), 1U);
+        EXPECT_EQ(trace().txtFilePath.text(), taken);
+    }
 }
 
 TEST_F(TraceTest, PathThatCannotBeWrittenIsToldAndTheTextStays) {

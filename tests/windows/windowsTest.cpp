@@ -1,6 +1,5 @@
 #include "apps/vrkbench/Desktop.h"
 #include "tests/windows/WindowTest.h"
-#include "views/WiperPlot.h"
 #include "views/workspace/Band.h"
 #include "views/workspace/Dock.h"
 #include "views/workspace/Help.h"
@@ -163,52 +162,6 @@ TEST_F(I2cWindowTest, KeysReadWriteAndShowTheirList) {
     QTest::keyClick(&entry, Qt::Key_F1);
     EXPECT_TRUE(workspace.help().isVisible());
     EXPECT_EQ(workspace.help().browser().textCursor().block().text(), "I2C panel"); // this panel's page
-}
-
-class FourChannelWindowTest : public I2cWindowTest {
-  protected:
-    FourChannelWindowTest() : I2cWindowTest("KV4074") {}
-};
-
-TEST_F(FourChannelWindowTest, ChannelsKeepTheirPlacesWhenOthersComeAndGo) {
-    openI2c(false);
-    workspace.resize(2400, 1400);
-    QWidget& i2c = *page(kI2c).page();
-    QTest::qWait(1);
-    const auto place = [&](const char* path) {
-        QWidget& found = widget(kI2c, path);
-        return QRect(found.mapTo(&i2c, QPoint()), found.size());
-    };
-    const QRect first = place("CMDxMIT(0)");
-    const QRect supply = place("cmdReadVCC");
-    EXPECT_FALSE(widget(kI2c, "CMDxMIT(3)").isVisible());
-    chooseFromMenu("mnu_KV4074");
-    QTest::qWait(1);
-    EXPECT_TRUE(widget(kI2c, "CMDxMIT(3)").isVisible());
-    EXPECT_EQ(text("band.bus"), "A0");
-    EXPECT_EQ(place("CMDxMIT(0)"), first);
-    EXPECT_EQ(place("cmdReadVCC"), supply);
-}
-
-TEST_F(FourChannelWindowTest, PictureGathersWhatIsReadAndCanBeKept) {
-    openI2c();
-    chooseFromMenu("mnu_KV4074");
-    auto& plotWindow = dynamic_cast<WiperPlotView&>(*page(kI2c).find("wiperPlotWindow"));
-    for (const char* value : {"10", "20", "7F"})
-        for (const char* channel : {"(0)", "(2)"}) {
-            enter(kI2c, std::string("txtHexDataWrt") + channel, value);
-            click(kI2c, std::string("cmdI2Read") + channel);
-        }
-    click(kI2c, "voltsOverPosition");
-    EXPECT_TRUE(plotWindow.isVisible());
-    EXPECT_EQ(plotWindow.plot().pointCount(), 6);
-    EXPECT_TRUE(plotWindow.plot().csv().startsWith("channel,position,volts\n0,16,0.6"));
-    const QString picture = QString::fromStdString((folder.path() / "volts.png").string());
-    EXPECT_TRUE(plotWindow.save(picture));
-    EXPECT_FALSE(QPixmap(picture).isNull());
-    EXPECT_FALSE(plotWindow.save("/no/such/folder/volts.png"));
-    chooseFromMenu("mnu_KV4071");
-    EXPECT_EQ(plotWindow.plot().pointCount(), 0); // another part's points do not belong to this one's
 }
 
 class TraceWindowTest : public WindowTest {

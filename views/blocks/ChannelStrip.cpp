@@ -158,7 +158,7 @@ void ChannelStrip::makeRead(PageUi& page, ChannelBlock& block) {
     readVolts_ = withoutMnemonic(ui(block.cmdSampleWiper[channel_]));
     readVolts_->setAccessibleName("Read volts of channel " + number);
     factor_ = ui(block.txtFactor[channel_], 3);
-    factorWord_ = withoutMnemonic(caption("AD factor", factor_));
+    factorWord_ = withoutMnemonic(smallCaption("AD factor", factor_));
     factor_->setAccessibleName("AD factor, channel " + number);
     factor_->setAlignment(Qt::AlignRight);
     for (QWidget* part :
@@ -216,7 +216,7 @@ void ChannelStrip::makeWrite(PageUi& page, ChannelBlock& block) {
     differs->setText("differs from read");
     differs->setFont(textFont(kSmall, true));
     differs->setTone(Tone::Differs);
-    differs->setWordWrap(true);
+    differs->setSizePolicy(QSizePolicy::Minimum, QSizePolicy::Preferred);
     differs->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
     differs->setObjectName("differs(" + number + ")");
     differs_ = keepsPlace(differs);
@@ -237,8 +237,7 @@ void ChannelStrip::makeWrite(PageUi& page, ChannelBlock& block) {
     list_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Expanding);
     list_->setToolTip("Scroll to a position, then click it to write it");
     list_->setAccessibleName("Positions, channel " + number);
-    hint_ = quietText("Scroll the list, then choose a row: it is written.");
-    hint_->setWordWrap(true);
+    hint_ = quietText("Scroll the list, then choose a\nrow: it is written.");
     for (QWidget* part : std::initializer_list<QWidget*>{writeWord_, targetWord_, target_, down_, slider_,
                                                          up_, decimalWord_, decimal_, hexWord_, hex_, write_,
                                                          writeLamp_, differs_, list_, hint_})
@@ -317,16 +316,16 @@ void ChannelStrip::layOutRead() {
     targetWord_->setText(same ? "" : "writes");
     target_->setMaximumWidth(same ? 0 : QWIDGETSIZE_MAX);
     for (QPushButton* button : {read_, readVolts_}) {
-        button->setMinimumSize(dp(60), dp(24));
+        button->setMinimumSize(dp(56), dp(24));
         button->setMaximumSize(dp(120), dp(24));
         button->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
     }
     read_->setFont(textFont(1.0));
-    factor_->setFixedWidth(dp(44));
+    factor_->setFixedWidth(dp(38));
     layOut(*readBody_,
            tightColumn({row({name_, stretch, tightRow({sourceWord_, source_, targetWord_, target_})}),
-                        readout_, gap, bar_, age_, row({read_, readLamp_, stretch, autoRead_}),
-                        row({readVolts_, stretch, factorWord_, factor_})}));
+                        readout_, gap, bar_, age_, tightRow({read_, readLamp_, stretch, autoRead_}),
+                        tightRow({readVolts_, stretch, factorWord_, factor_})}));
 }
 
 void ChannelStrip::layOutWrite() {
@@ -341,6 +340,7 @@ void ChannelStrip::layOutWrite() {
         write_->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
         write_->setFont(textFont(1.7, true));
         list_->setFixedWidth(dp(84));
+        list_->setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Expanding);
         targetWord_->setText("to register");
         target_->setMaximumWidth(QWIDGETSIZE_MAX);
         layOut(*writeBody_,
@@ -350,15 +350,16 @@ void ChannelStrip::layOutWrite() {
                             row({column({write_, differs_, stretch, hint_}), list_})}));
         return;
     }
-    write_->setMinimumSize(dp(56), dp(24));
+    write_->setMinimumSize(dp(52), dp(24));
     write_->setMaximumSize(dp(100), dp(24));
     write_->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
     write_->setFont(textFont(1.0, channel_ == 0));
+    list_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Expanding);
     list_->setMinimumWidth(0);
     list_->setMaximumWidth(QWIDGETSIZE_MAX);
     layOut(*writeBody_,
            tightColumn({row({down_, slider_, up_}), row({decimalWord_, decimal_, stretch, hexWord_, hex_}),
-                        row({write_, writeLamp_, differs_}), list_}));
+                        tightRow({write_, writeLamp_, differs_}), list_}));
 }
 
 bool ChannelStrip::hasKeyboard() const {

@@ -59,7 +59,7 @@ qt::Item channelChoice(PageUi& page, ChannelBlock& block) {
     }
     QGridLayout* choices = grid(taps);
     choices->setVerticalSpacing(kUnit / 2);
-    choices->setHorizontalSpacing(kUnit / 2);
+    choices->setHorizontalSpacing(2);
     for (int column = 1; column <= 4; ++column)
         choices->setColumnStretch(column, 1);
     return rows({row(counts), Item(choices)});

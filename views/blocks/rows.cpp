@@ -20,7 +20,7 @@ using namespace qt;
 
 namespace {
 
-constexpr int kLabelColumn = 72;
+constexpr int kLabelColumn = 66;
 constexpr int kRow = 24; ///< with the distance of 4 a row of 28
 
 /// Calls `changed` for events of one kind of another widget.
@@ -49,6 +49,12 @@ QWidget* columnLabel(const QString& text, QWidget* field) {
     QLabel* label = field != nullptr ? caption(text, field) : quietText(text);
     label->setMinimumSize(dp(kLabelColumn), dp(kRow));
     label->setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Preferred);
+    return label;
+}
+
+QLabel* smallCaption(const QString& text, QWidget* field) {
+    QLabel* label = caption(text, field);
+    label->setFont(textFont(kSmall));
     return label;
 }
 

@@ -23,6 +23,8 @@ class TextBox;
 /// The caption at the left of a row: all of them together are one column. \param field gets the keyboard by
 /// the caption's letter, may be nullptr.
 QWidget* columnLabel(const QString& text, QWidget* field = nullptr);
+/// A caption inside a row, where room is short.
+QLabel* smallCaption(const QString& text, QWidget* field);
 /// Rows with the distance of one group.
 QBoxLayout* rows(const std::vector<qt::Item>& items);
 /// Fixed width, so that buttons under one another have common edges.

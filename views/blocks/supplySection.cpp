@@ -16,7 +16,7 @@ using namespace qt;
 
 namespace {
 
-constexpr int kButtons = 104; ///< Update and Sample under one another
+constexpr int kButtons = 98; ///< Update and Sample under one another
 constexpr int kSwitchLamp = 20;
 constexpr double kVoltsScale = 1.38;
 
@@ -64,15 +64,15 @@ Section& addSupplySection(PageUi& page, SupplyBlock& block) {
     minus.emplace_back(ui(block.ChkTrack));
     Section& section = page.addSection(
         "Supply", qt::block(rows({
-                      row(vcc),
-                      row(minus),
+                      tightRow(vcc),
+                      tightRow(minus),
                       row({columnLabel("Level", level), level, quietText("V"), stretch,
                            wideButton(ui(block.cmdUpdateVCC), kButtons)}),
                       row({columnLabel("Measured"), volts, quietText("V"), stretch,
                            wideButton(ui(block.cmdReadVCC), kButtons)}),
                       row({columnLabel("Code"), code, quietText("hex"), stretch, userCaption, user, byLevel}),
-                      tightRow({quietText("AD Calibration"), stretch, caption("Offset", offset), offset,
-                                quietText("V"), gap, caption("Gain", gain), gain}),
+                      tightRow({quietText("AD Calibration"), stretch, smallCaption("Offset", offset), offset,
+                                quietText("V"), gap, smallCaption("Gain", gain), gain}),
                   })));
     section.setFoldsLast(true);
     const auto measured = [&block, &page]() -> QString {

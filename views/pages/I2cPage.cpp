@@ -36,12 +36,12 @@ void addSetUpSection(PageUi& page, frmVRK_User1& p) {
     auto* clock = ui(p.cboI2CClock, 8);
     clock->setFixedWidth(dp(72));
     for (QWidget* size : {addressSize, dataSize})
-        size->setFixedWidth(dp(70));
+        size->setFixedWidth(dp(76));
     Section& section =
         page.addSection("Set-up", qt::block(rows({
                                       channelChoice(page, p),
-                                      tightRow({caption("Address Size", addressSize), addressSize, stretch,
-                                                caption("Data Size", dataSize), dataSize}),
+                                      tightRow({smallCaption("Address Size", addressSize), addressSize,
+                                                stretch, smallCaption("Data Size", dataSize), dataSize}),
                                       addressRows(page, p),
                                       row({caption(plainCaption(p.cboI2CClock), clock), stretch, clock}),
                                   })));

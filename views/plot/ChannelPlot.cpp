@@ -56,6 +56,12 @@ void ChannelPlot::makePlot() {
     plot_->addMenuEntry("Clear", [this] { clear(); });
 }
 
+void ChannelPlot::addTool(const char* words, QWidget* tool) {
+    auto* pair = qt::block(tightRow({quietText(words), tool}));
+    pair->setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Preferred);
+    page_.addPlotTool(pair);
+}
+
 void ChannelPlot::makeTools() {
     const auto field = [this](const char* name, const char* words, const char* text) {
         auto* edit = new QLineEdit(text);
@@ -67,7 +73,7 @@ void ChannelPlot::makeTools() {
         edit->setMaxLength(4);
         connect(edit, &QLineEdit::textEdited, edit, [edit] { setTone(*edit, Tone::Plain); });
         connect(edit, &QLineEdit::returnPressed, this, [this] { sweep(); });
-        page_.addPlotTool(qt::block(tightRow({quietText(words), edit})));
+        addTool(words, edit);
         return edit;
     };
     channel_ = new QComboBox;
@@ -78,7 +84,7 @@ void ChannelPlot::makeTools() {
     auto* room = new QWidget;
     room->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
     page_.addPlotTool(room);
-    page_.addPlotTool(qt::block(tightRow({quietText("channel"), channel_})));
+    addTool("channel", channel_);
     from_ = field("sweepFrom", "from", "0");
     to_ = field("sweepTo", "to", "128");
     step_ = field("sweepStep", "step", "1");

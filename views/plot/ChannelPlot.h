@@ -1,6 +1,6 @@
 #pragma once
 
-#include <QPointer>
+#include <QObject>
 
 #include <functional>
 
@@ -27,6 +27,7 @@ class ChannelPlot final : public QObject {
   private:
     void makePlot();
     void makeTools();
+    void addTool(const char* words, QWidget* tool);
     void watch();
     void add(int channel, int position, double volts);
     void clear();

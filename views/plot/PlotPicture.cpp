@@ -187,7 +187,7 @@ void PlotPicture::paintGrid(QPainter& painter, const QPalette& palette, std::siz
 
     const bool lowest = index + 1 == panes_.size();
     const PlotAxis& x = model_.x;
-    const double room = metrics.horizontalAdvance(number(to_, 0, false)) + line * 2.5;
+    const double room = metrics.horizontalAdvance(number(to_, 0, false)) + line * 4;
     const double xStep = tickStep(x.steps, to_ - from_, pane.place.width(), room);
     for (double tick = std::ceil(from_ / xStep) * xStep; tick <= to_ + xStep * 1e-6; tick += xStep) {
         const double at = pixelOf(tick);
@@ -307,6 +307,10 @@ void PlotPicture::paintTrace(QPainter& painter, const Pane& pane, const PlotSeri
 void PlotPicture::paintLegend(QPainter& painter, const QPalette& palette) const {
     const QFontMetricsF metrics(font_);
     const double line = metrics.height();
+    const auto& traces = model_.panes.front().series;
+    const bool several = std::count_if(traces.begin(), traces.end(), [](const PlotSeries& series) {
+                             return !series.dashed && !series.name.isEmpty();
+                         }) > 1;
     QPointF at = panes_.front().place.topLeft() + QPointF(line * 0.6, line * 0.9);
     for (const PlotPane& pane : model_.panes)
         for (const PlotSeries& series : pane.series) {
@@ -317,7 +321,8 @@ void PlotPicture::paintLegend(QPainter& painter, const QPalette& palette) const 
             painter.drawLine(at, at + QPointF(line * 1.6, 0));
             painter.setPen(Qt::NoPen);
             painter.setBrush(ink);
-            paintMark(painter, series.endMark, at + QPointF(line * 0.8, 0), kMarkSize * 0.8);
+            if (several)
+                paintMark(painter, series.endMark, at + QPointF(line * 0.8, 0), kMarkSize * 0.8);
             painter.setPen(palette.color(QPalette::Text));
             painter.drawText(at + QPointF(line * 2.0, metrics.ascent() / 2 - 1), series.name);
             at.rx() += line * 3.2 + metrics.horizontalAdvance(series.name);

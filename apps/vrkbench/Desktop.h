@@ -23,7 +23,7 @@ namespace vrk {
 
 struct DesktopOptions {
     /// Part on the simulated board; empty: a real board if there is one, else the simulated one.
-    std::string simulate;
+    std::string simulate{};
     bool openPart = false; ///< the user named the part: its panel opens, set up for it
     std::string replay{};
     std::string wireLog{};

@@ -56,8 +56,9 @@ void KeyLineEdit::paintEvent(QPaintEvent* event) {
     style()->drawPrimitive(QStyle::PE_PanelLineEdit, &option, &painter, this);
     const bool never = reading_ == Freshness::State::Never;
     painter.setPen(toneColour(never ? Tone::Quiet : Tone::Stale));
-    painter.drawText(style()->subElementRect(QStyle::SE_LineEditContents, &option, this).adjusted(3, 0, -2, 0),
-                     static_cast<int>(alignment() | Qt::AlignVCenter), never ? kNeverRead : text());
+    painter.drawText(
+        style()->subElementRect(QStyle::SE_LineEditContents, &option, this).adjusted(3, 0, -2, 0),
+        static_cast<int>(alignment() | Qt::AlignVCenter), never ? kNeverRead : text());
 }
 
 QSize KeyLineEdit::sizeHint() const {

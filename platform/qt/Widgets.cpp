@@ -270,7 +270,7 @@ void SegmentedSwitch::paintEvent(QPaintEvent*) {
         if (on) {
             painter.save();
             painter.setClipPath(shape);
-            painter.fillRect(part, isEnabled() ? p.color(QPalette::WindowText) : p.color(QPalette::Mid));
+            painter.fillRect(part, isEnabled() ? toneColour(Tone::Plain) : p.color(QPalette::Mid));
             painter.restore();
         }
         painter.setFont(textFont(1.0, on));

@@ -59,6 +59,8 @@ class TextBinding final : public TypedBinding<TextBox, KeyLineEdit> {
             view().setReading(model()->freshness() ? model()->freshness()->state : Freshness::State::Fresh);
         } else if (aspect == Aspect::Selection) {
             showSelection();
+        } else if (aspect == Aspect::Freshness && model()->freshness()) {
+            setTone(view(), model()->freshness()->failed ? Tone::Failed : Tone::Plain);
         }
     }
 

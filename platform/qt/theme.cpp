@@ -333,7 +333,7 @@ Shade currentShade() {
 }
 
 int dp(int measure) {
-    constexpr double kLine = 16.0;
+    constexpr double kLine = 15.0; ///< height of the font that the measures were taken with, 13 px
     return qRound(measure * QFontMetricsF(QApplication::font()).height() / kLine);
 }
 

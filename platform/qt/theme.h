@@ -48,7 +48,7 @@ void setTone(QWidget& widget, Tone tone);
 /// The button that Ctrl+Enter stands for, one a page.
 void makeAccent(QWidget& button, bool accent = true);
 
-/// A measure of 100% in the size that the font asks for: 16 is the height of one line.
+/// A measure of 100% in the size that the font asks for.
 int dp(int measure);
 
 /// Sizes relative to the ordinary text: units and ages, the name of a strip, the name of a page.

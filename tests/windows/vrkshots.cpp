@@ -98,7 +98,7 @@ int shootAll(const QString& folder, const QString& shade) {
     bench.bus.socket("KV4074");
     workThePart(*b.frmVRK_User1);
     sweep(*b.frmVRK_User1);
-    workspace.dock().open(Dock::Plot);
+    workspace.openDock(Dock::Plot);
     shooter.shoot("i2c-4");
     show(b.frmMainF340);
     shooter.shoot("controller");
@@ -107,7 +107,7 @@ int shootAll(const QString& folder, const QString& shade) {
     show(b.frmVRK_User1);
     workspace.showTrace();
     shooter.shoot("trace");
-    workspace.dock().open(Dock::Wire);
+    workspace.openDock(Dock::Wire);
     (void)b.frmVRK_User1->cmdReadVCC.userClick();
     shooter.shoot("wire");
     workspace.showPalette();

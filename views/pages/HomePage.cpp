@@ -117,6 +117,7 @@ QWidget* furtherControls(PanelUi& ui, frmStartup& p) {
 void makeHomePage(PageUi& page, frmStartup& p) {
     PanelUi& ui = page.ui();
     page.setHelpPage("Home");
+    page.withoutDock();
     auto* instruction = ui(p.Label1);
     makeQuiet(*instruction);
     page.setSubtitle(instruction);

@@ -51,6 +51,7 @@ void CutLabel::setText(const QString& text) {
     text_ = text;
     setToolTip(text);
     setAccessibleName(text);
+    updateGeometry();
     update();
 }
 
@@ -160,9 +161,8 @@ Band::Band(const ViewContext& context) : context_(context) {
         if (panels.activities.current() != shownRun_)
             showRun();
     }));
-    showSource();
     showResult();
-    showRun();
+    refresh();
 }
 
 void Band::makeBoard(QHBoxLayout& row) {
@@ -221,6 +221,7 @@ void Band::makeSupply(QHBoxLayout& row) {
     digits.setBold(true);
     volts_->setFont(digits);
     volts_->setTextInteractionFlags(Qt::NoTextInteraction);
+    volts_->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
     auto* unit = new QLabel("V");
     unit->setFont(textFont(1.1, true));
     switch_ = named(new SegmentedSwitch("On", "Off"), "band.switch");
@@ -233,7 +234,7 @@ void Band::makeSupply(QHBoxLayout& row) {
     };
     level_ = named(new ComboWidget, "band.level");
     level_->setAccessibleName("VCC level");
-    level_->setFixedWidth(dp(64));
+    level_->setFixedWidth(dp(72));
     QObject::connect(level_, &QComboBox::activated, this, [this](int index) {
         if (source_.level != nullptr)
             (void)source_.level->userSelect(index);
@@ -285,10 +286,10 @@ void Band::makeResult(QHBoxLayout& row) {
         if (!kept.empty() && onJump)
             onJump(QString::fromStdString(kept.back().field));
     });
-    auto* below = tightRow({resultDetail_});
-    static_cast<QBoxLayout*>(below)->setStretchFactor(resultDetail_, 1);
-    auto* words = tightColumn({stretch, result_, below, stretch});
-    auto* content = qt::row({resultLamp_, words, jump_});
+    resultDetail_->setSizePolicy(QSizePolicy::Maximum, QSizePolicy::Fixed);
+    jump_->setFixedHeight(resultDetail_->sizeHint().height() + 2);
+    auto* words = tightColumn({stretch, result_, tightRow({resultDetail_, jump_, stretch}), stretch});
+    auto* content = qt::row({resultLamp_, words});
     content->setStretch(1, 1);
     content->setContentsMargins(kUnit + 2, 0, kUnit, 0);
     resultCell_->setLayout(content);
@@ -370,9 +371,9 @@ void Band::showSource() {
     else if (about.isEmpty())
         about = page_->name();
     if (any && context_.socket != nullptr) {
-        const QString socket = context_.socket->state().part;
-        if (!part.startsWith(socket) || socket.isEmpty()) {
-            about = socket.isEmpty() ? QString("the socket is empty") : "the socket holds " + socket;
+        if (!part.startsWith(socketPart_) || socketPart_.isEmpty()) {
+            about =
+                socketPart_.isEmpty() ? QString("the socket is empty") : "the socket holds " + socketPart_;
             tone = Tone::Differs;
         }
     }
@@ -389,6 +390,10 @@ void Band::showSource() {
     address_->setFont(address.isEmpty() ? textFont(1.0) : valueFont(kDigits));
     addressUnit_->setVisible(!address.isEmpty());
     showSupply(source_);
+    QPalette link;
+    link.setColor(QPalette::ButtonText, link.color(QPalette::Link));
+    if (jump_->palette().color(QPalette::ButtonText) != link.color(QPalette::ButtonText))
+        jump_->setPalette(link);
 }
 
 void Band::showSupply(const BandSource& source) {
@@ -431,13 +436,17 @@ void Band::showSupply(const BandSource& source) {
 
 void Band::showLevels(const ComboBox* level) {
     const int rows = level == nullptr ? 0 : level->rowCount();
+    const auto words = [level](int row) {
+        const QString name = text(level->row(row).text);
+        return name.isEmpty() || !name[0].isDigit() ? name : name + " V";
+    };
     bool same = rows == level_->count();
     for (int row = 0; same && row < rows; ++row)
-        same = level_->itemText(row) == text(level->row(row).text);
+        same = level_->itemText(row) == words(row);
     if (!same) {
         level_->clear();
         for (int row = 0; row < rows; ++row)
-            level_->addItem(text(level->row(row).text));
+            level_->addItem(words(row));
     }
     level_->setCurrentIndex(level == nullptr ? -1 : level->listIndex());
 }
@@ -502,6 +511,8 @@ void Band::showRun() {
 
 void Band::refresh() {
     showRun();
+    if (context_.socket != nullptr)
+        socketPart_ = context_.socket->state().part;
     if (context_.socket != nullptr || page_ == nullptr)
         showSource();
 }

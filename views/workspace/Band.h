@@ -120,6 +120,7 @@ class Band final : public QWidget {
     CutLabel* runLeft_ = nullptr;
     QPushButton* abort_ = nullptr;
     const Activity* shownRun_ = nullptr;
+    QString socketPart_; ///< as of the last refresh: asking the board's state costs more than a reading does
 };
 
 } // namespace vrk

@@ -139,7 +139,7 @@ void PageUi::setPlot(QWidget* plot) {
 
 void PageUi::addPlotTool(QWidget* tool) {
     if (plotTools_ == nullptr)
-        plotTools_ = block(qt::row(std::vector<Item>{}));
+        plotTools_ = block(qt::row({stretch}));
     plotTools_->layout()->addWidget(tool);
 }
 

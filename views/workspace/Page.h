@@ -90,6 +90,8 @@ class PageUi final : public QObject {
     }
     /// For pages that need the width: the inspector is a strip until the user opens it.
     void startsWithInspectorFolded() { inspectorFolded_ = true; }
+    /// For pages that need the height, or have nothing for the dock: it is away until the user opens it.
+    void withoutDock() { dock_ = false; }
     /// What the band shows and works on while this page is the last device panel in front.
     void setBand(BandSource source) { band_ = std::move(source); }
     /// A menu of the panel's own, shown in the menu bar while the page is in front. "&File" is merged into
@@ -116,6 +118,7 @@ class PageUi final : public QObject {
     /// Every section in its order; empty for a page without.
     const std::vector<Section*>& sections() const { return sections_; }
     QWidget* inspector() const { return inspector_; }
+    bool wantsDock() const { return dock_; }
     bool opensInspector() const { return !inspectorFolded_; }
     /// nullptr if the page has none.
     QWidget* plot() const { return plot_; }
@@ -178,6 +181,7 @@ class PageUi final : public QObject {
     std::function<void(const LinkWords&)> linkShown_;
     QString helpPage_;
     bool inspectorFolded_ = false;
+    bool dock_ = true;
     bool released_ = false;
 };
 

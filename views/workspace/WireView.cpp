@@ -171,7 +171,7 @@ WireView::WireView(hid::WireRecorder& wire, EventLoop& events)
     layout()->setContentsMargins(0, 0, 0, 0);
     lag_.setSingleShot(true);
     lag_.setInterval(kShowMs);
-    QObject::connect(&lag_, &QTimer::timeout, this, [this] { show(); });
+    QObject::connect(&lag_, &QTimer::timeout, this, [this] { showReports(); });
     subscription_ = wire.observe([this](const hid::WireEvent& event) { take(event); });
 }
 
@@ -192,11 +192,16 @@ void WireView::take(const hid::WireEvent& event) {
         reports_.pop_front();
         ++dropped_;
     }
-    if (!lag_.isActive())
+    if (isVisible() && !lag_.isActive())
         lag_.start();
 }
 
-void WireView::show() {
+void WireView::showEvent(QShowEvent* event) {
+    QWidget::showEvent(event);
+    showReports();
+}
+
+void WireView::showReports() {
     note_->setText(
         dropped_ == 0
             ? QString("%1 reports").arg(reports_.size())

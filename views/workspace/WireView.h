@@ -29,10 +29,13 @@ class WireView final : public QWidget {
     /// Lines as they stand, tabs between the columns.
     QString text() const;
 
+  protected:
+    void showEvent(QShowEvent* event) override;
+
   private:
     class Model;
     void take(const hid::WireEvent& event);
-    void show();
+    void showReports();
 
     EventLoop& events_;
     std::deque<hid::WireEvent> reports_;

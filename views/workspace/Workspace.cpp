@@ -93,7 +93,11 @@ QWidget* Workspace::buildBody() {
     empty->setAlignment(Qt::AlignCenter);
     middle_->addWidget(empty);
     middle_->setMinimumHeight(dp(120));
+    // The widest page must not say how narrow the window may be: what does not fit scrolls.
+    middle_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+    middle_->setMinimumWidth(dp(320));
     dock_ = new Dock;
+    dock_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
     dock_->onUser = [this] {
         dockWish_ = !dock_->folded();
         arrange();
@@ -189,11 +193,7 @@ PageUi* Workspace::make(PanelSlotBase& slot) {
         return nullptr;
     auto* page = new PageUi(context_, slot, *slot.panel(), *row);
     pages_[&slot] = page;
-    page->onOpenPlot = [this] {
-        dockWish_ = true;
-        dock_->open(Dock::Plot);
-        arrange();
-    };
+    page->onOpenPlot = [this] { openDock(Dock::Plot); };
     page->onOpenPage = [this](const QString& name) {
         for (const PageRow& other : pageRows())
             if (name == other.name)
@@ -277,9 +277,7 @@ void Workspace::bringToFront(PageUi& page) {
         show();
     switch (page.row().place) {
     case PagePlace::Dock:
-        dockWish_ = true;
-        dock_->open(Dock::Trace);
-        arrange();
+        openDock(Dock::Trace);
         return;
     case PagePlace::Sheet:
         return openSheet(page);
@@ -456,7 +454,7 @@ void Workspace::openDevice(const PageRow& row, PanelSlotBase&) {
 void Workspace::showStatus() {
     const LinkWords words = linkWords(context_);
     boardText_->setText(words.board);
-    lastText_->setText(words.last);
+    lastText_->setText(words.last.isEmpty() ? QString("No transfer yet") : words.last);
     band_->showLink(words);
     band_->refresh();
     for (const auto& [slot, page] : pages_)

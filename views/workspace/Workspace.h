@@ -63,6 +63,8 @@ class Workspace final : public QMainWindow {
     /// Every action of the page in front, with its key and why it is refused now.
     void showPalette();
     void showTrace();
+    /// \param tab of Dock::Tab. Opens the dock there, whatever room is left for the page.
+    void openDock(int tab);
     /// What closing would do to a running action or a supply that is on; empty if it does no harm.
     QString lossOnClosing() const;
 
@@ -118,6 +120,7 @@ class Workspace final : public QMainWindow {
     void fillView(QMenu& menu);
     void fillHelp(QMenu& menu);
     QMenu* liveMenu(const QString& title, void (Workspace::*fill)(QMenu&));
+    void refill(QMenu& menu, void (Workspace::*fill)(QMenu&));
     void endProgram();
     void inspectorToggle();
     void dockToggle();

@@ -42,16 +42,21 @@ QMenu* Workspace::liveMenu(const QString& title, void (Workspace::*fill)(QMenu&)
     menuBar()->addMenu(menu);
     ownMenus_.push_back(menu);
     (this->*fill)(*menu);
-    connect(menu, &QMenu::aboutToShow, this, [this, menu, fill] {
-        // Entries that belong to a page are not the menu's to delete.
-        for (QAction* action : menu->actions()) {
-            menu->removeAction(action);
-            if (action->parent() == menu)
-                action->deleteLater();
-        }
-        (this->*fill)(*menu);
-    });
+    connect(menu, &QMenu::aboutToShow, this, [this, menu, fill] { refill(*menu, fill); });
     return menu;
+}
+
+void Workspace::refill(QMenu& menu, void (Workspace::*fill)(QMenu&)) {
+    // Entries that belong to a page are not the menu's to delete.
+    for (QAction* action : menu.actions()) {
+        QMenu* further = action->menu();
+        menu.removeAction(action);
+        if (further != nullptr && further->parent() == &menu)
+            further->deleteLater();
+        else if (action->parent() == &menu)
+            action->deleteLater();
+    }
+    (this->*fill)(menu);
 }
 
 void Workspace::makeMenus() {
@@ -71,6 +76,7 @@ void Workspace::showPageMenus() {
         if (!own)
             menuBar()->removeAction(action);
     }
+    refill(*fileMenu_, &Workspace::fillFile); // its keys work before it has been opened
     if (front_ == nullptr)
         return;
     for (QMenu* menu : front_->menus())
@@ -164,21 +170,19 @@ void Workspace::fillBoard(QMenu& menu) {
 void Workspace::showTrace() {
     Bench& bench = context_.bench;
     (void)bench.events().deliver([&bench] { bench.Doco.load(); });
-    dock_->choose(Dock::Trace);
-    if (dock_->folded()) {
-        dockWish_ = true;
-        arrange();
-    }
+    openDock(Dock::Trace);
+}
+
+void Workspace::openDock(int tab) {
+    dockWish_ = true;
+    dock_->open(static_cast<Dock::Tab>(tab));
+    arrange();
 }
 
 void Workspace::fillTrace(QMenu& menu) {
     Bench& bench = context_.bench;
     QAction* open = withKey(menu.addAction("&Show Trace"), QKeySequence(Qt::CTRL | Qt::Key_T));
-    connect(open, &QAction::triggered, this, [this] {
-        dockWish_ = true;
-        showTrace();
-        arrange();
-    });
+    connect(open, &QAction::triggered, this, [this] { showTrace(); });
     menu.addSeparator();
     const auto flag = [&](const QString& text, bool on, CheckBox& (*box)(class Doco&)) {
         QAction* entry = menu.addAction(text);
@@ -247,15 +251,12 @@ void Workspace::fillHelp(QMenu& menu) {
 
 QString Workspace::lossOnClosing() const {
     QStringList loss;
-    const Bench& bench = context_.bench;
     if (const Activity* running = context_.bench.context().activities.current())
         loss += QString::fromStdString(running->name()) + " runs and is broken off.";
     else if (context_.bench.events().depth() > 0)
         loss += "An action runs and is broken off.";
-    const bool vcc = band_->supplyOn();
-    if (vcc)
+    if (band_->supplyOn())
         loss += "VCC goes off: what the part has not stored is lost.";
-    (void)bench;
     return loss.join('\n');
 }
 

@@ -50,6 +50,7 @@ void Workspace::arrange() {
     const int full = dockHeight(height());
     const bool dockFits = least.height() + full <= body;
     const bool fold = dockWish_ ? !*dockWish_ : !dockFits;
+    dock_->setVisible(front_ == nullptr || front_->wantsDock() || dockWish_.value_or(false));
     dock_->setFolded(fold);
     dock_->setFixedHeight(fold ? dock_->tabRowHeight() : full);
 
@@ -115,7 +116,10 @@ void Workspace::remember() {
     QStringList out = toTakeOut_;
     for (const auto& [page, window] : windows_)
         out += QString::fromStdString(page->slot().name());
-    settings_->setValue("pages/out", out);
+    if (out.isEmpty())
+        settings_->remove("pages/out");
+    else
+        settings_->setValue("pages/out", out);
     settings_->beginGroup("inspector");
     for (const auto& [page, open] : inspectorWish_)
         settings_->setValue(page, open);

@@ -127,9 +127,7 @@ void WindowTest::bringToFront(const char* panel) {
 
 void WindowTest::openI2c(bool vccOn) {
     bringToFront("frmStartup");
-    auto& list = widget<QListView>("frmStartup", "cboVRKSelect");
-    QTest::mouseClick(list.viewport(), Qt::LeftButton, {},
-                      list.visualRect(list.model()->index(frmStartup::kI2C, 0)).center());
+    click("frmStartup", "open.I2C");
     ASSERT_TRUE(page("frmVRK_User1").page()->isVisible());
     ASSERT_FALSE(page("frmStartup").page()->isVisible());
     if (vccOn)

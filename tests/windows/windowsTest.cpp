@@ -221,6 +221,7 @@ class TraceWindowTest : public WindowTest {
 
 TEST_F(TraceWindowTest, GathersSearchesAndSaves) {
     openTrace();
+    EXPECT_TRUE(widget<QLabel>("Doco", "trace.empty").text().contains("Switch on Trace"));
     click("Doco", "ChkTrace(2)");
     click("Doco", "chkTRDetail");
     openI2c();
@@ -237,6 +238,8 @@ TEST_F(TraceWindowTest, GathersSearchesAndSaves) {
     EXPECT_FALSE(find.isVisible());
 
     const auto file = folder.path() / "trace.txt";
+    EXPECT_FALSE(widget("Doco", "cmdBrowse").isVisible());
+    click("Doco", "trace.save"); // unfolds what a save needs
     boxes.expectFile(file.string());
     click("Doco", "cmdBrowse");
     EXPECT_EQ(widget<qt::KeyLineEdit>("Doco", "txtFilePath").text().toStdString(), file.string());
@@ -263,7 +266,7 @@ TEST_F(StartWindowTest, MenusFollowThePageAndSwitchTheTrace) {
             all += menu->text().remove('&');
         return all.join(' ');
     };
-    EXPECT_EQ(titles(), "File About Panels Board Trace View Help");
+    EXPECT_EQ(titles(), "File Panels Board Trace View Help");
     openI2c(false);
     EXPECT_EQ(titles(), "File Device Select Panels Board Trace View Help");
     bench.frmStartup->chkTRDetail.setValue(1); // the trace panel is not there yet, its switch is

@@ -127,7 +127,7 @@ void WindowTest::bringToFront(const char* panel) {
 
 void WindowTest::openI2c(bool vccOn) {
     bringToFront("frmStartup");
-    clickOn(*widget("frmStartup", "card.I2C").findChild<QPushButton*>());
+    click("frmStartup", "open.I2C");
     ASSERT_TRUE(page("frmVRK_User1").page()->isVisible());
     ASSERT_FALSE(page("frmStartup").page()->isVisible());
     if (vccOn)

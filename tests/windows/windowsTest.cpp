@@ -174,6 +174,7 @@ class TraceWindowTest : public WindowTest {
 
 TEST_F(TraceWindowTest, GathersSearchesAndSaves) {
     openTrace();
+    EXPECT_TRUE(widget<QLabel>("Doco", "trace.empty").text().contains("Switch on Trace"));
     click("Doco", "ChkTrace(2)");
     click("Doco", "chkTRDetail");
     openI2c();
@@ -190,6 +191,8 @@ TEST_F(TraceWindowTest, GathersSearchesAndSaves) {
     EXPECT_FALSE(find.isVisible());
 
     const auto file = folder.path() / "trace.txt";
+    EXPECT_FALSE(widget("Doco", "cmdBrowse").isVisible());
+    click("Doco", "trace.save"); // unfolds what a save needs
     boxes.expectFile(file.string());
     click("Doco", "cmdBrowse");
     EXPECT_EQ(widget<qt::KeyLineEdit>("Doco", "txtFilePath").text().toStdString(), file.string());

@@ -86,6 +86,10 @@ void PanelAgainstBareExchanges(benchmark::State& state) {
         bare += cpuSeconds() - middle;
     }
     state.counters["cpu_ratio"] = panel / bare;
+    // The simulated board works in both; this is what the panel costs whatever the board costs.
+    constexpr double kMicroseconds = 1e6;
+    state.counters["panel_us"] =
+        kMicroseconds * (panel - bare) / kBatch / static_cast<double>(state.iterations());
 }
 BENCHMARK(PanelAgainstBareExchanges)->Unit(benchmark::kMillisecond);
 

@@ -174,19 +174,35 @@ double throughText(double value) {
     return parseNumber(doubleText(value));
 }
 
+namespace {
+/// Rounded on the 15 digits of the text form, so that 0.0005 rounds up although its binary value is below. The
+/// way through the text is long, and matters only next to a half: every reading comes along here.
+double roundedText(double value) {
+    constexpr double kDoubt = 1e-12; // far more than the 15th digit is worth
+    const bool clear = std::fabs(value - std::floor(value) - 0.5) > kDoubt * std::max(1.0, value);
+    return std::round(clear ? value : throughText(value));
+}
+} // namespace
+
 std::string formatNumber(double value, std::string_view pattern) {
     const auto point = pattern.find('.');
     const auto whole = pattern.substr(0, point);
     const auto fraction = point == std::string_view::npos ? std::string_view{} : pattern.substr(point + 1);
 
-    // Rounded on the 15 digits of the text form, so that 0.0005 rounds up although its binary value is below.
-    const double scale = std::pow(10.0, static_cast<double>(fraction.size()));
-    const double scaled = std::round(throughText(std::fabs(value) * scale));
+    double scale = 1;
+    for (std::size_t digit = 0; digit < fraction.size(); ++digit)
+        scale *= 10;
+    const double scaled = roundedText(std::fabs(value) * scale);
     const bool negative = value < 0 && scaled > 0;
 
-    std::array<char, 400> buffer{};
-    std::snprintf(buffer.data(), buffer.size(), "%.0f", scaled);
-    std::string digits = buffer.data();
+    std::string digits;
+    if (constexpr double kWhole = 1e15; scaled < kWhole) {
+        digits = std::to_string(static_cast<long long>(scaled));
+    } else {
+        std::array<char, 400> buffer{};
+        std::snprintf(buffer.data(), buffer.size(), "%.0f", scaled);
+        digits = buffer.data();
+    }
     if (digits.size() < fraction.size())
         digits.insert(0, fraction.size() - digits.size(), '0');
     std::string wholeDigits = digits.substr(0, digits.size() - fraction.size());

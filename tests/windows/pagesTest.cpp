@@ -23,12 +23,12 @@ class PagesTest : public WindowTest {
     void open(const char* panel) {
         openI2c();
         workspace.open(*findPageRow(panel));
-        QTest::qWait(1);
+        bringToFront(panel);
     }
     QString text(const char* panel, const std::string& path) { return widget<QLabel>(panel, path).text(); }
     void key(const char* panel, int code, Qt::KeyboardModifiers with = {}) {
-        page(panel).page()->setFocus();
-        QTest::keyClick(page(panel).page(), static_cast<Qt::Key>(code), with);
+        ASSERT_EQ(workspace.front(), &page(panel));
+        QTest::keyClick(&workspace, static_cast<Qt::Key>(code), with);
         QTest::qWait(1);
     }
     /// The title of the box that the widget stands in; "head" above them all.

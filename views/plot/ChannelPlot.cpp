@@ -201,7 +201,8 @@ void ChannelPlot::sweep() {
             continue;
         setTone(*field, Tone::Failed);
         field->setFocus();
-        page_.panel().tell(false, "\"" + field->text().toStdString() + "\" is no whole number",
+        const std::string typed = field->text().toStdString();
+        page_.panel().tell(false, '"' + typed + "\" is no whole number",
                            field->accessibleName().toStdString());
         return;
     }

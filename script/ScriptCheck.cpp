@@ -88,10 +88,12 @@ class Checker {
     /// What the row would move, of a row whose own line moves nothing.
     void staleSizes(const std::string& operation) {
         const StepSizes& sizes = script_.table.sizes(step_);
+        const bool runs =
+            step_ < script_.EndMainStep || (step_ >= script_.IntStartStep && step_ <= script_.IntEndStep);
         const bool byText = startsWith(operation, operation::kSetAddressStart) ||
                             operation == operation::kSave || operation == operation::kEnable ||
                             operation == operation::kDisable || startsWith(operation, "Cmd: GPIO:");
-        if (!byText && sizes.DelayMs != -1 && sizes.DelayMs <= 0 &&
+        if (runs && !byText && sizes.DelayMs != -1 && sizes.DelayMs <= 0 &&
             (sizes.WrCount != 0 || sizes.RdCount != 0))
             warning("the row runs with the sizes that an earlier script left it: " +
                     decimalText(sizes.WrCount) + " bytes out, " + decimalText(sizes.RdCount) + " in");

@@ -18,7 +18,7 @@ std::vector<std::string> scriptLines(std::string_view bytes) {
     constexpr std::size_t kLongestLine = 65535;
     if (bytes.find('\0') != std::string_view::npos)
         throw Fault("The file is no script: it holds NUL bytes");
-    if (startsWith(bytes, kMark))
+    while (startsWith(bytes, kMark))
         bytes.remove_prefix(kMark.size());
     std::vector<std::string> lines;
     while (!bytes.empty()) {

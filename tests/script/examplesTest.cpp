@@ -64,6 +64,8 @@ TEST_F(ScriptExamplesTest, RunOnTheirPartsAsRehearsed) {
         part = one.part;
         bus.socket(part);
         panel().txtIDefault.setText("0000");
+        for (int row = 1; row <= ScriptTable::kMostLines; ++row)
+            script.table.sizes(row) = {}; // as the first script of a session finds them
         load(readFile(std::string(VRK_EXAMPLES "/") + one.file));
         EXPECT_THAT(panel().findings(), IsEmpty());
         ASSERT_TRUE(panel().cmdRehearse.userClick().done());

@@ -196,7 +196,7 @@ TEST(ScriptCheck, TellsWhatWillNotDoWhatItsWriterMeant) {
         {"`ENDM\n`EISTART", {"2 e no `EIEND"}, {"2 e no `EIEND"}},
         {"`ENDM\n`EIEND\n`EISTART", {"2 e ahead"}, {"2 e ahead"}},
         {"0102,,\n20,,11\n1F,,11\n00,,1XXX\n\n`ENDM",
-         {"1 w only the first", "2 w copies nothing", "4 e not hex", "5 w blank"},
+         {"1 w only the first", "2 w copies nothing", "4 e not hex", "4 w as it stands", "5 w blank"},
          {"1 e no register", "2 e no register", "3 e no register", "4 e not hex", "4 e no register",
           "5 w blank"}},
         {",,XX11\n,A5,XX11\n`ENDM",
@@ -235,7 +235,7 @@ TEST(ScriptFile, AnyBytesAreALoadOrAMessage) {
     std::mt19937 random(1);
     for (int round = 0; round < 3000; ++round) {
         std::string bytes;
-        for (unsigned i = random() % 40; i > 0; --i)
+        for (auto i = random() % 40; i > 0; --i)
             bytes += pieces[random() % std::size(pieces)];
         ASSERT_TRUE(scriptSurvives(bytes, round % 2 == 1)) << bytes;
     }

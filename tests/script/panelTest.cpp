@@ -125,9 +125,9 @@ TEST_F(ScriptPanelTest, ReportsOfARun) {
                           "read 11\" type=\"mismatch\"/></testcase>"));
     EXPECT_THAT(junit, HasSubstr("line 004\" time="));
     EXPECT_THAT(junit, Not(HasSubstr("<1")));
-    EXPECT_EQ(csvReport(panel().results()).substr(0, 118),
-              "pass,line,operation,address,register,write,expected,read,verdict,ms\n"
-              "1,1,\" Reg:1 W:1\",50,02,C0,,,ran,3\n1,2,\" Reg:");
+    EXPECT_THAT(csvReport(panel().results()),
+                ::testing::StartsWith("pass,line,operation,address,register,write,expected,read,verdict,ms\n"
+                                      "1,1,\" Reg:1 W:1\",50,02,C0,,,ran,3\n1,2,"));
     const std::string json = jsonReport(panel().results());
     EXPECT_THAT(json,
                 HasSubstr(R"({"script":"s.txt","bus":"i2c","verdict":"error","ended":"completed","passes":[{)"

@@ -59,15 +59,15 @@ TEST_F(ScriptRunTest, SpiRowsOnTheWire) {
     useSpi();
     load(",50C8C0,\n,50C011,XXXX11\n,50B000,XXXX11\n,50B000,FFxx00\n01,,11\n`G0102\n`ENDM");
     ASSERT_TRUE(panel().cmdExecAll.userClick().done());
-    const std::vector<std::string> wire = sent(64);
+    const std::vector<std::string> out = sent(64);
     std::vector<std::string> spi;
-    for (std::size_t i = 0; i < wire.size(); ++i)
-        if (wire[i].substr(3, 2) == "09") {
-            spi.push_back(wire[i].substr(0, 29));
+    for (std::size_t i = 0; i < out.size(); ++i)
+        if (out[i].substr(3, 2) == "09") {
+            spi.push_back(out[i].substr(0, 29));
             ASSERT_GE(i, 2U);
-            EXPECT_EQ(wire[i - 2].substr(0, 11), "01 12 00 A0"); // port 2 out, and read back
-            EXPECT_EQ(hexToInt(wire[i - 2].substr(12, 2)) & 0x10, 0x10);
-            EXPECT_EQ(wire[i - 1].substr(0, 11), "01 12 01 A0");
+            EXPECT_EQ(out[i - 2].substr(0, 11), "01 12 00 A0"); // port 2 out, and read back
+            EXPECT_EQ(hexToInt(out[i - 2].substr(12, 2)) & 0x10, 0x10);
+            EXPECT_EQ(out[i - 1].substr(0, 11), "01 12 01 A0");
         }
     EXPECT_THAT(spi, ElementsAre("01 09 00 01 00 00 03 50 C8 C0", "01 09 00 01 00 00 03 50 C0 11",
                                  "01 09 00 01 00 00 03 50 B0 00", "01 09 00 01 00 00 03 50 B0 00"));
@@ -132,8 +132,7 @@ TEST_F(ScriptRunTest, DelaysAndPausesTakeTheirTime) {
     EXPECT_THAT(boxes(), ElementsAre("Script Pause Line :2 Click OK to Continue, Cancel to Abort [OK]"));
     EXPECT_EQ(cell(1, Column::Actual), "Delay 250");
     EXPECT_EQ(cell(2, Column::Actual), "Delay Keypress");
-    const auto wire = transfers();
-    EXPECT_THAT(wire, ElementsAre("01 06 50 01 01 00 11"));
+    EXPECT_THAT(transfers(), ElementsAre("01 06 50 01 01 00 11"));
     EXPECT_EQ((clock.now() - before).count(), 250 + 200 + 3); // purge, write, reply
 
     answer(Choice::Cancel);

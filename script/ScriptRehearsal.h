@@ -45,6 +45,9 @@ struct RehearsalOptions {
 
 /// What a script would do to a part: the rows of the service block included, set-up of the bench not.
 struct Rehearsal {
+    /// Above so many non-volatile writes a run of the real part is worth a question: its cells wear.
+    static constexpr int kManyWrites = 1000;
+
     Milliseconds lasted{0};
     long long reports = 0;
     std::map<std::string, int> nonvolatileWrites;

@@ -37,6 +37,8 @@ class frmScriptOps final : public Panel, public ActivePanel, private ScriptField
     ~frmScriptOps() override;
 
     void Form_Load() override;
+    /// The headings are those of the bus that the panel was opened for.
+    void Form_Activate() override { headings(); }
     void Form_Unload() override;
     bool closeHides() const override { return true; }
 

@@ -1,5 +1,7 @@
 #include "script/ConsoleBus.h"
 
+#include "link/readings.h"
+
 namespace vrk {
 
 namespace {
@@ -13,11 +15,15 @@ int ConsoleBus::writeI2C(std::span<const std::uint8_t> data, std::span<const std
 }
 
 int ConsoleBus::readI2C(std::span<std::uint8_t> data, std::span<const std::uint8_t> registers) {
-    return services_.link.readI2C(services_.link.i2cAddress, data, registers, 0);
+    const int status = services_.link.readI2C(services_.link.i2cAddress, data, registers, 0);
+    good_ = status == kGood;
+    return status;
 }
 
 void ConsoleBus::showRead(int box, std::uint8_t value) {
-    services_.console().txtReadVal[box].setText(byteToHex2(value));
+    TextBox& shown = services_.console().txtReadVal[box];
+    shown.setText(byteToHex2(value));
+    markReading(shown, good_);
 }
 
 void ConsoleBus::prepareSpi(int count, std::span<const std::string> bytes) {

@@ -25,6 +25,7 @@ class ConsoleBus final : public ScriptBus {
 
   private:
     BenchServices& services_;
+    bool good_ = false; ///< the last I2C read
 };
 
 } // namespace vrk

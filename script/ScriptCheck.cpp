@@ -185,22 +185,4 @@ std::vector<ScriptFinding> checkScriptFile(std::string_view bytes, const BusMode
     return findings;
 }
 
-bool scriptSurvives(std::string_view bytes, bool spi) {
-    const BusMode mode{!spi, spi};
-    ScriptState script;
-    PlainFields fields;
-    try {
-        const std::vector<std::string> lines = scriptLines(bytes);
-        (void)checkScriptFile(bytes, mode, 0x50);
-        loadScript(script, fields, lines, mode);
-        updateExpected(script);
-        const std::string content = scriptToSave(script, {}, "0");
-        std::vector<std::string> written = script.ScriptRaw;
-        written.emplace_back();
-        return script.ScriptRaw.empty() || scriptLines(content) == written;
-    } catch (const Fault&) {
-        return true; // told, and nothing half done
-    }
-}
-
 } // namespace vrk

@@ -27,8 +27,4 @@ std::vector<ScriptFinding> checkScript(const ScriptState& script, const BusMode&
 /// first address command. \throws Fault if the bytes are no script at all
 std::vector<ScriptFinding> checkScriptFile(std::string_view bytes, const BusMode& mode, std::uint8_t base);
 
-/// Takes any bytes for a script, loads, checks, saves and loads it again. \return false if what was saved
-/// does not read back as the same lines: the property that a fuzzer hunts.
-bool scriptSurvives(std::string_view bytes, bool spi);
-
 } // namespace vrk

@@ -106,13 +106,17 @@ void loadScript(ScriptState& script, ScriptFields& fields, const std::vector<std
     fields.setText(Text::TotLines, decimalText(last));
 }
 
+bool takesReadData(const ScriptRow& row) {
+    return !row[ScriptColumn::Actual].empty() &&
+           upperCase(row[ScriptColumn::Operation]).find("R:") != std::string::npos;
+}
+
 void updateExpected(ScriptState& script) {
     const int lines = std::min(script.table.rows(), static_cast<int>(script.ScriptRaw.size()));
     for (int step = 1; step <= lines; ++step) {
-        const std::string& actual = script.table.text(step, ScriptColumn::Actual);
-        if (actual.empty() ||
-            upperCase(script.table.text(step, ScriptColumn::Operation)).find("R:") == std::string::npos)
+        if (!takesReadData(script.table.row(step)))
             continue;
+        const std::string& actual = script.table.text(step, ScriptColumn::Actual);
         std::string& raw = script.ScriptRaw[static_cast<std::size_t>(step) - 1];
         const std::size_t first = raw.find(',');
         const std::size_t comma = first == std::string::npos ? first : raw.find(',', first + 1);

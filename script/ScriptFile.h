@@ -35,6 +35,9 @@ void loadScript(ScriptState& script, ScriptFields& fields, const std::vector<std
 /// What a load does to the fields before its first line.
 void clearLoadFields(ScriptFields& fields);
 
+/// Whether a save writes what column 6 holds into the row's line.
+bool takesReadData(const ScriptRow& row);
+
 /// Overwrites the read fields of the file's lines by what was really read, character for character.
 void updateExpected(ScriptState& script);
 

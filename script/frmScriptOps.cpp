@@ -255,7 +255,7 @@ void frmScriptOps::UpdateExpected() {
 int frmScriptOps::unreadRows() const {
     int unread = 0;
     for (int row = 1; row <= script_.table.rows(); ++row)
-        if (script_.table.text(row, ScriptColumn::Actual) == "--")
+        if (takesReadData(script_.table.row(row)) && script_.table.text(row, ScriptColumn::Actual) == "--")
             ++unread;
     return unread;
 }

@@ -1,7 +1,5 @@
-#include "panels/blocks/ShellControl.h"
 #include "platform/runtime/text.h"
-#include "script/ScriptCheck.h"
-#include "script/ScriptFile.h"
+#include "tests/script/scriptFuzz.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,0 +1,150 @@
+#include "script/ScriptResults.h"
+
+#include <algorithm>
+#include <set>
+#include <utility>
+
+namespace vrk {
+
+const char* rowVerdictName(RowVerdict verdict) {
+    switch (verdict) {
+    case RowVerdict::Ran:
+        return "ran";
+    case RowVerdict::Pass:
+        return "pass";
+    case RowVerdict::Fail:
+        return "fail";
+    case RowVerdict::Error:
+        return "error";
+    case RowVerdict::NotReached:
+        break;
+    }
+    return "not reached";
+}
+
+std::string ScriptResults::verdict() const {
+    auto worst = RowVerdict::Pass;
+    for (const PassResult& pass : passes) {
+        if (pass.errors > 0)
+            worst = RowVerdict::Error;
+        else if (pass.failed > 0)
+            worst = std::max(worst, RowVerdict::Fail);
+        for (const RowResult& row : pass.rows)
+            worst = std::max(worst, row.verdict);
+    }
+    return rowVerdictName(worst);
+}
+
+void ResultCollector::begin(const std::string& script, const std::string& bus, const WallTime& started) {
+    results_ = {};
+    results_.script = script;
+    results_.bus = bus;
+    results_.started = started;
+    open_.clear();
+    inPass_ = false;
+}
+
+void ResultCollector::finish(ScriptEnd end) {
+    results_.ended = true;
+    results_.end = end;
+}
+
+RowResult ResultCollector::described(int row) const {
+    const ScriptRow& texts = script_.table.row(row);
+    RowResult result;
+    result.line = row;
+    result.operation = texts[ScriptColumn::Operation];
+    result.address = texts[ScriptColumn::Address];
+    result.reg = texts[ScriptColumn::Register];
+    result.write = texts[ScriptColumn::Write];
+    result.expected = texts[ScriptColumn::Expected];
+    return result;
+}
+
+void ResultCollector::passBegan(int /*first*/, int /*last*/) {
+    const int number = static_cast<int>(results_.passes.size()) + 1;
+    if (keepRows_ != 0 && results_.passes.size() >= keepRows_)
+        results_.passes[results_.passes.size() - keepRows_].rows = {};
+    results_.passes.emplace_back().pass = number;
+    inPass_ = true;
+    anyRow_ = false;
+    open_.clear();
+    passBegan_ = host_.now();
+    listNotReached();
+}
+
+void ResultCollector::listNotReached() {
+    std::vector<RowResult>& all = results_.passes.back().rows;
+    std::set<int> reached;
+    for (const RowResult& row : all)
+        reached.insert(row.line);
+    for (int row = 1; row < script_.EndMainStep && row <= script_.table.rows(); ++row)
+        if (!reached.contains(row))
+            all.push_back(described(row));
+}
+
+void ResultCollector::passEnded(ScriptEnd end) {
+    PassResult& pass = results_.passes.back();
+    if (anyRow_)
+        listNotReached();
+    count();
+    pass.ended = true;
+    pass.end = end;
+    inPass_ = false;
+    open_.clear();
+}
+
+void ResultCollector::count() {
+    PassResult& pass = results_.passes.back();
+    pass.lasted = host_.now() - passBegan_;
+    pass.passed = fields_.number(ScriptFields::Text::RdPass);
+    pass.failed = fields_.number(ScriptFields::Text::RdFails);
+}
+
+void ResultCollector::rowBegan(int row) {
+    RowResult result = described(row);
+    result.began = host_.now();
+    result.verdict = RowVerdict::Ran;
+    std::vector<RowResult>& all = rows();
+    if (inPass_ && !std::exchange(anyRow_, true))
+        all.clear(); // of what has not been reached; listed again at the end
+    if (!inPass_ && open_.empty() && all.size() >= kMostByHand)
+        all.erase(all.begin());
+    open_.push_back(all.size());
+    all.push_back(std::move(result));
+}
+
+RowResult* ResultCollector::current() {
+    return open_.empty() || open_.back() >= rows().size() ? nullptr : &rows()[open_.back()];
+}
+
+void ResultCollector::rowCompared(int /*row*/, bool equal) {
+    if (RowResult* result = current())
+        result->verdict = std::max(result->verdict, equal ? RowVerdict::Pass : RowVerdict::Fail);
+}
+
+void ResultCollector::rowInError(int /*row*/, const std::string& why) {
+    RowResult* result = current();
+    if (result == nullptr)
+        return;
+    if (result->verdict != RowVerdict::Error && inPass_)
+        ++results_.passes.back().errors;
+    result->verdict = RowVerdict::Error;
+    result->why += (result->why.empty() ? "" : "; ") + why;
+}
+
+void ResultCollector::rowEnded(int row) {
+    RowResult* result = current();
+    if (result == nullptr)
+        return;
+    result->lasted = host_.now() - result->began;
+    if (row <= script_.table.rows() && !result->expected.empty()) {
+        const std::string& actual = script_.table.text(row, ScriptColumn::Actual);
+        result->read = actual == "--" ? "" : actual;
+    }
+    open_.pop_back();
+    if (inPass_)
+        count();
+}
+
+} // namespace vrk

@@ -1,0 +1,101 @@
+#pragma once
+
+#include "script/ScriptHost.h"
+#include "script/ScriptState.h"
+
+#include <map>
+#include <string>
+#include <vector>
+
+namespace vrk {
+
+/// What a row came to. A failed comparison outweighs a pass, an error of bus or link outweighs both.
+enum class RowVerdict { NotReached, Ran, Pass, Fail, Error };
+/// "not reached", "ran", "pass", "fail", "error"
+const char* rowVerdictName(RowVerdict verdict);
+
+struct RowResult {
+    int line = 0;
+    std::string operation;
+    std::string address;
+    std::string reg;
+    std::string write;
+    std::string expected;
+    std::string read;
+    RowVerdict verdict = RowVerdict::NotReached;
+    std::string why;       ///< of an error
+    Milliseconds began{0}; ///< on the bench's clock: where to look for its bytes
+    Milliseconds lasted{0};
+};
+
+struct PassResult {
+    int pass = 0; ///< from 1
+    Milliseconds lasted{0};
+    int passed = 0; ///< comparisons, as the fields count them
+    int failed = 0;
+    int errors = 0; ///< rows in error
+    bool ended = false;
+    ScriptEnd end = ScriptEnd::Completed;
+    /// In the order in which they began, a row as often as it ran; then those of the main part that were not
+    /// reached.
+    std::vector<RowResult> rows;
+};
+
+struct ScriptResults {
+    std::string script; ///< name without folder
+    std::string bus;    ///< "i2c" or "spi"
+    WallTime started;
+    bool ended = false;
+    ScriptEnd end = ScriptEnd::Completed;
+    std::vector<PassResult> passes;
+    /// Rows that the user ran by hand while no pass was running, newest last.
+    std::vector<RowResult> byHand;
+
+    /// "pass", "fail" or "error" of all that ran.
+    std::string verdict() const;
+};
+
+/// Writes down what a run does.
+class ResultCollector final : public ScriptObserver {
+  public:
+    static constexpr std::size_t kMostByHand = 1000;
+
+    /// \param keepRows passes whose rows are kept, the newest ones; 0: all
+    ResultCollector(const ScriptState& script, const ScriptFields& fields, const ScriptHost& host,
+                    std::size_t keepRows = 0)
+        : script_(script), fields_(fields), host_(host), keepRows_(keepRows) {}
+
+    const ScriptResults& results() const { return results_; }
+    /// A new run: of what, and when.
+    void begin(const std::string& script, const std::string& bus, const WallTime& started);
+    /// The run is over. \param end as its last pass told, or what a program knows better: a lost link, an
+    /// interrupt
+    void finish(ScriptEnd end);
+
+    void passBegan(int first, int last) override;
+    void passEnded(ScriptEnd end) override;
+    void rowBegan(int row) override;
+    void rowCompared(int row, bool equal) override;
+    void rowInError(int row, const std::string& why) override;
+    void rowEnded(int row) override;
+
+  private:
+    RowResult described(int row) const;
+    std::vector<RowResult>& rows() { return inPass_ ? results_.passes.back().rows : results_.byHand; }
+    /// The row under way; nullptr if none is.
+    RowResult* current();
+    void count();
+    void listNotReached();
+
+    const ScriptState& script_;
+    const ScriptFields& fields_;
+    const ScriptHost& host_;
+    std::size_t keepRows_;
+    ScriptResults results_;
+    bool inPass_ = false;
+    bool anyRow_ = false; ///< the pass has begun one
+    Milliseconds passBegan_{0};
+    std::vector<std::size_t> open_; ///< places of the rows that have begun, the innermost last
+};
+
+} // namespace vrk

@@ -1,0 +1,254 @@
+#include "script/frmScriptOps.h"
+
+#include "platform/runtime/text.h"
+
+#include <utility>
+
+namespace vrk {
+
+void frmScriptOps::wireRuns() {
+    frmScriptExec.setCaption("Script Execution");
+    frmScriptExec.setEnabled(false); // until a script is loaded
+    for (Control* control :
+         {static_cast<Control*>(&cmdExecAll), static_cast<Control*>(&cmdRunContinuous),
+          static_cast<Control*>(&cmdAbort), static_cast<Control*>(&cmdGo), static_cast<Control*>(&cmdStep),
+          static_cast<Control*>(&chkAOF), static_cast<Control*>(&chkPauseOnFail),
+          static_cast<Control*>(&txtRunning), static_cast<Control*>(&txtTotLines),
+          static_cast<Control*>(&txttotReads), static_cast<Control*>(&txtRdPass),
+          static_cast<Control*>(&txtRdFails), static_cast<Control*>(&txtLoopCount)})
+        control->setContainer(frmScriptExec);
+    cmdExecAll.setCaption("Run");
+    cmdRunContinuous.setCaption("Run Continuous");
+    cmdAbort.setCaption("Abort");
+    cmdGo.setCaption("Go");
+    cmdStep.setCaption("Step");
+    chkAOF.setCaption("Abort On Fail");
+    chkPauseOnFail.setCaption("Pause On Fail");
+    txtRunning.setCaption("Running");
+    txtTotLines.setCaption("Lines");
+    txttotReads.setCaption("Reads");
+    txtRdPass.setCaption("Pass");
+    txtRdFails.setCaption("Fail");
+    txtLoopCount.setCaption("Loops");
+    txtLoopCount.setText("0");
+    setRunButtons(false);
+    for (Button* button : {&cmdAbort, &cmdGo})
+        button->setEnabled(false);
+
+    frameInterrupt.setCaption("Interrupt Status");
+    for (Control* control : {static_cast<Control*>(&chkISample), static_cast<Control*>(&cmdISample),
+                             static_cast<Control*>(&txtIstart), static_cast<Control*>(&txtIend),
+                             static_cast<Control*>(&txtIexec), static_cast<Control*>(&txtIdetectStep),
+                             static_cast<Control*>(&txtIEnableStep), static_cast<Control*>(&txtIDisableStep),
+                             static_cast<Control*>(&txtLastRead), static_cast<Control*>(&txtIDefault),
+                             static_cast<Control*>(&shpISample[0])})
+        control->setContainer(frameInterrupt);
+    chkISample.setCaption("Enable");
+    chkISample.setToolTip("Manual Enable / Disable of Interrupt Sampling");
+    cmdISample.setCaption("Sample");
+    cmdISample.setToolTip("Click here to Sample GPIO bits.");
+    shpISample[0].setToolTip(
+        "Sample Led will change color each time Interrupt is sampled during script execution");
+    txtIstart.setCaption("Start");
+    txtIend.setCaption("End");
+    txtIexec.setCaption("Executing");
+    txtIdetectStep.setCaption("Detect Step");
+    txtIEnableStep.setCaption("Enabled");
+    txtIDisableStep.setCaption("Disabled");
+    txtLastRead.setCaption("LastRead");
+    txtIDefault.setCaption("Expect");
+    for (TextBox* step :
+         {&txtIstart, &txtIend, &txtIexec, &txtIdetectStep, &txtIEnableStep, &txtIDisableStep})
+        step->setText("----");
+    txtLastRead.setText("0000");
+    txtIDefault.setText("0000");
+    cmdRehearse.setCaption("Rehearse");
+    cmdRehearse.setEnabled(static_cast<bool>(uses_.rehearsalBench));
+
+    wireClick(cmdExecAll, &frmScriptOps::cmdExecAll_Click);
+    wireClick(cmdRunContinuous, &frmScriptOps::cmdRunContinuous_Click);
+    wireClick(cmdAbort, &frmScriptOps::cmdAbort_Click);
+    wireClick(cmdGo, &frmScriptOps::cmdGo_Click);
+    wireClick(cmdStep, &frmScriptOps::cmdStep_Click);
+    wireClick(chkPauseOnFail, &frmScriptOps::chkPauseOnFail_Click);
+    wireClick(cmdISample, &frmScriptOps::cmdISample_Click);
+    wireClick(chkISample, &frmScriptOps::chkISample_Click);
+    wireClick(cmdRehearse, &frmScriptOps::cmdRehearse_Click);
+    vbalGrid1.onClick([this] { vbalGrid1_Click(); });
+    action("ExecStep", &frmScriptOps::ExecStep);
+    action("RunFromHere", &frmScriptOps::RunFromHere);
+    action("RunSelection", &frmScriptOps::RunSelection);
+    action("RetryRow", &frmScriptOps::RetryRow);
+    debuggerWatch_ = debugger_.observe([this] { cmdGo.setEnabled(debugger_.paused()); });
+}
+
+TextBox& frmScriptOps::box(Text field) {
+    switch (field) {
+    case Text::LastRead:
+        return txtLastRead;
+    case Text::IEnableStep:
+        return txtIEnableStep;
+    case Text::IDisableStep:
+        return txtIDisableStep;
+    case Text::Istart:
+        return txtIstart;
+    case Text::Iend:
+        return txtIend;
+    case Text::Iexec:
+        return txtIexec;
+    case Text::IdetectStep:
+        return txtIdetectStep;
+    case Text::IDefault:
+        return txtIDefault;
+    case Text::TotReads:
+        return txttotReads;
+    case Text::RdPass:
+        return txtRdPass;
+    case Text::RdFails:
+        return txtRdFails;
+    case Text::TotLines:
+        return txtTotLines;
+    case Text::Running:
+        return txtRunning;
+    case Text::LoopCount:
+    case Text::Count:
+        break;
+    }
+    return txtLoopCount;
+}
+
+void frmScriptOps::passBegan(int first, int last) {
+    cmdRunContinuous.setEnabled(false);
+    cmdExecAll.setEnabled(false);
+    cmdAbort.setEnabled(true);
+    uses_.services.link.activePanel = this;
+    firstRow_ = first;
+    lastRow_ = last;
+}
+
+void frmScriptOps::rowBegan(int row) {
+    if (!activities_.empty() && row >= firstRow_ && row <= lastRow_)
+        activities_.back()->progress(row - firstRow_, lastRow_ - firstRow_ + 1);
+}
+
+void frmScriptOps::passEnded(ScriptEnd end) {
+    cmdAbort.setEnabled(false);
+    frmDataRecord.setEnabled(true);
+    setRunButtons(true);
+    const PassResult& pass = results().passes.back();
+    const bool good = pass.failed == 0 && pass.errors == 0 && end == ScriptEnd::Completed;
+    tell(good,
+         "Script " + std::string(scriptEndName(end)) + ": " + decimalText(pass.passed) + " passed, " +
+             decimalText(pass.failed) + " failed",
+         pass.errors == 0 ? "" : decimalText(pass.errors) + " rows in error", &txtRdFails);
+    scriptChanged_.emit();
+}
+
+void frmScriptOps::withRun(bool stepping, const std::function<ScriptEnd()>& passes) {
+    if (script_.ScriptRunning) {
+        // Another run in the midst of one belongs to it.
+        (void)passes();
+        return;
+    }
+    collector_.begin(std::filesystem::path(loadedPath_).filename().string(),
+                     uses_.mode.SPIBusMode ? "spi" : "i2c", context().clock().wallTime());
+    debugger_.begin(stepping);
+    activities_.push_back(
+        std::make_unique<Activity>(context().activities, "Script", [this] { cmdAbort_Click(); }));
+    ScriptEnd end = ScriptEnd::Interrupted;
+    const OnScopeExit over([this, &end] {
+        activities_.pop_back();
+        debugger_.end();
+        collector_.finish(end);
+        scriptChanged_.emit();
+    });
+    end = passes();
+}
+
+void frmScriptOps::cmdExecAll_Click() {
+    withRun(false, [this] { return run_.runPass(); });
+}
+
+void frmScriptOps::cmdRunContinuous_Click() {
+    const OnScopeExit buttons([this] {
+        cmdAbort.setEnabled(false);
+        cmdRunContinuous.setEnabled(true);
+    });
+    withRun(false, [this] { return run_.runPasses(); });
+}
+
+void frmScriptOps::cmdAbort_Click() {
+    run_.abort();
+    pump();
+}
+
+void frmScriptOps::ExecStep(int row, int /*column*/) {
+    run_.runRow(row);
+}
+
+void frmScriptOps::vbalGrid1_Click() {
+    if (vbalGrid1.row() >= 1 && vbalGrid1.row() <= script_.table.rows())
+        run_.runRow(vbalGrid1.row());
+}
+
+void frmScriptOps::cmdISample_Click() {
+    run_.sample();
+}
+
+void frmScriptOps::chkISample_Click() {
+    txtIEnableStep.setText(chkISample.checked() ? "On" : "Off");
+    txtIDisableStep.setText(chkISample.checked() ? "" : "On");
+}
+
+void frmScriptOps::cmdGo_Click() {
+    debugger_.go();
+}
+
+void frmScriptOps::cmdStep_Click() {
+    if (script_.ScriptRunning)
+        debugger_.step();
+    else
+        withRun(true, [this] { return run_.runPass(); });
+}
+
+void frmScriptOps::chkPauseOnFail_Click() {
+    debugger_.pauseOnFail = chkPauseOnFail.checked();
+}
+
+void frmScriptOps::RunFromHere(int row) {
+    RunSelection(row, run_.mainPart().last);
+}
+
+void frmScriptOps::RunSelection(int first, int last) {
+    if (script_.ScriptRunning)
+        throw Fault("A script is running");
+    withRun(false, [&] { return run_.runPass(ScriptRun::Range{first, last}); });
+}
+
+void frmScriptOps::RetryRow(int row) {
+    run_.runRow(row);
+}
+
+void frmScriptOps::cmdRehearse_Click() {
+    if (!uses_.rehearsalBench || script_.ScriptRaw.empty())
+        return;
+    std::string bytes;
+    for (const std::string& line : script_.ScriptRaw)
+        bytes += line + "\n";
+    RehearsalOptions options{.name = std::filesystem::path(loadedPath_).filename().string(),
+                             .mode = uses_.mode,
+                             .base = script_.ScriptI2CBase,
+                             .stopOnFail = chkAOF.checked(),
+                             .started = context().clock().wallTime()};
+    rehearsal_ = rehearse(bytes, options, uses_.rehearsalBench);
+    const std::string writes = decimalText(rehearsal_->totalWrites()) + " non-volatile writes";
+    lblRehearsal.setCaption(
+        doubleText(static_cast<double>(rehearsal_->lasted.count()) / 1000.0) + " s, " +
+        decimalText(rehearsal_->reports) + " reports, " + writes + ", " +
+        decimalText(static_cast<long long>(rehearsal_->wouldFail.size())) + " rows would fail, " +
+        decimalText(static_cast<long long>(rehearsal_->neverPass.size())) + " can never pass");
+    tell(rehearsal_->wouldFail.empty(), "Rehearsed", lblRehearsal.caption(), &lblRehearsal);
+    scriptChanged_.emit();
+}
+
+} // namespace vrk

@@ -1,0 +1,92 @@
+#pragma once
+
+#include "script/frmScriptOps.h"
+#include "tests/panels/I2cPanelTest.h"
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace vrk {
+
+/// The script panel on a bench with a powered part.
+class ScriptBench : public I2cPanelTest, private ShellControl, private ProductTable {
+  public:
+    BusMode mode;
+    RunState run;
+    ScriptState script;
+    PortState ports;
+    RehearsalFactory rehearsals;
+
+    void SetUp() override { openI2c(); }
+    frmScriptOps& panel() { return *slot; }
+    void useSpi(const std::string& part = "KV4184") {
+        mode = {false, true};
+        bus.socket(part);
+    }
+    /// Loads a script by the menu.
+    void load(const std::string& content) {
+        dialogs.answerFile(folder.write("s.txt", content).string());
+        ASSERT_TRUE(panel().mnuScript_Read.userClick().done());
+        (void)boxes();
+        wire.clear();
+    }
+    void loadAndRun(const std::string& content) {
+        load(content);
+        ASSERT_TRUE(panel().cmdExecAll.userClick().done());
+    }
+    std::string cell(int row, ScriptColumn column) {
+        return panel().vbalGrid1.cell(row, static_cast<int>(column));
+    }
+    Colour colour(int row, ScriptColumn column) {
+        return panel().vbalGrid1.cellColour(row, static_cast<int>(column));
+    }
+    std::string counts() { return panel().txtRdPass.text() + "/" + panel().txtRdFails.text(); }
+    /// Lines that have run since the last run began, in their order.
+    std::vector<int> ranLines() {
+        std::vector<int> lines;
+        for (const RowResult& row : panel().results().passes.back().rows)
+            if (row.verdict != RowVerdict::NotReached)
+                lines.push_back(row.line);
+        return lines;
+    }
+
+    PanelSlot<frmScriptOps> slot{bench.context(), "frmScriptOps", "Script IC Send / Receive", [this] {
+                                     return std::make_shared<frmScriptOps>(
+                                         bench.context(),
+                                         frmScriptOps::Uses{services_, mode, run, script,
+                                                            [this] { return i2c().txtDeviceAdr.text(); },
+                                                            rehearsals});
+                                 }};
+
+  private:
+    void showStartPanel() override {}
+    void hidePanel(const Panel&) override {}
+    void endProgram() override { events.endProgram(); }
+    void open(Bus, Panel&) override {}
+    bool isOpen() const override { return false; }
+    bool returned() const override { return true; }
+    bool selected() const override { return false; }
+    std::string field(int) const override { return {}; }
+    void unload() override {}
+
+    AnalogState analog_;
+    SupplyState supply_;
+    ShellState shell_;
+    Motherboard motherboard_{bench.context(), link(), analog_, supply_, bench.frmMotherboardDAQ2};
+    BenchServices services_{bench.frmMainF340,
+                            bench.frmMotherboardDAQ2,
+                            motherboard_,
+                            link(),
+                            analog_,
+                            ports,
+                            supply_,
+                            shell_,
+                            *this,
+                            *this};
+
+  public:
+    ConsoleBus scriptBus{services_};
+};
+
+} // namespace vrk

@@ -47,7 +47,8 @@ class RowDelegate final : public QStyledItemDelegate {
         painter->setPen(ink);
         painter->setFont(textFont(kSmall));
         const QString side = refusal.isEmpty() ? index.data(kKey).toString() : refusal;
-        const int sideWidth = std::min(painter->fontMetrics().horizontalAdvance(side) + 4, inside.width() / 2);
+        const int sideWidth =
+            std::min(painter->fontMetrics().horizontalAdvance(side) + 4, inside.width() / 2);
         painter->drawText(inside, Qt::AlignRight | Qt::AlignVCenter,
                           painter->fontMetrics().elidedText(side, Qt::ElideRight, sideWidth));
         painter->setFont(textFont(1.0));

@@ -73,27 +73,27 @@ void Inspector::setStrip(bool strip) {
 void Inspector::arrange() {
     if (!any() || strip_)
         return;
-    std::vector<Section*> wanted;
-    int height = 2 * kUnit;
-    for (Section* section : page_->sections())
-        if (!section->isHidden()) {
-            wanted.push_back(section);
-            height += (section->foldedByUser() ? section->headHeight() : section->fullHeight()) + 2;
-        }
     // From the last to the first; those that fold last come at the end.
     std::vector<Section*> order;
     for (const bool last : {false, true})
-        for (auto at = wanted.rbegin(); at != wanted.rend(); ++at)
-            if ((*at)->foldsLast() == last)
+        for (auto at = page_->sections().rbegin(); at != page_->sections().rend(); ++at)
+            if ((*at)->foldsLast() == last && !(*at)->isHidden() && !(*at)->chosenByUser())
                 order.push_back(*at);
+    // Laid out anew after each step, since only the layout knows how high what is left will be.
+    QLayout& layout = *page_->inspector()->layout();
+    const auto tooHigh = [this, &layout] {
+        layout.invalidate();
+        return layout.totalSizeHint().height() > height();
+    };
+    area_->setUpdatesEnabled(false);
+    for (Section* section : order)
+        section->setFolded(false);
     for (Section* section : order) {
-        if (section->chosenByUser())
-            continue;
-        const bool fold = height > this->height();
-        if (fold)
-            height -= section->fullHeight() - section->headHeight();
-        section->setFolded(fold);
+        if (!tooHigh())
+            break;
+        section->setFolded(true);
     }
+    area_->setUpdatesEnabled(true);
 }
 
 void Inspector::resizeEvent(QResizeEvent* event) {

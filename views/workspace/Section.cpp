@@ -5,14 +5,30 @@
 
 #include <QBoxLayout>
 #include <QLabel>
+#include <QPainter>
 #include <QToolButton>
 
 namespace vrk {
 
 using namespace qt;
 
+namespace {
+
+/// Words at the right that are cut at their end where the heading leaves no room.
+class CutWords final : public QLabel {
+  protected:
+    void paintEvent(QPaintEvent*) override {
+        QPainter painter(this);
+        painter.setPen(palette().color(QPalette::PlaceholderText));
+        painter.drawText(rect(), Qt::AlignRight | Qt::AlignVCenter,
+                         fontMetrics().elidedText(text(), Qt::ElideRight, width()));
+    }
+};
+
+} // namespace
+
 Section::Section(const QString& title, QWidget* content)
-    : title_(title), content_(content), head_(new QToolButton), words_(quietText({})) {
+    : title_(title), content_(content), head_(new QToolButton), words_(new CutWords) {
     setObjectName("section." + title);
     head_->setText(title);
     head_->setFont(textFont(1.0, true));
@@ -84,17 +100,6 @@ void Section::refresh() {
 
 void Section::setWanted(bool wanted) {
     setVisible(wanted);
-}
-
-int Section::headHeight() const {
-    return head_->sizeHint().height() + kUnit;
-}
-
-int Section::fullHeight() const {
-    const int inner = content_->layout() != nullptr && content_->layout()->hasHeightForWidth()
-                          ? content_->layout()->totalHeightForWidth(width())
-                          : content_->sizeHint().height();
-    return headHeight() + kUnit / 2 + inner;
 }
 
 } // namespace vrk

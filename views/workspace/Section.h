@@ -35,12 +35,8 @@ class Section final : public QWidget {
     bool foldsLast() const { return foldsLast_; }
     /// A section of a group that the panel hides goes with it.
     void setWanted(bool wanted);
-    /// Height with its content unfolded, and of the heading alone.
-    int fullHeight() const;
-    int headHeight() const;
     /// The user has folded or unfolded it by hand: room does not decide any more.
     bool chosenByUser() const { return chosenByUser_; }
-    bool foldedByUser() const { return chosenByUser_ && folded_; }
     /// Called when the user folds or unfolds by hand.
     std::function<void()> onUser;
 

@@ -102,6 +102,8 @@ void Workspace::press(const QKeySequence& key) {
         return;
     // The dock's page has its own keys while the keyboard is in it; a page in its own window likewise.
     PageUi* inHand = pageOf(QApplication::focusWidget());
+    if (inHand != nullptr && inHand->row().place != PagePlace::Dock && !isOut(*inHand))
+        inHand = nullptr; // it may be a page that has just left
     if (inHand == nullptr)
         for (const auto& [page, window] : windows_)
             if (window->isActiveWindow())

@@ -38,7 +38,7 @@ Section::Section(const QString& title, QWidget* content)
     // Tells tests and the palette that what stands in it is folded away, not hidden by its panel.
     content_->setProperty("folded", true);
     auto* all = new QVBoxLayout(this);
-    all->setContentsMargins(0, kUnit / 2, 0, kUnit / 2);
+    all->setContentsMargins(0, kUnit / 2, 0, kUnit / 4);
     all->setSpacing(kUnit / 2);
     all->addLayout(headRow_);
     all->addWidget(content_);
@@ -53,7 +53,8 @@ void Section::setTitle(const QString& title) {
 
 void Section::addDivider() {
     // Its own line, so that a section that goes takes it along.
-    static_cast<QVBoxLayout*>(layout())->insertWidget(0, separator(Qt::Horizontal));
+    divider_ = separator(Qt::Horizontal);
+    static_cast<QVBoxLayout*>(layout())->insertWidget(0, divider_);
 }
 
 void Section::setFolded(bool folded) {
@@ -87,7 +88,9 @@ void Section::setWanted(bool wanted) {
 }
 
 int Section::headHeight() const {
-    return head_->sizeHint().height() + kUnit;
+    const int divider = divider_ == nullptr ? 0 : divider_->sizeHint().height() + kUnit / 2;
+    const QMargins around = layout()->contentsMargins();
+    return divider + headRow_->sizeHint().height() + around.top() + around.bottom();
 }
 
 int Section::fullHeight() const {

@@ -86,7 +86,7 @@ TEST_F(I2cPageTest, EachFieldStandsInItsPlaceUnderItsName) {
         {"OptTaps(3)", "100 taps", "section.Set-up"},
         {"cboRegSize", "Address Size", "section.Set-up"},
         {"cboDataSize", "Data Size", "section.Set-up"},
-        {"txtCalcAddr", "From pins", "section.Set-up"},
+        {"txtCalcAddr", "Address computed from the pins", "section.Set-up"},
         {"txtDeviceAdr", "Address", "section.Set-up"},
         {"txtACRAddress", "Control register's address", "section.Control register"},
         {"txtACR(0)", "control register, to write", "section.Control register"},
@@ -131,6 +131,7 @@ TEST_F(I2cPageTest, AFailedReadMarksItsOwnChannelUntilTheNextGoodOne) {
     EXPECT_FALSE(widget(kI2c, "differs(1)").isVisible());
     w.bus.socket(std::nullopt);
     boxes.expect("Invalid I2C address", "Retry");
+    boxes.expect("Read VRK Error", "OK");
     click(kI2c, "cmdI2Read(2)");
     EXPECT_EQ(word("read(2)"), "failed");
     EXPECT_EQ(word("written(2)"), "good");
@@ -187,6 +188,7 @@ TEST_F(I2cPageTest, KeysAloneReachEveryFieldOfAChannelInReadingOrder) {
 }
 
 TEST_F(I2cPageTest, ASweepFillsThePlotAndWrongValuesAreTold) {
+    bringToFront(kI2c);
     click(kI2c, "sweepHead");
     EXPECT_EQ(QApplication::focusWidget(), &widget(kI2c, "sweepFrom"));
     widget<QComboBox>(kI2c, "sweepChannel").setCurrentIndex(1);

@@ -121,7 +121,6 @@ ChannelStrip::ChannelStrip(PageUi& page, ChannelBlock& block, int channel)
     makeWrite(page, block);
     divider_ = separator(Qt::Vertical);
     auto* halves = new QGridLayout(this);
-    halves->setContentsMargins(dp(kInset), dp(kInset) - 2, dp(kInset), dp(kInset));
     watchOutcome(page, block);
     ui.watch(block.lblPotRead[channel], [this, &block] { showReading(block); });
     ui.watch(block.Slider1[channel], [this, &slider = block.Slider1[channel]] {
@@ -145,6 +144,15 @@ void ChannelStrip::makeRead(PageUi& page, ChannelBlock& block) {
     bar_->setAccessibleName("Position read as a bar, channel " + number);
     scale_ = new BarScale;
     age_ = ui.age(block.lblPotRead[channel_]);
+    // However long the words, the strips stay equal.
+    age_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+    age_->words = [age = age_, whole = age_->words] {
+        auto [said, tone] = whole();
+        age->setToolTip(said);
+        if (age->isVisible())
+            said = age->fontMetrics().elidedText(said, Qt::ElideRight, age->width());
+        return std::pair(said, tone);
+    };
     age_->setObjectName("age(" + number + ")");
     read_ = withoutMnemonic(ui(block.cmdI2Read[channel_]));
     read_->setAccessibleName("Read channel " + number);
@@ -281,6 +289,8 @@ void ChannelStrip::setWide(bool wide) {
     layOutRead();
     layOutWrite();
     auto* halves = static_cast<QGridLayout*>(layout());
+    const int side = dp(wide ? kInset : kUnit);
+    halves->setContentsMargins(side, dp(kInset) - 2, side, dp(kInset));
     halves->setHorizontalSpacing(wide ? dp(16) : 0);
     halves->setVerticalSpacing(kUnit);
     divider_->setVisible(true);
@@ -298,20 +308,21 @@ void ChannelStrip::setWide(bool wide) {
 
 void ChannelStrip::layOutRead() {
     if (wide_) {
+        age_->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
         sourceWord_->setText("reads register");
         setSide(*read_, 120, 56);
         read_->setFont(textFont(1.38, true));
         setSide(*readVolts_, 88, 24);
         factor_->setFixedWidth(dp(44));
-        layOut(*readBody_,
-               tightColumn(
-                   {row({name_, tightRow({sourceWord_, source_}), stretch, age_, headLamp_}), readout_, bar_,
-                    scale_, gap,
-                    row({read_, readLamp_, gap, autoRead_, stretch, factorWord_, factor_, readVolts_})}));
+        layOut(*readBody_, tightColumn({row({name_, tightRow({sourceWord_, source_}), age_, headLamp_}),
+                                        readout_, bar_, scale_, gap,
+                                        row({read_, readLamp_, gap, autoRead_, stretch, factorWord_, factor_,
+                                             readVolts_})}));
         return;
     }
     // Where both registers are one it is named once.
     const bool same = source_->text() == target_->text();
+    age_->setAlignment(Qt::AlignLeft | Qt::AlignVCenter);
     sourceWord_->setText(same ? "register" : "reads");
     targetWord_->setText(same ? "" : "writes");
     target_->setMaximumWidth(same ? 0 : QWIDGETSIZE_MAX);

@@ -30,6 +30,7 @@ struct Readout::Sizes {
     void scale(double by) {
         for (double* size : {&position, &volts, &hex})
             *size *= by;
+        hex = std::max(hex, 0.8 * volts); // legible in small strips too
     }
 };
 

@@ -44,25 +44,23 @@ Section& addShutdownPinSection(PageUi& page, ShutdownPin& block) {
 
 qt::Item channelChoice(PageUi& page, ChannelBlock& block) {
     PanelUi& ui = page.ui();
-    std::vector<Item> counts{columnLabel("Channels")};
+    std::vector<std::vector<Item>> lines{{columnLabel("Channels")}, {columnLabel("Taps")}, {{}}};
     for (auto& option : block.OptChans) {
         auto* widget = ui(*option);
         widget->setAccessibleName(QString::fromStdString(option->caption()) + " channels");
-        counts.emplace_back(widget);
+        lines[0].emplace_back(widget);
     }
-    counts.emplace_back(stretch);
-    std::vector<std::vector<Item>> taps{{columnLabel("Taps")}, {{}}};
     for (auto& option : block.OptTaps) {
         auto* widget = ui(*option);
         widget->setAccessibleName(QString::fromStdString(option->caption()) + " taps");
-        taps[option->index() < 4 ? 0 : 1].emplace_back(widget);
+        lines[option->index() < 4 ? 1 : 2].emplace_back(widget);
     }
-    QGridLayout* choices = grid(taps);
+    QGridLayout* choices = grid(lines);
     choices->setVerticalSpacing(kUnit / 2);
-    choices->setHorizontalSpacing(2);
+    choices->setHorizontalSpacing(0);
     for (int column = 1; column <= 4; ++column)
         choices->setColumnStretch(column, 1);
-    return rows({row(counts), Item(choices)});
+    return choices;
 }
 
 qt::Item addressRows(PageUi& page, AddressPins& block) {

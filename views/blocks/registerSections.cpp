@@ -45,7 +45,7 @@ Section& addControlRegisterSection(PageUi& page, ControlRegister& block, const R
     auto* address = byteField(page, *at.address);
     address->setAccessibleName("Control register's address");
     QLabel* words = at.caption != nullptr ? ui(*at.caption) : quietText("Register");
-    words->setMinimumWidth(dp(66));
+    words->setMinimumWidth(dp(69));
     words->setBuddy(address);
     makeQuiet(*words);
     auto* toWrite = static_cast<QLineEdit*>(byteField(page, block.txtACR[0]));

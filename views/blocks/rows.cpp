@@ -20,7 +20,7 @@ using namespace qt;
 
 namespace {
 
-constexpr int kLabelColumn = 66;
+constexpr int kLabelColumn = 69;
 constexpr int kRow = 24; ///< with the distance of 4 a row of 28
 
 /// Calls `changed` for events of one kind of another widget.

@@ -36,7 +36,7 @@ void addSetUpSection(PageUi& page, frmVRK_User1& p) {
     auto* clock = ui(p.cboI2CClock, 8);
     clock->setFixedWidth(dp(72));
     for (QWidget* size : {addressSize, dataSize})
-        size->setFixedWidth(dp(76));
+        size->setFixedWidth(dp(74));
     Section& section =
         page.addSection("Set-up", qt::block(rows({
                                       channelChoice(page, p),

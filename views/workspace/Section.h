@@ -46,6 +46,7 @@ class Section final : public QWidget {
     QToolButton* head_;
     QHBoxLayout* headRow_;
     QLabel* words_;
+    QWidget* divider_ = nullptr;
     std::function<QString()> summary_;
     bool folded_ = false;
     bool foldsLast_ = false;

@@ -68,15 +68,7 @@ void Motherboard::followBoard() {
     if (SupplyPanel* panel = active()) {
         if (moved)
             panel->suppliesMoved();
-        const auto show = [](Lamp* lamp, const Lamp& source, OptionButton* option) {
-            if (lamp != nullptr)
-                lamp->setColour(source.colour());
-            if (option != nullptr)
-                option->showSelected();
-        };
-        show(panel->vccLamp(), board->ShpVCCon, panel->vccOption(board->OptVCC[0].value() ? 0 : 1));
-        show(panel->minusLamp(), board->ShpVCCMinusOn,
-             panel->minusOption(board->OptVCCMinus[0].value() ? 0 : 1));
+        board->showSuppliesOn(*panel);
     }
 }
 

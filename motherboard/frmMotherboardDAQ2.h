@@ -62,6 +62,8 @@ class frmMotherboardDAQ2 final : public Panel {
     /// Image, options and lamps of both supplies as the controller console has read their pins. Nothing is
     /// sent. \return true if they stand otherwise than shown until now
     bool followSupplyPins();
+    /// Lamps and options of the panel become this console's, without a click.
+    void showSuppliesOn(SupplyPanel& panel);
 
     // Analog inputs
     ComboBox Combo1{*this, "Combo1"};
@@ -177,6 +179,7 @@ class frmMotherboardDAQ2 final : public Panel {
     void spiExchange(const SpiRow& row);
     void fillChannels();
     SupplyPanel* activeSupply() const;
+    void tellPanel(bool minus, int index);
 
     Uses uses_;
     OptionGroup vccGroup_;

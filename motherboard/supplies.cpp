@@ -124,6 +124,28 @@ bool frmMotherboardDAQ2::followSupplyPins() {
     return moved;
 }
 
+void frmMotherboardDAQ2::showSuppliesOn(SupplyPanel& panel) {
+    const auto show = [](Lamp* lamp, const Lamp& source, OptionButton* option) {
+        if (lamp != nullptr)
+            lamp->setColour(source.colour());
+        if (option != nullptr)
+            option->showSelected();
+    };
+    show(panel.vccLamp(), ShpVCCon, panel.vccOption(OptVCC[0].value() ? 0 : 1));
+    show(panel.minusLamp(), ShpVCCMinusOn, panel.minusOption(OptVCCMinus[0].value() ? 0 : 1));
+}
+
+void frmMotherboardDAQ2::tellPanel(bool minus, int index) {
+    SupplyPanel* panel = activeSupply();
+    if (panel == nullptr || index < 0 || index > 1)
+        return;
+    const OptionButton* shown = minus ? panel->minusOption(index) : panel->vccOption(index);
+    if (shown == nullptr || shown->value())
+        return; // it was the panel that switched
+    panel->suppliesMoved();
+    showSuppliesOn(*panel);
+}
+
 void frmMotherboardDAQ2::OptVCC_Click(int index) {
     OnScopeExit afterFault([this] { setButtonsEnabled(true); });
     cmdDisableButtons_Click();
@@ -152,6 +174,7 @@ void frmMotherboardDAQ2::OptVCC_Click(int index) {
     }
     events().letEventsRun();
     cmdWrtPipe1_Click();
+    tellPanel(false, index);
     afterFault.dismiss();
     cmdEnableBUttons_Click();
     events().letEventsRun();
@@ -175,6 +198,7 @@ void frmMotherboardDAQ2::OptVCCMinus_Click(int index) {
     }
     events().letEventsRun();
     cmdWrtPipe1_Click();
+    tellPanel(true, index);
     afterFault.dismiss();
     cmdEnableBUttons_Click();
     events().letEventsRun();

@@ -1,8 +1,8 @@
 #include "tests/windows/WindowTest.h"
 
+#include "views/pages.h"
 #include "views/pages/boxes.h"
 #include "views/pages/pinRows.h"
-#include "views/pages.h"
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -34,7 +34,8 @@ class PagesTest : public WindowTest {
     /// The title of the box that the widget stands in; "head" above them all.
     static QString place(const QWidget& widget) {
         for (const QWidget* at = widget.parentWidget(); at != nullptr; at = at->parentWidget()) {
-            if (dynamic_cast<const BoxFrame*>(at) != nullptr || dynamic_cast<const qt::GroupWidget*>(at) != nullptr)
+            if (dynamic_cast<const BoxFrame*>(at) != nullptr ||
+                dynamic_cast<const qt::GroupWidget*>(at) != nullptr)
                 if (!at->accessibleName().isEmpty())
                     return at->accessibleName();
             if (at->objectName() == "head")
@@ -113,14 +114,19 @@ TEST_F(PagesTest, KeysReadAndWriteWhatIsInFront) {
     const struct {
         int tab;
         int key;
-        int count; ///< of reports out
+        int count;                       ///< of reports out
         std::initializer_list<int> last; ///< bytes of the last of them, from the command on
     } kRows[] = {
-        {0, Qt::Key_F5, 1, {0x00}},              {1, Qt::Key_F5, 1, {0x06, 0x51}},
-        {1, Qt::Key_Return, 1, {0x06, 0x50}},    {2, Qt::Key_Return, 1, {0x09}},
-        {3, Qt::Key_F5, 26, {0x12, 0x01, 0xF8}}, {3, Qt::Key_Return, 28, {0x12, 0x01, 0xF5}},
-        {4, Qt::Key_F5, 26, {0x12, 0x01, 0xF8}}, {4, Qt::Key_Return, 1, {0x12, 0x00, 0xA4, 0x11}},
-        {5, Qt::Key_F5, 1, {0x11}},              {5, Qt::Key_Return, 8, {0x0C}},
+        {0, Qt::Key_F5, 1, {0x00}},
+        {1, Qt::Key_F5, 1, {0x06, 0x51}},
+        {1, Qt::Key_Return, 1, {0x06, 0x50}},
+        {2, Qt::Key_Return, 1, {0x09}},
+        {3, Qt::Key_F5, 26, {0x12, 0x01, 0xF8}},
+        {3, Qt::Key_Return, 28, {0x12, 0x01, 0xF5}},
+        {4, Qt::Key_F5, 26, {0x12, 0x01, 0xF8}},
+        {4, Qt::Key_Return, 1, {0x12, 0x00, 0xA4, 0x11}},
+        {5, Qt::Key_F5, 1, {0x11}},
+        {5, Qt::Key_Return, 8, {0x0C}},
     };
     open(kLink);
     auto& console = *bench.frmMainF340;
@@ -175,6 +181,10 @@ TEST_F(PagesTest, ConsoleAndPanelTellOneSupply) {
     key(kBoard, Qt::Key_F5);
     EXPECT_EQ(widget<qt::KeyLineEdit>(kBoard, "txtPBufRd(2)").accessibleDescription(), "");
     EXPECT_FALSE(dynamic_cast<DiffersGround&>(widget(kBoard, "pair.txtPBuf(3)")).differs());
+    click(kBoard, "OptVCC(1)");
+    EXPECT_EQ(widget<qt::LampWidget>("frmVRK_User1", "ShpVCCon").word(), "off");
+    EXPECT_TRUE(bench.frmVRK_User1->OptVCC[1].value());
+    EXPECT_EQ(w.bus.state().vcc, 0.0);
 }
 
 class HomePageTest : public PagesTest {};

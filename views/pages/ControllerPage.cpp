@@ -1,9 +1,9 @@
 #include "link/frmMainF340.h"
 #include "platform/qt/theme.h"
 #include "shell/Bench.h"
-#include "views/pages/controllerTabs.h"
 #include "views/pages/boxes.h"
 #include "views/pages/consoleWords.h"
+#include "views/pages/controllerTabs.h"
 #include "views/pages/pageMakers.h"
 #include "views/workspace/Page.h"
 
@@ -96,9 +96,7 @@ QWidget* busPages(PageUi& page, frmMainF340& p) {
     for (const int at : {0, 1})
         upper->widget(at)->raise(); // the stack has turned their order round
     upper->setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Maximum);
-    page.ui().watch(p.SSTab1, [upper, &p] {
-        upper->setCurrentIndex(p.SSTab1.listIndex() == kSpi ? 1 : 0);
-    });
+    page.ui().watch(p.SSTab1, [upper, &p] { upper->setCurrentIndex(p.SSTab1.listIndex() == kSpi ? 1 : 0); });
     return block(column({upper, makeByteTable(page, p), stretch}));
 }
 
@@ -172,7 +170,8 @@ QWidget* makeBoardPage(PageUi& page, frmMainF340& p) {
     auto* version = box("Firmware", column({row({firmware, stretch}), firmwareWords, stretch}));
     return block(column({
         new BoxFlow({connection, version}, dp(420)),
-        quietText("The board's instance, its LEDs and Firmware stand above. Reconnect looks for the boards again; Quit "
+        quietText("The board's instance, its LEDs and Firmware stand above. Reconnect looks for the boards "
+                  "again; Quit "
                   "ends the program."),
         stretch,
     }));

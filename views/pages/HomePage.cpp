@@ -63,9 +63,9 @@ void drawBench(QPainter& painter, const QRectF& area, const QPalette& palette) {
     const double line = top + height + below * 0.45;
     painter.setPen(QPen(palette.color(QPalette::PlaceholderText), 1.5, Qt::DashLine));
     painter.setBrush(Qt::NoBrush);
-    painter.drawPolyline(
-        QPolygonF{QPointF(box(2).center().x(), box(2).bottom()), QPointF(box(2).center().x(), line),
-                  QPointF(box(1).center().x(), line), QPointF(box(1).center().x(), box(1).bottom())});
+    painter.drawPolyline(QPolygonF{QPointF(box(2).center().x(), box(2).bottom()),
+                                   QPointF(box(2).center().x(), line), QPointF(box(1).center().x(), line),
+                                   QPointF(box(1).center().x(), box(1).bottom())});
     painter.setFont(textFont(kSmall));
     painter.setPen(palette.color(QPalette::PlaceholderText));
     painter.drawText(QRectF(box(1).center().x(), line + 2, box(2).center().x() - box(1).center().x(),
@@ -172,7 +172,8 @@ void makeHomePage(PageUi& page, frmStartup& p) {
         fold->setArrowType(folded ? Qt::RightArrow : Qt::DownArrow);
         fold->setAccessibleDescription(folded ? "folded" : "unfolded");
     };
-    QObject::connect(fold, &QToolButton::clicked, fold, [further, setFolded] { setFolded(!further->isHidden()); });
+    QObject::connect(fold, &QToolButton::clicked, fold,
+                     [further, setFolded] { setFolded(!further->isHidden()); });
     setFolded(true);
 
     auto* connection = column({

@@ -126,8 +126,8 @@ QWidget* supplyBox(PanelUi& ui, frmMotherboardDAQ2& p) {
     return box("Supply",
                column({
                    line("VCC", {lamp(p.ShpVCCon, "VCC"), ui(p.OptVCC[0]), ui(p.OptVCC[1]), stretch}),
-                   line("V−", {lamp(p.ShpVCCMinusOn, "V−"), ui(p.OptVCCMinus[0]), ui(p.OptVCCMinus[1]), stretch,
-                               ui(p.ChkTrack)}),
+                   line("V−", {lamp(p.ShpVCCMinusOn, "V−"), ui(p.OptVCCMinus[0]), ui(p.OptVCCMinus[1]),
+                               stretch, ui(p.ChkTrack)}),
                    line("Measured", {volts, quietText("V"), stretch, sample}),
                    line("", {age, stretch}),
                    line("Level", {target, quietText("V"), stretch, ui(p.cmdSetVCCVolts)}),
@@ -189,9 +189,10 @@ QWidget* inputsBox(PanelUi& ui, frmMotherboardDAQ2& p) {
         inputs.push_back({ui(p.lblVINP[input]), entry(ui, p.txtGPIOUserName[input], 9, name + ", volts"),
                           quietText("V"), ui(p.ShpADSample[input], name), stretch});
     }
-    return box("Inputs", column({dense(grid(inputs), 4),
-                                 row({ui(p.cmdReadAllAD), quietText("reads Vin0, twice the pin's volts"), stretch}),
-                                 stretch}));
+    return box("Inputs",
+               column({dense(grid(inputs), 4),
+                       row({ui(p.cmdReadAllAD), quietText("reads Vin0, twice the pin's volts"), stretch}),
+                       stretch}));
 }
 
 QWidget* i2cBox(PanelUi& ui, frmMotherboardDAQ2& p) {
@@ -200,8 +201,9 @@ QWidget* i2cBox(PanelUi& ui, frmMotherboardDAQ2& p) {
     const auto cells = [&ui](ControlArray<TextBox>& array, const QString& action, const auto& names) {
         std::vector<Item> items;
         for (auto& field : array)
-            items.emplace_back(entry(ui, *field, 4,
-                                     QString("I2C %1, %2").arg(action, names.at(static_cast<std::size_t>(field->index())))));
+            items.emplace_back(
+                entry(ui, *field, 4,
+                      QString("I2C %1, %2").arg(action, names.at(static_cast<std::size_t>(field->index())))));
         return items;
     };
     const std::vector<Item> out = cells(p.txtI2COut, "write", kOut);
@@ -211,13 +213,17 @@ QWidget* i2cBox(PanelUi& ui, frmMotherboardDAQ2& p) {
     auto* lampOut = ui(p.ShpI2CNAK[0], "I2C write");
     auto* lampIn = ui(p.ShpI2CNAK[1], "I2C read");
     auto* content = column({
-        dense(grid({{{}, columnTitle("count"), columnTitle("address"), columnTitle("byte 1"), columnTitle("byte 2")},
+        dense(grid({{{},
+                     columnTitle("count"),
+                     columnTitle("address"),
+                     columnTitle("byte 1"),
+                     columnTitle("byte 2")},
                     {"Write", out[0], out[1], out[2], out[3], ui(p.CMDI2CWrite), lampOut, written, stretch},
                     {{}, columnTitle("count"), columnTitle("address"), columnTitle("register")},
                     {"Read", in[0], in[1], in[2], {}, ui(p.cmdI2CRead), lampIn, read}}),
               4),
-        row({quietText("As read"), tightRow(readBacks(ui, p.txtI2CRead, 3, "I2C byte read")), quietText("hex"),
-             stretch}),
+        row({quietText("As read"), tightRow(readBacks(ui, p.txtI2CRead, 3, "I2C byte read")),
+             quietText("hex"), stretch}),
         stretch,
     });
     return new BoxFrame(column({ui.frame(p.fraI2C, "I2C", content)}), BoxFrame::Ground::Window);
@@ -278,15 +284,16 @@ void makeMotherboardPage(PageUi& page, frmMotherboardDAQ2& p) {
     auto* dac = dacBox(ui, p);
     auto* i2c = i2cBox(ui, p);
     auto* spi = spiBox(ui, p);
-    QWidget* transfers = block(column({new BoxFlow({sampling, inputs, dac}, dp(350)),
-                                       new BoxFlow({i2c, spi}, dp(480)), stretch}));
+    QWidget* transfers = block(
+        column({new BoxFlow({sampling, inputs, dac}, dp(350)), new BoxFlow({i2c, spi}, dp(480)), stretch}));
     auto* strip = new QTabBar;
     strip->setObjectName("pages");
     strip->setDrawBase(false);
     strip->setDocumentMode(true);
     strip->setExpanding(false);
     auto* stack = new FrontStack;
-    for (const auto& [title, each] : {std::pair("Pins and supplies", ports), std::pair("Analog inputs, I2C and SPI", transfers)}) {
+    for (const auto& [title, each] :
+         {std::pair("Pins and supplies", ports), std::pair("Analog inputs, I2C and SPI", transfers)}) {
         strip->addTab(title);
         stack->addWidget(each);
     }

@@ -36,8 +36,7 @@ void BoxFrame::paintEvent(QPaintEvent*) {
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
     const QPalette& p = palette();
-    painter.setBrush(
-        p.color(QPalette::Active, ground_ == Ground::Base ? QPalette::Base : QPalette::Window));
+    painter.setBrush(p.color(QPalette::Active, ground_ == Ground::Base ? QPalette::Base : QPalette::Window));
     const double line = marked_ ? 2.0 : 1.0;
     painter.setPen(QPen(p.color(QPalette::Active, marked_ ? QPalette::Highlight : QPalette::Mid), line));
     painter.drawRoundedRect(QRectF(rect()).adjusted(line / 2, line / 2, -line / 2, -line / 2), kCorner,

@@ -1,8 +1,8 @@
 #include "link/frmMainF340.h"
 #include "platform/qt/theme.h"
-#include "views/pages/controllerTabs.h"
 #include "views/pages/boxes.h"
 #include "views/pages/consoleWords.h"
+#include "views/pages/controllerTabs.h"
 #include "views/workspace/Page.h"
 
 #include <QCheckBox>
@@ -69,13 +69,13 @@ QWidget* readingBlock(PanelUi& ui, frmMainF340& p) {
     auto* written = ui.value(p.lblBytesSucceded, "000");
     written->setAccessibleName("Bytes written at the last read");
     return box("Reading", column({
-                                grid({{captionOf(p.cboADCReadMode[0], readMode), readMode, stretch},
-                                      {captionOf(p.cboADCReadMode[1], sampleMode), sampleMode}}),
-                                row({ui(p.cmdADCRDData), stretch}),
-                                row({caption("Count", count), count, stretch}),
-                                row({"Bytes written", written, stretch}),
-                                stretch,
-                            }));
+                              grid({{captionOf(p.cboADCReadMode[0], readMode), readMode, stretch},
+                                    {captionOf(p.cboADCReadMode[1], sampleMode), sampleMode}}),
+                              row({ui(p.cmdADCRDData), stretch}),
+                              row({caption("Count", count), count, stretch}),
+                              row({"Bytes written", written, stretch}),
+                              stretch,
+                          }));
 }
 
 QWidget* externalBlock(PanelUi& ui, frmMainF340& p) {

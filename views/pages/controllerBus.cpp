@@ -1,8 +1,8 @@
 #include "link/frmMainF340.h"
 #include "platform/qt/theme.h"
-#include "views/pages/controllerTabs.h"
 #include "views/pages/boxes.h"
 #include "views/pages/consoleWords.h"
+#include "views/pages/controllerTabs.h"
 #include "views/workspace/Page.h"
 
 #include <QCheckBox>
@@ -86,17 +86,16 @@ QWidget* addressBlock(PanelUi& ui, frmMainF340& p) {
     std::vector<Item> bits;
     for (int bit = p.chkADDRbit.last(); bit >= p.chkADDRbit.first(); --bit)
         bits.emplace_back(plainBox(ui, p.chkADDRbit[bit]));
-    return box(
-        "Address and bus",
-        column({
-            row({caption("Slave address", address), address, quietText("hex"), gap,
-                 caption("Used last", used), used, stretch}),
-            dense(grid({{bits[0], bits[1], bits[2], bits[3], stretch}, {bits[4], bits[5], bits[6]}})),
-            row({ui(p.cmdScanI2Caddress), ui(p.cmdStopScan), stretch}),
-            scanProgress(ui, p),
-            row({captionOf(p.cboSMBusFrequency, clock), clock, gap, ui(p.cmdToggleSCL), stretch}),
-            stretch,
-        }));
+    return box("Address and bus",
+               column({
+                   row({caption("Slave address", address), address, quietText("hex"), gap,
+                        caption("Used last", used), used, stretch}),
+                   dense(grid({{bits[0], bits[1], bits[2], bits[3], stretch}, {bits[4], bits[5], bits[6]}})),
+                   row({ui(p.cmdScanI2Caddress), ui(p.cmdStopScan), stretch}),
+                   scanProgress(ui, p),
+                   row({captionOf(p.cboSMBusFrequency, clock), clock, gap, ui(p.cmdToggleSCL), stretch}),
+                   stretch,
+               }));
 }
 
 QWidget* transferBlock(PanelUi& ui, frmMainF340& p) {
@@ -111,18 +110,20 @@ QWidget* transferBlock(PanelUi& ui, frmMainF340& p) {
     auto* read = ui(p.cmdRead);
     auto* simpleRead = ui(p.cmdSimpleI2cRd);
     auto* write = ui(p.cmdWrite);
+    for (QPushButton* button : {read, write})
+        button->setFixedWidth(dp(64));
     auto* simpleWrite = ui(p.cmdSimpleI2cWr);
     return box("Read and write",
-                 column({
-                     grid({{{}, columnTitle("Bytes"), columnTitle("Start (hex)")},
-                           {caption("Read", count), count, readFrom, read, simpleRead,
-                            busLamp(ui, p, {&p.cmdRead, &p.cmdSimpleI2cRd}, "Last read"), stretch},
-                           {caption("Write", writeFrom), toWrite, writeFrom, write, simpleWrite,
-                            busLamp(ui, p, {&p.cmdWrite, &p.cmdSimpleI2cWr}, "Last write")}}),
-                     tightColumn({quietText("First bytes of the last read"),
-                                  row({tightRow(readBacks(ui, p.TXTI2C, 2, "Byte read")), stretch})}),
-                     stretch,
-                 }));
+               column({
+                   grid({{{}, columnTitle("Bytes"), columnTitle("Start (hex)")},
+                         {caption("Read", count), count, readFrom, read, simpleRead,
+                          busLamp(ui, p, {&p.cmdRead, &p.cmdSimpleI2cRd}, "Last read"), stretch},
+                         {caption("Write", writeFrom), toWrite, writeFrom, write, simpleWrite,
+                          busLamp(ui, p, {&p.cmdWrite, &p.cmdSimpleI2cWr}, "Last write")}}),
+                   tightColumn({quietText("First bytes of the last read"),
+                                row({tightRow(readBacks(ui, p.TXTI2C, 2, "Byte read")), stretch})}),
+                   stretch,
+               }));
 }
 
 QWidget* individualBlock(PanelUi& ui, frmMainF340& p) {
@@ -136,21 +137,20 @@ QWidget* individualBlock(PanelUi& ui, frmMainF340& p) {
     auto* readButton = plainButton(ui, p.cmdReadIndividual);
     auto* writeFirst = plainButton(ui, p.cmdWriteIndividual[0]);
     auto* writeSecond = plainButton(ui, p.cmdWriteIndividual[1]);
-    return box(
-        "Individual register with toggle",
-        column({
-            grid({{caption("Register", address), address, quietText("hex")},
-                  {caption("As read", value), value, quietText("hex"), readButton,
-                   busLamp(ui, p, {&p.cmdReadIndividual}, "Last read of the register"), stretch},
-                  {caption("Value 1", first), first, quietText("hex"), writeFirst,
-                   busLamp(ui, p, {&p.cmdWriteIndividual[0]}, "Last write, value 1 last")},
-                  {caption("Value 2", second), second, quietText("hex"), writeSecond,
-                   busLamp(ui, p, {&p.cmdWriteIndividual[1]}, "Last write, value 2 last")}}),
-            wrapped(quietText("Each write changes the register: a value that stands in it already is "
-                              "written after the other one."),
-                    32),
-            stretch,
-        }));
+    return box("Individual register with toggle",
+               column({
+                   grid({{caption("Register", address), address, quietText("hex")},
+                         {caption("As read", value), value, quietText("hex"), readButton,
+                          busLamp(ui, p, {&p.cmdReadIndividual}, "Last read of the register"), stretch},
+                         {caption("Value 1", first), first, quietText("hex"), writeFirst,
+                          busLamp(ui, p, {&p.cmdWriteIndividual[0]}, "Last write, value 1 last")},
+                         {caption("Value 2", second), second, quietText("hex"), writeSecond,
+                          busLamp(ui, p, {&p.cmdWriteIndividual[1]}, "Last write, value 2 last")}}),
+                   wrapped(quietText("Each write changes the register: a value that stands in it already is "
+                                     "written after the other one."),
+                           32),
+                   stretch,
+               }));
 }
 
 } // namespace
@@ -158,14 +158,14 @@ QWidget* individualBlock(PanelUi& ui, frmMainF340& p) {
 QWidget* makeI2cPage(PageUi& page, frmMainF340& p) {
     PanelUi& ui = page.ui();
     auto* options = box("Options", column({
-                                         ui(p.chkRandom),
-                                         ui(p.ChK2WireCommand),
-                                         ui(p.chk2WireRead),
-                                         ui(p.chkRepeatedStart),
-                                         ui(p.chkStoppedWrite),
-                                         ui(p.chkExtendHold),
-                                         stretch,
-                                     }));
+                                       ui(p.chkRandom),
+                                       ui(p.ChK2WireCommand),
+                                       ui(p.chk2WireRead),
+                                       ui(p.chkRepeatedStart),
+                                       ui(p.chkStoppedWrite),
+                                       ui(p.chkExtendHold),
+                                       stretch,
+                                   }));
     auto* address = addressBlock(ui, p);
     auto* transfer = transferBlock(ui, p);
     auto* individual = individualBlock(ui, p);
@@ -179,22 +179,22 @@ QWidget* makeSpiPage(PageUi& page, frmMainF340& p) {
     auto* count = ui.mirror(p.txtNumToWrite);
     count->setFont(valueFont());
     auto* port = box("SPI port", column({
-                                       row({captionOf(p.cboSPIClock, clock), clock, stretch}),
-                                       ui(p.chkSPIckpol),
-                                       ui(p.chkSPIckpha),
-                                       ui(p.chkSPIss),
-                                       stretch,
-                                   }));
+                                     row({captionOf(p.cboSPIClock, clock), clock, stretch}),
+                                     ui(p.chkSPIckpol),
+                                     ui(p.chkSPIckpha),
+                                     ui(p.chkSPIss),
+                                     stretch,
+                                 }));
     auto* explanation = wrapped(ui(p.lblSPI), 56);
     makeQuiet(*explanation);
-    auto* transfer = box(
-        "Transfer",
-        column({
-            row({ui(p.cmdSPIWrite), count, quietText("bytes"), gap, plainBox(ui, p.chkSPIread), stretch}),
-            row({ui(p.chkSPIClockPhaseChange), caption("at byte", changeAt), changeAt, stretch}),
-            explanation,
-            stretch,
-        }));
+    auto* transfer =
+        box("Transfer",
+            column({
+                row({ui(p.cmdSPIWrite), count, quietText("bytes"), gap, plainBox(ui, p.chkSPIread), stretch}),
+                row({ui(p.chkSPIClockPhaseChange), caption("at byte", changeAt), changeAt, stretch}),
+                explanation,
+                stretch,
+            }));
     auto* boxes = row({port, transfer});
     boxes->setStretch(0, 1);
     boxes->setStretch(1, 2);
@@ -236,20 +236,19 @@ QWidget* makeByteTable(PageUi& page, frmMainF340& p) {
     auto* count = entry(ui, p.txtNumToWrite, 3, "Number of Bytes to Write");
     auto* load = ui(p.chkFileWriteData);
     load->setToolTip("Write takes its bytes from registers.txt in the working folder");
-    auto* toWrite = block(
-              column({
-                  row({caption("Number of Bytes to Write", count), count, stretch}),
-                  row({load, stretch}),
-                  dense(grid({{"Fill with", fills[0], fills[1], fills[2], stretch},
-                              {{}, fills[3], fills[4], fills[5]}})),
-                  row({ui(p.cmdFillWriteTextBoxes), quietText("from register 00"), stretch}),
-              }));
-    auto* asRead =
-        block(row({ui(p.cmdClearReadTextBoxes), quietText("bytes read, 00 to 1F"), stretch}));
+    auto* toWrite = block(column({
+        row({caption("Number of Bytes to Write", count), count, stretch}),
+        row({load, stretch}),
+        dense(
+            grid({{"Fill with", fills[0], fills[1], fills[2], stretch}, {{}, fills[3], fills[4], fills[5]}})),
+        row({ui(p.cmdFillWriteTextBoxes), quietText("from register 00"), stretch}),
+    }));
+    auto* asRead = block(row({ui(p.cmdClearReadTextBoxes), quietText("bytes read, 00 to 1F"), stretch}));
 
     // The bytes to write one after the other, then those that were read.
     order.insert(order.end(), reads.begin(), reads.end());
-    auto* bytes = box("Bytes by register (hex)", row({column({cells, stretch}), stretch}), BoxFrame::Ground::Base);
+    auto* bytes =
+        box("Bytes by register (hex)", row({column({cells, stretch}), stretch}), BoxFrame::Ground::Base);
     auto* fill = box("Bytes to write", column({toWrite, asRead, stretch}));
     auto* boxes = row({bytes, fill});
     boxes->setStretch(0, 1);

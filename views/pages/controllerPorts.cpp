@@ -1,8 +1,8 @@
 #include "link/frmMainF340.h"
 #include "platform/qt/theme.h"
-#include "views/pages/controllerTabs.h"
 #include "views/pages/boxes.h"
 #include "views/pages/consoleWords.h"
+#include "views/pages/controllerTabs.h"
 #include "views/pages/pinRows.h"
 #include "views/workspace/Page.h"
 
@@ -67,12 +67,12 @@ QWidget* portRegisters(PanelUi& ui, frmMainF340& p, int port) {
         written->setAccessibleName(name + " written");
         auto* read = ui.value(r.read, "00");
         read->setAccessibleName(name + " read");
-        lines.push_back({r.name,
-                         written,
-                         read,
-                         {ui(r.lamp, name + ": read equals written"),
-                          narrow(plainButton(ui, r.write), "Write " + name),
-                          narrow(plainButton(ui, r.readBack), "Read " + name)}});
+        lines.push_back(
+            {r.name,
+             written,
+             read,
+             {ui(r.lamp, name + ": read equals written"), narrow(plainButton(ui, r.write), "Write " + name),
+              narrow(plainButton(ui, r.readBack), "Read " + name)}});
     }
     const RegisterTable table = registerTable(lines);
     for (std::size_t at = 0; at < registers.size(); ++at) {
@@ -230,8 +230,8 @@ QWidget* makeOneRegister(PageUi& page, frmMainF340& p) {
     reply.push_back(stretch);
     reply.emplace_back(name);
     return box("One register",
-               column({row({caption("Address", address), address, quietText("hex"), ui(p.cmdGetSDFValue), stretch,
-                            caption("Value", data), data, quietText("hex"), ui(p.cmdSetSFR)}),
+               column({row({caption("Address", address), address, quietText("hex"), ui(p.cmdGetSDFValue),
+                            stretch, caption("Value", data), data, quietText("hex"), ui(p.cmdSetSFR)}),
                        row(reply), stretch}),
                BoxFrame::Ground::Window, quietText("reply: report ID, error, error flag, data"));
 }

@@ -88,7 +88,8 @@ class BoardBox final : public QWidget {
         }
         const int chosen = boards == 0 ? -1 : link->cboEVBinstance.listIndex();
         instance_->setCurrentIndex(chosen);
-        of_->setText(boards == 0 ? QString("none found yet") : QString("%1 of %2").arg(chosen + 1).arg(boards));
+        of_->setText(boards == 0 ? QString("none found yet")
+                                 : QString("%1 of %2").arg(chosen + 1).arg(boards));
     }
 
   private:

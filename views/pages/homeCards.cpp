@@ -90,6 +90,7 @@ Card makeCard(PageUi& page, frmStartup& p, const PageRow& row, const CardWords& 
     auto* name = heading(row.name, kNameScale);
     auto* about = quietText(card.about);
     about->setWordWrap(true);
+    about->setAlignment(Qt::AlignTop | Qt::AlignLeft);
     about->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
     card.lamp = new LampWidget;
     card.lamp->setColour(Colour::LightGreen);
@@ -120,9 +121,9 @@ Card makeCard(PageUi& page, frmStartup& p, const PageRow& row, const CardWords& 
     card.lamp->hide();
     if (!here) {
         card.open->setToolTip(kNotYet);
-        for (QWidget* each : {static_cast<QWidget*>(sign), static_cast<QWidget*>(name),
-                              static_cast<QWidget*>(about), static_cast<QWidget*>(card.words),
-                              static_cast<QWidget*>(card.open)})
+        for (QWidget* each :
+             {static_cast<QWidget*>(sign), static_cast<QWidget*>(name), static_cast<QWidget*>(about),
+              static_cast<QWidget*>(card.words), static_cast<QWidget*>(card.open)})
             each->setEnabled(false);
         about->setForegroundRole(QPalette::WindowText); // greyed as the name is
     }

@@ -145,17 +145,17 @@ void PinRow::paintEvent(QPaintEvent*) {
         const double reach = side / 2 - 1;
         const double up = dp(4);
         painter.setPen(QPen(tinted ? colours().differsText : palette().color(QPalette::WindowText), 1.4));
-        painter.drawPolyline(QPolygonF{middle + QPointF(-reach, high ? up : -up),
-                                       middle + QPointF(0, high ? up : -up),
-                                       middle + QPointF(0, high ? -up : up),
-                                       middle + QPointF(reach, high ? -up : up)});
+        painter.drawPolyline(
+            QPolygonF{middle + QPointF(-reach, high ? up : -up), middle + QPointF(0, high ? up : -up),
+                      middle + QPointF(0, high ? -up : up), middle + QPointF(reach, high ? -up : up)});
         left += qRound(side) + 2;
     }
     painter.setFont(textFont(kSmall, level));
     painter.setPen(tinted  ? colours().differsText
                    : level ? palette().color(QPalette::WindowText)
                            : palette().color(QPalette::PlaceholderText));
-    painter.drawText(now.adjusted(left - now.left(), 0, 0, 0), Qt::AlignLeft | Qt::AlignVCenter, wordOf(now_));
+    painter.drawText(now.adjusted(left - now.left(), 0, 0, 0), Qt::AlignLeft | Qt::AlignVCenter,
+                     wordOf(now_));
 }
 
 RegisterTable registerTable(const std::vector<RegisterLine>& lines) {

@@ -18,7 +18,9 @@ SECONDS = 20
 def start(command, environment):
     """Processor and wall time of one start, in ms."""
     begun = time.monotonic()
-    process = os.posix_spawn(command[0], command, environment)
+    # Without a desktop Qt warns at each start that it has none.
+    quiet = [(os.POSIX_SPAWN_OPEN, 2, os.devnull, os.O_WRONLY, 0)]
+    process = os.posix_spawn(command[0], command, environment, file_actions=quiet)
     while True:
         done, status, usage = os.wait4(process, os.WNOHANG)
         if done:

@@ -8,7 +8,7 @@ namespace vrk {
 namespace {
 
 /// A panel is a slot, a row of the shell and a row of the pages: none of the three may be forgotten.
-TEST(PagesTest, EveryPanelHasItsPageAndItsHeadingInTheManual) {
+TEST(PanelTableTest, EveryPanelHasItsPageAndItsHeadingInTheManual) {
     class Rig : public TestBench {
         void TestBody() override {}
     } rig;

@@ -5,6 +5,7 @@
 #include "motherboard/Motherboard.h"
 #include "motherboard/frmMotherboardDAQ2.h"
 #include "panels/blocks/BenchServices.h"
+#include "panels/discrete/UPDN_Runin.h"
 #include "panels/discrete/frmVRK_PB1.h"
 #include "panels/discrete/frmVRK_UD1.h"
 #include "panels/i2c/frmVRK_User1.h"
@@ -90,6 +91,7 @@ class Bench final : private ShellControl, private ProductTable {
     WiperState i2cWipers_;
     PinPanelState upDownPins_;
     PinPanelState buttonPins_;
+    RunInState runIn_;
     std::string lastDevicePanel_; ///< name; the panel may be gone
     std::string tableOpener_;     ///< name of the panel that the product table stands for
 
@@ -101,6 +103,7 @@ class Bench final : private ShellControl, private ProductTable {
     PanelSlot<class frmVRK_User1> frmVRK_User1;
     PanelSlot<class frmVRK_UD1> frmVRK_UD1;
     PanelSlot<class frmVRK_PB1> frmVRK_PB1;
+    PanelSlot<class UPDN_Runin> UPDN_Runin;
     PanelSlot<class ProductExec> ProductExec;
 
   private:

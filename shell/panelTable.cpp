@@ -17,6 +17,7 @@ std::vector<PanelRow> makePanelTable(Bench& bench) {
         {.slot = &bench.frmVRK_PB1,
          .startRow = frmStartup::kPushButton,
          .manualPage = "Push Button panel"},
+        {.slot = &bench.UPDN_Runin, .manualPage = "Run-in test"},
         {.slot = &bench.ProductExec, .manualPage = "Product table"},
         {.slot = &bench.Doco, .manualPage = "Trace"},
     };

@@ -77,12 +77,7 @@ int PinPanel::countOf(TextBox& field, int fallback) {
 void PinPanel::sampleInto(Reading& volts, int row) {
     board().Combo1.setListIndex(row);
     pump();
-    const std::string text = measure();
-    volts.setCaption(text);
-    if (link().attached())
-        volts.markRead();
-    else
-        volts.markStale("the board did not answer", true);
+    measure(volts);
     wait(kAfterSample);
 }
 

@@ -32,15 +32,6 @@ Bench::Bench(const Parts& parts)
                          }),
       frmVRK_User1(context_, "frmVRK_User1", "VRK I2C Evaluation",
                    [this] { return std::make_shared<class frmVRK_User1>(context_, services_, i2cWipers_); }),
-      frmVRK_UD1(context_, "frmVRK_UD1", "VRK Up/Down Evaluation",
-                 [this] {
-                     return std::make_shared<class frmVRK_UD1>(context_, services_, upDownPins_,
-                                                               [this] { UPDN_Runin.show(); });
-                 }),
-      frmVRK_PB1(context_, "frmVRK_PB1", "VRK Push Button Evaluation",
-                 [this] { return std::make_shared<class frmVRK_PB1>(context_, services_, buttonPins_); }),
-      UPDN_Runin(context_, "UPDN_Runin", "VRK Run In Test",
-                 [this] { return std::make_shared<class UPDN_Runin>(context_, services_, runIn_, trace_); }),
       ProductExec(context_, "ProductExec", "VRK Product Selection Parameter Table",
                   [this] {
                       return std::make_shared<class ProductExec>(
@@ -48,9 +39,7 @@ Bench::Bench(const Parts& parts)
                           ProductExec::Uses{busMode_, shell_, choice_, [this] { leaveProductTable(); }});
                   }),
       motherboard_(context_, link_, analog_, supply_, frmMotherboardDAQ2),
-      services_{
-          frmMainF340, frmMotherboardDAQ2, motherboard_, link_, analog_, ports_, supply_, shell_, run_, *this,
-          *this},
+      services_{frmMainF340, frmMotherboardDAQ2, motherboard_, link_, analog_, ports_, supply_, shell_, run_, *this, *this},
       table_(makePanelTable(*this)) {
     for (const PanelRow& row : table_)
         panels_.push_back(row.slot);

@@ -5,9 +5,6 @@
 #include "motherboard/Motherboard.h"
 #include "motherboard/frmMotherboardDAQ2.h"
 #include "panels/blocks/BenchServices.h"
-#include "panels/discrete/UPDN_Runin.h"
-#include "panels/discrete/frmVRK_PB1.h"
-#include "panels/discrete/frmVRK_UD1.h"
 #include "panels/i2c/frmVRK_User1.h"
 #include "platform/controls/Panel.h"
 #include "platform/controls/SharedValues.h"
@@ -43,6 +40,8 @@ class Bench final : private ShellControl, private ProductTable {
     EventLoop& events() { return context_.events; }
     modHID& link() { return link_; }
     const Trace& trace() const { return trace_; }
+    /// What device panels of this bench work with.
+    BenchServices& services() { return services_; }
 
     /// Loads the start panel and brings it to the front, as an event. Never throws.
     Outcome start();
@@ -89,9 +88,6 @@ class Bench final : private ShellControl, private ProductTable {
     ProductChoice choice_;
     RunState run_;
     WiperState i2cWipers_;
-    PinPanelState upDownPins_;
-    PinPanelState buttonPins_;
-    RunInState runIn_;
     std::string lastDevicePanel_; ///< name; the panel may be gone
     std::string tableOpener_;     ///< name of the panel that the product table stands for
 
@@ -101,9 +97,6 @@ class Bench final : private ShellControl, private ProductTable {
     PanelSlot<class frmMainF340> frmMainF340;
     PanelSlot<class frmMotherboardDAQ2> frmMotherboardDAQ2;
     PanelSlot<class frmVRK_User1> frmVRK_User1;
-    PanelSlot<class frmVRK_UD1> frmVRK_UD1;
-    PanelSlot<class frmVRK_PB1> frmVRK_PB1;
-    PanelSlot<class UPDN_Runin> UPDN_Runin;
     PanelSlot<class ProductExec> ProductExec;
 
   private:

@@ -88,9 +88,6 @@ void Bench::registerSharedValues() {
     publish(all, busMode_);
     publish(all, run_);
     publish(all, i2cWipers_, frmVRK_User1.name());
-    publish(all, upDownPins_, frmVRK_UD1.name());
-    publish(all, buttonPins_, frmVRK_PB1.name());
-    publish(all, runIn_, UPDN_Runin.name());
     all.setFront([this] { return lastDevicePanel_; });
 }
 

@@ -13,11 +13,6 @@ std::vector<PanelRow> makePanelTable(Bench& bench) {
          .startRow = frmStartup::kI2C,
          .companions = {&bench.ProductExec},
          .manualPage = "I2C panel"},
-        {.slot = &bench.frmVRK_UD1, .startRow = frmStartup::kUpDown, .manualPage = "Up/Down panel"},
-        {.slot = &bench.frmVRK_PB1,
-         .startRow = frmStartup::kPushButton,
-         .manualPage = "Push Button panel"},
-        {.slot = &bench.UPDN_Runin, .manualPage = "Run-in test"},
         {.slot = &bench.ProductExec, .manualPage = "Product table"},
         {.slot = &bench.Doco, .manualPage = "Trace"},
     };

@@ -40,6 +40,8 @@ class Bench final : private ShellControl, private ProductTable {
     EventLoop& events() { return context_.events; }
     modHID& link() { return link_; }
     const Trace& trace() const { return trace_; }
+    /// What device panels of this bench work with.
+    BenchServices& services() { return services_; }
 
     /// Loads the start panel and brings it to the front, as an event. Never throws.
     Outcome start();

@@ -19,6 +19,7 @@ struct BenchServices {
     PortState& ports;
     SupplyState& supply;
     ShellState& state;
+    RunState& run;
     ShellControl& shell;
     ProductTable& products;
 

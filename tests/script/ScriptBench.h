@@ -10,12 +10,12 @@
 namespace vrk {
 
 /// The script panel on a bench with a powered part.
-class ScriptBench : public I2cPanelTest, private ShellControl, private ProductTable {
+class ScriptBench : public I2cPanelTest {
   public:
     BusMode mode;
     RunState run;
     ScriptState script;
-    PortState ports;
+    PortState& ports = bench.services().ports;
     RehearsalFactory rehearsals;
 
     void SetUp() override { openI2c(); }
@@ -54,39 +54,12 @@ class ScriptBench : public I2cPanelTest, private ShellControl, private ProductTa
     PanelSlot<frmScriptOps> slot{bench.context(), "frmScriptOps", "Script IC Send / Receive", [this] {
                                      return std::make_shared<frmScriptOps>(
                                          bench.context(),
-                                         frmScriptOps::Uses{services_, mode, run, script,
+                                         frmScriptOps::Uses{bench.services(), mode, run, script,
                                                             [this] { return i2c().txtDeviceAdr.text(); },
                                                             rehearsals});
                                  }};
 
-  private:
-    void showStartPanel() override {}
-    void hidePanel(const Panel&) override {}
-    void endProgram() override { events.endProgram(); }
-    void open(Bus, Panel&) override {}
-    bool isOpen() const override { return false; }
-    bool returned() const override { return true; }
-    bool selected() const override { return false; }
-    std::string field(int) const override { return {}; }
-    void unload() override {}
-
-    AnalogState analog_;
-    SupplyState supply_;
-    ShellState shell_;
-    Motherboard motherboard_{bench.context(), link(), analog_, supply_, bench.frmMotherboardDAQ2};
-    BenchServices services_{bench.frmMainF340,
-                            bench.frmMotherboardDAQ2,
-                            motherboard_,
-                            link(),
-                            analog_,
-                            ports,
-                            supply_,
-                            shell_,
-                            *this,
-                            *this};
-
-  public:
-    ConsoleBus scriptBus{services_};
+    ConsoleBus scriptBus{bench.services()};
 };
 
 } // namespace vrk

@@ -1,0 +1,84 @@
+#include "panels/discrete/PinPanel.h"
+
+#include "platform/runtime/text.h"
+
+#include <algorithm>
+
+namespace vrk {
+
+namespace {
+constexpr Milliseconds kNoticed{100}; ///< a wait from here on would stop the window
+constexpr Milliseconds kSlice{20};
+constexpr Milliseconds kAfterSample{50};
+} // namespace
+
+void publish(SharedValues& values, PinPanelState& state, const std::string& panel) {
+    values.scalar("UDDevice", state.UDDevice, panel);
+    values.scalar("IncrAbort", state.IncrAbort, panel);
+}
+
+PinPanel::PinPanel(PanelContext& panelContext, std::string name, std::string title,
+                   BenchServices& panelServices, PinPanelState& state, std::vector<PinRow> pins)
+    : DevicePanel(panelContext, std::move(name), std::move(title), panelServices),
+      ChOut(*this, "ChOut", 0, static_cast<int>(pins.size()) - 1),
+      ShpOut(*this, "ShpOut", 0, static_cast<int>(pins.size()) - 1),
+      pins_(std::move(pins)),
+      state_(state) {
+    for (int bit = 0; bit < ChOut.count(); ++bit) {
+        const char* caption = pins_.at(static_cast<std::size_t>(bit)).name;
+        ChOut[bit].setCaption(caption);
+        ShpOut[bit].setCaption(caption);
+    }
+    wireClick(ChOut, &PinPanel::ChOut_Click);
+}
+
+void PinPanel::ChOut_Click(int index) {
+    const bool high = ChOut[index].checked();
+    const bool changed = (ShpOut[index].colour() == Colour::LightRed) != high;
+    ShpOut[index].setColour(high ? Colour::LightRed : Colour::Black);
+    const PinRow& row = pins_.at(static_cast<std::size_t>(index));
+    if (row.pin != PinRow::kNoPin) {
+        board().chkPData[row.pin].setValue(high ? 1 : 0);
+        board().chkPData_Click(row.clickPin);
+    }
+    if (changed)
+        edges_.emit({index, high, context().clock().now()});
+    if (services().run.PinBatch)
+        return;
+    writePorts();
+    pump();
+    afterPinWrite();
+}
+
+void PinPanel::cmdAbortIncr_Click(int /*part*/) {
+    state_.IncrAbort = true;
+    pump();
+}
+
+void PinPanel::waitLive(Milliseconds duration) const {
+    if (duration < kNoticed) {
+        wait(duration);
+        return;
+    }
+    const Milliseconds end = context().clock().now() + duration;
+    while (context().clock().now() < end) {
+        wait(std::min(kSlice, end - context().clock().now()));
+        pump();
+    }
+}
+
+int PinPanel::countOf(TextBox& field, int fallback) {
+    if (isNumeric(field.text()))
+        return roundHalfEven(leadingNumber(field.text()));
+    field.setText(decimalText(fallback));
+    return fallback;
+}
+
+void PinPanel::sampleInto(Reading& volts, int row) {
+    board().Combo1.setListIndex(row);
+    pump();
+    measure(volts);
+    wait(kAfterSample);
+}
+
+} // namespace vrk

@@ -120,7 +120,7 @@ ChannelStrip::ChannelStrip(PageUi& page, ChannelBlock& block, int channel)
     makeRead(page, block);
     makeWrite(page, block);
     divider_ = separator(Qt::Vertical);
-    auto* halves = new QGridLayout(this);
+    setLayout(new QGridLayout);
     watchOutcome(page, block);
     ui.watch(block.lblPotRead[channel], [this, &block] { showReading(block); });
     ui.watch(block.Slider1[channel], [this, &slider = block.Slider1[channel]] {

@@ -6,6 +6,7 @@
 #include <QCheckBox>
 #include <QFileDialog>
 #include <QListView>
+#include <QMainWindow>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QRadioButton>
@@ -17,6 +18,17 @@ namespace vrk {
 BoxWatcher::BoxWatcher() {
     connect(&timer_, &QTimer::timeout, this, [this] { look(); });
     timer_.start(5);
+    qApp->installEventFilter(this);
+}
+
+bool BoxWatcher::eventFilter(QObject* watched, QEvent* event) {
+    if (event->type() == QEvent::Show)
+        if (auto* widget = qobject_cast<QWidget*>(watched); widget != nullptr && widget->isWindow() &&
+                                                            widget->windowType() == Qt::Window &&
+                                                            qobject_cast<QMainWindow*>(widget) == nullptr)
+            ADD_FAILURE() << "shown outside of any window: " << widget->metaObject()->className() << " "
+                          << widget->objectName().toStdString();
+    return QObject::eventFilter(watched, event);
 }
 
 void BoxWatcher::expect(const std::string& text, const std::string& button, std::function<void()> before) {

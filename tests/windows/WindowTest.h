@@ -27,6 +27,11 @@ class BoxWatcher : public QObject {
     void allowAll() { all_ = true; }
     void verify();
 
+  protected:
+    /// A part of a page that is shown before it stands in its page flashes as a window and takes the
+    /// keyboard.
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
   private:
     struct Expected {
         std::string text;

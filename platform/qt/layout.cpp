@@ -182,6 +182,13 @@ QTabWidget* tabs(const std::vector<std::pair<QString, QWidget*>>& pages) {
     return widget;
 }
 
+void setShown(QWidget& widget, bool shown) {
+    if (!shown || widget.parentWidget() != nullptr)
+        widget.setVisible(shown);
+    else if (widget.testAttribute(Qt::WA_WState_ExplicitShowHide))
+        widget.setAttribute(Qt::WA_WState_ExplicitShowHide, false); // hidden before: its page shows it
+}
+
 QWidget* separator(Qt::Orientation orientation) {
     auto* line = new QFrame;
     line->setFrameShape(orientation == Qt::Horizontal ? QFrame::HLine : QFrame::VLine);

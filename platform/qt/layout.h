@@ -87,6 +87,10 @@ QTabWidget* tabs(const std::vector<std::pair<QString, QWidget*>>& pages);
 /// A thin line between two blocks.
 QWidget* separator(Qt::Orientation orientation);
 
+/// Shows or hides a part of a page. One that has no parent yet is left to the page that it will stand in:
+/// shown by itself it would flash as a window and take the keyboard along.
+void setShown(QWidget& widget, bool shown);
+
 /// Keeps the widget's place when it is hidden, so that its neighbours stay where they are.
 template <class Widget>
 Widget* keepsPlace(Widget* widget) {

@@ -284,8 +284,8 @@ void ChannelStrip::setWide(bool wide) {
     wide_ = wide;
     readout_->setWide(wide);
     for (QWidget* onlyWide : std::initializer_list<QWidget*>{scale_, headLamp_, writeWord_, hint_})
-        onlyWide->setVisible(wide);
-    writeLamp_->setVisible(true);
+        setShown(*onlyWide, wide);
+    setShown(*writeLamp_, true);
     layOutRead();
     layOutWrite();
     auto* halves = static_cast<QGridLayout*>(layout());
@@ -293,7 +293,7 @@ void ChannelStrip::setWide(bool wide) {
     halves->setContentsMargins(side, dp(kInset) - 2, side, dp(kInset));
     halves->setHorizontalSpacing(wide ? dp(16) : 0);
     halves->setVerticalSpacing(kUnit);
-    divider_->setVisible(true);
+    setShown(*divider_, true);
     auto* line = static_cast<QFrame*>(divider_);
     line->setFrameShape(wide ? QFrame::VLine : QFrame::HLine);
     halves->addWidget(readHalf_, 0, 0);

@@ -37,7 +37,7 @@ void ChannelStrips::showUsed(const ChannelBlock& block) {
     int used = 0;
     for (int channel = 0; channel < ChannelBlock::kChannels; ++channel) {
         const bool shown = block.SSFrame3[channel].visible() || block.SSFrame4[channel].visible();
-        strips_.at(static_cast<std::size_t>(channel))->setVisible(shown);
+        setShown(*strips_.at(static_cast<std::size_t>(channel)), shown);
         used += shown ? 1 : 0;
         if (!shown && inHand_ == channel)
             inHand_ = 0;

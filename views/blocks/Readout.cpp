@@ -57,7 +57,7 @@ Readout::Readout(PageUi& page, ChannelBlock& block, int channel)
 
 void Readout::setWide(bool wide) {
     wide_ = wide;
-    positionWord_->setVisible(wide);
+    setShown(*positionWord_, wide);
     // Upright the room that is left over is the list's.
     setMaximumHeight(wide ? QWIDGETSIZE_MAX : sizeHint().height());
     updateGeometry();

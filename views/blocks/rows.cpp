@@ -87,9 +87,9 @@ void summarise(PageUi& page, Section& section, std::function<QString()> folded,
 
 void showWhileFolded(Section& section, QWidget* extra) {
     section.setSummary(extra);
-    extra->setVisible(section.folded());
+    setShown(*extra, section.folded());
     new Listener(*section.content(), {QEvent::HideToParent, QEvent::ShowToParent},
-                 [extra, content = section.content()] { extra->setVisible(content->isHidden()); });
+                 [extra, content = section.content()] { setShown(*extra, content->isHidden()); });
 }
 
 void tintDifference(PageUi& page, const TextBox& written, QLineEdit& field, const Control& read,
@@ -102,7 +102,7 @@ void tintDifference(PageUi& page, const TextBox& written, QLineEdit& field, cons
         setTone(field, tinted ? Tone::Differs : Tone::Plain);
         field.setAccessibleDescription(tinted ? "differs from read" : QString());
         if (words != nullptr)
-            words->setVisible(tinted);
+            setShown(*words, tinted);
     };
     page.ui().watch(const_cast<TextBox&>(written), show);
     page.ui().watch(const_cast<Control&>(read), show);

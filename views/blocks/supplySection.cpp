@@ -44,7 +44,7 @@ Section& addSupplySection(PageUi& page, SupplyBlock& block) {
     code->setAccessibleName("Code of the level");
     // Where the user gives the code himself, his field stands in the place of these words.
     auto* byLevel = quietText("set by the level");
-    ui.watch(block.txtUserVCC, [byLevel, &block] { byLevel->setVisible(!block.txtUserVCC.visible()); });
+    ui.watch(block.txtUserVCC, [byLevel, &block] { setShown(*byLevel, !block.txtUserVCC.visible()); });
     auto* offset = ui(block.txtADOffset, 4);
     auto* gain = ui(block.txtADGain, 3);
     offset->setFixedWidth(dp(44));

@@ -123,7 +123,7 @@ void makeHomePage(PageUi& page, frmStartup& p) {
     page.setSubtitle(instruction);
     auto* lamp = keepsPlace(ui(p.Shpstatus[2], "Waiting for a choice"));
     auto* waiting = keepsPlace(quietText("waiting for a choice"));
-    ui.watch(p.Shpstatus[2], [waiting, &p] { waiting->setVisible(p.Shpstatus[2].visible()); });
+    ui.watch(p.Shpstatus[2], [waiting, &p] { setShown(*waiting, p.Shpstatus[2].visible()); });
     page.addHeadItem(lamp);
     page.addHeadItem(waiting);
 
@@ -168,7 +168,7 @@ void makeHomePage(PageUi& page, frmStartup& p) {
     fold->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
     fold->setFocusPolicy(Qt::StrongFocus);
     const auto setFolded = [fold, further](bool folded) {
-        further->setVisible(!folded);
+        setShown(*further, !folded);
         fold->setArrowType(folded ? Qt::RightArrow : Qt::DownArrow);
         fold->setAccessibleDescription(folded ? "folded" : "unfolded");
     };

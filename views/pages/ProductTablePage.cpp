@@ -45,7 +45,7 @@ void makeProductTablePage(PageUi& page, ProductExec& p) {
     why->setObjectName("return.why");
     ui.watch(p.cmdReturn, [why, goBack, &p] {
         const bool refused = !p.cmdReturn.enabled();
-        why->setVisible(refused);
+        setShown(*why, refused);
         goBack->setToolTip(refused ? why->text() : QString());
     });
     auto* cancel = new QPushButton("Cancel");

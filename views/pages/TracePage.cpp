@@ -63,7 +63,7 @@ void sayWhenEmpty(PanelUi& ui, Doco& p, LogView& log) {
                            ? "Trace is on; nothing has happened yet."
                            : "The trace is empty. Switch on Trace to record what the link does, and Detailed "
                              "for every register access.");
-        words->setVisible(p.rtxt1.size() == 0);
+        setShown(*words, p.rtxt1.size() == 0);
     };
     ui.watch(p.rtxt1, show);
     ui.watch(p.ChkTrace[2], show);
@@ -103,7 +103,7 @@ void makeTracePage(PageUi& page, Doco& p) {
     save->setAutoDefault(false);
     save->setCheckable(true);
     QObject::connect(save, &QPushButton::toggled, rows, [rows, &ui, &p](bool shown) {
-        rows->setVisible(shown);
+        setShown(*rows, shown);
         if (Binding* path = shown ? ui.find(p.txtFilePath) : nullptr)
             qobject_cast<QWidget*>(&path->target())->setFocus(Qt::OtherFocusReason);
     });

@@ -66,7 +66,7 @@ QWidget* scanProgress(PanelUi& ui, frmMainF340& p) {
     QWidget* busy = keepsPlace(block(row({text, bar})));
     busy->setObjectName("scan.busy");
     const auto show = [busy, bar, text, &p] {
-        busy->setVisible(p.cmdStopScan.enabled());
+        setShown(*busy, p.cmdStopScan.enabled());
         const int addresses = (kLastAddress - p.link().i2cAddress) / 2;
         text->setText(QString("Scanning %1, %2 s left")
                           .arg(QString::fromStdString(p.txtI2Caddress.text()))

@@ -139,7 +139,7 @@ void showSocket(std::vector<Card>& cards, const SocketView* socket) {
         if (*card.row->slot == '\0' || QString(card.row->group) != "Parts")
             continue;
         card.fits = names(card.about, part);
-        card.lamp->setVisible(card.fits);
+        setShown(*card.lamp, card.fits);
         card.words->setText(card.fits        ? "socket holds " + part
                             : part.isEmpty() ? QString("the socket is empty")
                                              : QString("other part in the socket"));

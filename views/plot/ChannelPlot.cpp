@@ -175,7 +175,7 @@ void ChannelPlot::showChannels() {
         panes[kError].series[index].name = shown && used == 1 ? "error in LSB" : "";
     }
     if (std::exchange(used_, used) != used) {
-        channel_->parentWidget()->setVisible(used > 1);
+        setShown(*channel_->parentWidget(), used > 1);
         while (channel_->count() > used)
             channel_->removeItem(channel_->count() - 1);
         while (channel_->count() < used)

@@ -12,6 +12,7 @@
 #include <QTableView>
 
 #include <algorithm>
+#include <utility>
 
 namespace vrk::qt {
 
@@ -171,7 +172,8 @@ void PanelUi::release() {
     for (const QPointer<AgeLabel>& label : ages_)
         if (label != nullptr)
             label->words = {};
-    for (Binding* binding : bindings_)
+    // The widgets, and the bindings with them, may go before this does.
+    for (Binding* binding : std::exchange(bindings_, {}))
         binding->release();
 }
 

@@ -268,6 +268,7 @@ void Workspace::drop(PageUi& page) {
         dock_->setTab(Dock::Trace, nullptr, nullptr);
     // One of its own event handlers may be on the stack below the action that unloads it.
     page.page()->hide();
+    page.setParent(this); // goes with the workspace, should that go first
     context_.bench.events().retire(
         std::shared_ptr<void>(&page, [](void* pointer) { static_cast<PageUi*>(pointer)->deleteLater(); }));
 }

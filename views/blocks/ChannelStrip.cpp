@@ -139,6 +139,8 @@ void ChannelStrip::makeRead(PageUi& page, ChannelBlock& block) {
     sourceWord_ = words("reads register", readBody_);
     source_ = ui(block.lblChanRcvr[channel_]);
     makeQuiet(*source_);
+    for (QLabel* part : {name_, sourceWord_, source_})
+        part->setSizePolicy(QSizePolicy::Maximum, QSizePolicy::Preferred);
     readout_ = new Readout(page, block, channel_);
     bar_ = ui(block.ProgressBar1[channel_]);
     bar_->setAccessibleName("Position read as a bar, channel " + number);
@@ -368,9 +370,9 @@ void ChannelStrip::layOutWrite() {
     list_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Expanding);
     list_->setMinimumWidth(0);
     list_->setMaximumWidth(QWIDGETSIZE_MAX);
-    layOut(*writeBody_,
-           tightColumn({row({down_, slider_, up_}), row({decimalWord_, decimal_, stretch, hexWord_, hex_}),
-                        tightRow({write_, writeLamp_, differs_}), list_}));
+    layOut(*writeBody_, tightColumn({row({down_, slider_, up_}),
+                                     tightRow({decimalWord_, decimal_, stretch, hexWord_, hex_}),
+                                     tightRow({write_, writeLamp_, differs_}), list_}));
 }
 
 bool ChannelStrip::hasKeyboard() const {

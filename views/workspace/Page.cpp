@@ -7,6 +7,7 @@
 
 #include <QApplication>
 #include <QBoxLayout>
+#include <QEvent>
 #include <QLabel>
 #include <QMenu>
 #include <QScrollArea>
@@ -86,6 +87,7 @@ void PageUi::setContent(QWidget* content) {
     if (content->layout() != nullptr)
         content->layout()->setContentsMargins(kUnit, 0, kUnit, kUnit);
     area_->setWidget(content);
+    content->installEventFilter(this);
     ui_.placed();
     QString taken = kMenuLetters;
     for (QWidget* root : {page_.data(), inspector_.data()})
@@ -235,6 +237,15 @@ QSize PageUi::leastSize() const {
     if (content_ == nullptr)
         return {};
     return content_->minimumSizeHint() + QSize(0, dp(36));
+}
+
+bool PageUi::eventFilter(QObject* watched, QEvent* event) {
+    if (event->type() == QEvent::LayoutRequest) {
+        const QSize least = leastSize();
+        if (std::exchange(least_, least) != least && onLeastSize)
+            onLeastSize();
+    }
+    return QObject::eventFilter(watched, event);
 }
 
 void PageUi::release() {

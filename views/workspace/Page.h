@@ -139,6 +139,8 @@ class PageUi final : public QObject {
     QAction* findAction(const QString& name) const;
     std::function<void()> onOpenPlot;
     std::function<void(const QString&)> onOpenPage;
+    /// The content's least size has changed: what gives way to it may be another.
+    std::function<void()> onLeastSize;
     /// Widgets of the head that belong to the workspace: the button that takes the page out.
     void addFrameItem(QWidget* item);
     /// The keyboard goes to where it was when the page was left, at first to the field that the page names.
@@ -152,6 +154,9 @@ class PageUi final : public QObject {
     QSize wantedSize() const;
     /// The panel has gone: the page stays, dead, until no action is on the stack.
     void release();
+
+  protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
 
   private:
     void makeHead();
@@ -168,6 +173,7 @@ class PageUi final : public QObject {
     QPointer<QWidget> firstFocus_;
     QPointer<QWidget> lastFocus_;
     QPointer<QWidget> content_;
+    QSize least_;
     QScrollArea* area_ = nullptr;
     QWidget* head_ = nullptr;
     QPointer<QWidget> headItemsBlock_;

@@ -30,13 +30,13 @@ class CutWords final : public QLabel {
 Section::Section(const QString& title, QWidget* content)
     : title_(title), content_(content), head_(new QToolButton), words_(new CutWords) {
     setObjectName("section." + title);
-    head_->setText(title);
     head_->setFont(textFont(1.0, true));
     head_->setAutoRaise(true);
     head_->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
     head_->setArrowType(Qt::DownArrow);
+    head_->setIconSize(QSize(dp(9), dp(9)));
     head_->setFocusPolicy(Qt::StrongFocus);
-    head_->setAccessibleName(title);
+    setTitle(title);
     QObject::connect(head_, &QToolButton::clicked, this, [this] {
         setFolded(!folded_);
         chosenByUser_ = true;
@@ -49,6 +49,7 @@ Section::Section(const QString& title, QWidget* content)
     words_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
     headRow_ = new QHBoxLayout;
     headRow_->setContentsMargins(0, 0, 0, 0);
+    headRow_->setSpacing(2);
     headRow_->addWidget(head_);
     headRow_->addWidget(words_, 1);
     // Tells tests and the palette that what stands in it is folded away, not hidden by its panel.
@@ -65,6 +66,8 @@ void Section::setTitle(const QString& title) {
     title_ = title;
     head_->setText(title);
     head_->setAccessibleName(title);
+    // The style leaves room for two more letters, which the summary needs.
+    head_->setFixedWidth(head_->sizeHint().width() - dp(12));
 }
 
 void Section::addDivider() {

@@ -193,6 +193,7 @@ PageUi* Workspace::make(PanelSlotBase& slot) {
         return nullptr;
     auto* page = new PageUi(context_, slot, *slot.panel(), *row);
     pages_[&slot] = page;
+    page->onLeastSize = [this] { arrangeLater(); };
     page->onOpenPlot = [this] { openDock(Dock::Plot); };
     page->onOpenPage = [this](const QString& name) {
         for (const PageRow& other : pageRows())

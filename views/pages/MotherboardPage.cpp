@@ -160,7 +160,7 @@ QWidget* dacBox(PanelUi& ui, frmMotherboardDAQ2& p) {
 }
 
 QWidget* samplingBox(PanelUi& ui, frmMotherboardDAQ2& p) {
-    auto* channel = ui(p.Combo1, 18);
+    auto* channel = ui(p.Combo1, 11);
     auto* reading = readBack(ui, p.txtRdgs[0], 7, "Last reading, volts");
     reading->setFont(valueFont(2.4));
     auto* code = readBack(ui, p.txtADDec, 5, "Code of the last reading");
@@ -285,7 +285,7 @@ void makeMotherboardPage(PageUi& page, frmMotherboardDAQ2& p) {
     auto* i2c = i2cBox(ui, p);
     auto* spi = spiBox(ui, p);
     QWidget* transfers = block(
-        column({new BoxFlow({sampling, inputs, dac}, dp(350)), new BoxFlow({i2c, spi}, dp(480)), stretch}));
+        column({new BoxFlow({sampling, inputs, dac}, dp(364)), new BoxFlow({i2c, spi}, dp(480)), stretch}));
     auto* strip = new QTabBar;
     strip->setObjectName("pages");
     strip->setDrawBase(false);

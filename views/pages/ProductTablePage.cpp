@@ -22,7 +22,7 @@ void makeProductTablePage(PageUi& page, ProductExec& p) {
     table->horizontalHeader()->setSectionResizeMode(QHeaderView::ResizeToContents);
     table->setSelectionBehavior(QAbstractItemView::SelectRows);
     table->setMinimumSize(table->fontMetrics().averageCharWidth() * 60,
-                          table->fontMetrics().lineSpacing() * 8);
+                          table->fontMetrics().lineSpacing() * 6);
 
     // What the row chosen will set, field by field, three fields a line.
     constexpr int kFieldsALine = 3;
@@ -34,7 +34,7 @@ void makeProductTablePage(PageUi& page, ProductExec& p) {
         makeQuiet(*name);
         auto* value = ui(p.lblDeviceSel[field]);
         value->setFont(valueFont());
-        value->setMinimumWidth(value->fontMetrics().horizontalAdvance('0') * 24);
+        value->setMinimumWidth(value->fontMetrics().horizontalAdvance('0') * 14);
         lines.back().emplace_back(name);
         lines.back().emplace_back(value);
     }
@@ -58,9 +58,12 @@ void makeProductTablePage(PageUi& page, ProductExec& p) {
 
     auto* all = column({
         ui.frame(p.Frame1, {}, column({table})),
-        box("Row chosen", grid(lines), BoxFrame::Ground::Base),
-        row({ui(p.cmdLoadParam), ui(p.cmdSaveParam), stretch, why, goBack, cancel}),
+        box("Row chosen", grid(lines), BoxFrame::Ground::Base, why),
     });
+    // In the head, so that they are in sight however little room there is.
+    for (QWidget* button :
+         std::initializer_list<QWidget*>{ui(p.cmdLoadParam), ui(p.cmdSaveParam), goBack, cancel})
+        page.addHeadItem(button);
     all->setStretch(0, 1);
     page.setContent(block(all));
     page.setFirstFocus(table);

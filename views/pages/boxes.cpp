@@ -71,8 +71,8 @@ void DiffersGround::paintEvent(QPaintEvent*) {
         QPainter(this).fillRect(rect(), colours().differsGround);
 }
 
-BoxFlow::BoxFlow(std::vector<QWidget*> boxes, int least)
-    : boxes_(std::move(boxes)), least_(least), grid_(new QGridLayout(this)) {
+BoxFlow::BoxFlow(std::vector<QWidget*> boxes, int least, std::vector<int> shares)
+    : boxes_(std::move(boxes)), least_(least), shares_(std::move(shares)), grid_(new QGridLayout(this)) {
     grid_->setContentsMargins(0, 0, 0, 0);
     grid_->setSpacing(kUnit);
     arrange(static_cast<int>(boxes_.size()));
@@ -99,12 +99,16 @@ void BoxFlow::arrange(int columns) {
     if (columns == columns_)
         return;
     columns_ = columns;
+    const bool shared = columns == static_cast<int>(shares_.size());
     for (int at = 0; at < static_cast<int>(boxes_.size()); ++at)
-        grid_->setColumnStretch(at, at < columns ? 1 : 0);
+        grid_->setColumnStretch(at, at >= columns ? 0
+                                    : shared      ? shares_.at(static_cast<std::size_t>(at))
+                                                  : 1);
     int at = 0;
     for (QWidget* each : boxes_) {
         grid_->removeWidget(each);
-        each->setMinimumWidth(least_);
+        if (shares_.empty())
+            each->setMinimumWidth(least_);
         grid_->addWidget(each, at / columns, at % columns);
         ++at;
     }

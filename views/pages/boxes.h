@@ -51,8 +51,9 @@ class DiffersGround final : public QWidget {
 /// Boxes of equal width side by side, as many in a line as there is room for.
 class BoxFlow final : public QWidget {
   public:
-    /// \param least width of a box.
-    BoxFlow(std::vector<QWidget*> boxes, int least);
+    /// \param least width of a box. \param shares of the boxes in the width while they stand in one line;
+    /// none: equal ones.
+    BoxFlow(std::vector<QWidget*> boxes, int least, std::vector<int> shares = {});
     int columns() const { return columns_; }
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override;
@@ -65,6 +66,7 @@ class BoxFlow final : public QWidget {
 
     std::vector<QWidget*> boxes_;
     int least_;
+    std::vector<int> shares_;
     int columns_ = 0;
     QGridLayout* grid_;
 };

@@ -135,7 +135,7 @@ QWidget* portBox(PanelUi& ui, frmMainF340& p, int port) {
     auto* content = column(lines);
     content->setSpacing(0);
     auto* whole = box(QString("Port %1").arg(port), content, BoxFrame::Ground::Base);
-    whole->layout()->setContentsMargins(kUnit, kUnit, kUnit, kUnit);
+    whole->layout()->setContentsMargins(6, kUnit, 6, kUnit);
     return whole;
 }
 
@@ -162,7 +162,7 @@ QWidget* howToRead(PanelUi& ui, frmMainF340& p) {
         each->setWordWrap(true);
         each->setFont(textFont(kSmall));
         each->setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Minimum);
-        each->setMinimumWidth(dp(200));
+        each->setMinimumWidth(dp(230));
         makeQuiet(*each);
     }
     return box("How to read \"now\"", column({words, rule, stretch}));
@@ -201,7 +201,7 @@ QWidget* makeGpioPage(PageUi& page, frmMainF340& p, QWidget* registerPlace) {
     auto* all = allPorts(ui, p);
     auto* words = howToRead(ui, p);
     auto* map = new BoxFlow(ports, dp(kLeastPortWidth));
-    auto* lower = new BoxFlow({all, registerPlace, words}, dp(440));
+    auto* lower = new BoxFlow({all, registerPlace, words}, dp(450), {490, 486, 260});
     auto* content = column({map, lower, stretch});
     return block(content);
 }

@@ -17,9 +17,10 @@ using namespace qt;
 
 namespace {
 
-constexpr int kNameWidth = 40;
-constexpr int kBoxWidth = 32;
-constexpr int kNowWidth = 78;
+// Five ports stand side by side at 1280 pixels: each column is as wide as its longest word, no wider.
+constexpr int kNameWidth = 38;
+constexpr std::array<int, 3> kBoxWidths = {26, 30, 37}; ///< HI, push or drive, analog
+constexpr int kNowWidth = 72;
 
 /// Rows and their head share these columns, so that the boxes stand under their words.
 QGridLayout* pinColumns(std::size_t boxes) {
@@ -29,11 +30,12 @@ QGridLayout* pinColumns(std::size_t boxes) {
     grid->setColumnMinimumWidth(0, dp(kNameWidth));
     grid->setColumnStretch(0, kNameWidth);
     for (int at = 1; at <= static_cast<int>(boxes); ++at) {
-        grid->setColumnMinimumWidth(at, dp(kBoxWidth));
-        grid->setColumnStretch(at, kBoxWidth);
+        const int width = kBoxWidths.at(static_cast<std::size_t>(at - 1));
+        grid->setColumnMinimumWidth(at, dp(width));
+        grid->setColumnStretch(at, width);
     }
     const int last = static_cast<int>(boxes) + 1;
-    grid->setHorizontalSpacing(dp(2));
+    grid->setHorizontalSpacing(1);
     grid->setColumnMinimumWidth(last, dp(kNowWidth));
     grid->setColumnStretch(last, kNowWidth);
     return grid;
@@ -139,7 +141,7 @@ void PinRow::paintEvent(QPaintEvent*) {
     int left = now.left();
     if (level) {
         // An edge as the pin lamps have it, in the text's colour.
-        const double side = dp(12);
+        const double side = dp(10);
         const bool high = now_ == PinNow::DrivesHigh || now_ == PinNow::ReadsHigh;
         const QPointF middle(left + side / 2, now.center().y() + 0.5);
         const double reach = side / 2 - 1;

@@ -2,10 +2,10 @@
 
 #include "platform/clipboard/Clipboard.h"
 #include "platform/controls/Panel.h"
+#include "platform/controls/SharedValues.h"
 #include "platform/dialogs/Dialogs.h"
 #include "platform/hid/WireRecorder.h"
 #include "platform/runtime/EventLoop.h"
-#include "platform/controls/SharedValues.h"
 #include "sim/SimulatedBus.h"
 
 #include <functional>

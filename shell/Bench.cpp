@@ -39,7 +39,9 @@ Bench::Bench(const Parts& parts)
                           ProductExec::Uses{busMode_, shell_, choice_, [this] { leaveProductTable(); }});
                   }),
       motherboard_(context_, link_, analog_, supply_, frmMotherboardDAQ2),
-      services_{frmMainF340, frmMotherboardDAQ2, motherboard_, link_, analog_, ports_, supply_, shell_, run_, *this, *this},
+      services_{
+          frmMainF340, frmMotherboardDAQ2, motherboard_, link_, analog_, ports_, supply_, shell_, run_, *this,
+          *this},
       table_(makePanelTable(*this)) {
     for (const PanelRow& row : table_)
         panels_.push_back(row.slot);

@@ -161,8 +161,11 @@ void Bench::registerModuleActions() {
     });
     constexpr int kMostFields = 64;
     const auto fields = std::make_shared<CheckedArray<std::string, kMostFields>>();
-    sharedValues_.add(
-        {"splitField", 0, kMostFields - 1, [fields](int index) { return ActionValue((*fields)[index]); }, {}});
+    sharedValues_.add({"splitField",
+                       0,
+                       kMostFields - 1,
+                       [fields](int index) { return ActionValue((*fields)[index]); },
+                       {}});
     add("splitFields", 3, [fields](const ActionArgs& args) -> ActionValue {
         std::string text = textArgument(args, 0);
         const std::int64_t size = wholeArgument(args, 1);

@@ -13,7 +13,15 @@ namespace vrk {
 class frmStartup final : public Panel, public ActivePanel {
   public:
     static constexpr int kRows = 10;
-    enum Row : int { kHead = 0, kConsolesOnly = 1, kI2C = 2, kSPI = 3, kUpDown = 4, kPushButton = 5, kCalibrate = 9 };
+    enum Row : int {
+        kHead = 0,
+        kConsolesOnly = 1,
+        kI2C = 2,
+        kSPI = 3,
+        kUpDown = 4,
+        kPushButton = 5,
+        kCalibrate = 9
+    };
 
     struct Uses {
         PanelSlot<class frmMainF340>& console;

@@ -21,8 +21,8 @@ struct MessageBox {
     std::vector<Choice> buttons = {Choice::Ok};
     /// What the buttons do where their names do not tell; said under the text in a window, nowhere else.
     std::string consequence{};
-    /// What Esc and the window's cross do: the answer that changes least, Retry where that changes nothing, or
-    /// nothing, where every answer does something that nobody must do by accident.
+    /// What Esc and the window's cross do: the answer that changes least, Retry where that changes nothing,
+    /// or nothing, where every answer does something that nobody must do by accident.
     enum class Escape { Harmless, Retry, Stays };
     Escape escape = Escape::Harmless;
 };

@@ -175,8 +175,8 @@ double throughText(double value) {
 }
 
 namespace {
-/// Rounded on the 15 digits of the text form, so that 0.0005 rounds up although its binary value is below. The
-/// way through the text is long, and matters only next to a half: every reading comes along here.
+/// Rounded on the 15 digits of the text form, so that 0.0005 rounds up although its binary value is below.
+/// The way through the text is long, and matters only next to a half: every reading comes along here.
 double roundedText(double value) {
     constexpr double kDoubt = 1e-12; // far more than the 15th digit is worth
     const bool clear = std::fabs(value - std::floor(value) - 0.5) > kDoubt * std::max(1.0, value);

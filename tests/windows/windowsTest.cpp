@@ -181,7 +181,8 @@ TEST_F(TraceWindowTest, GathersSearchesAndSaves) {
     auto& log = widget<qt::LogView>("Doco", "rtxt1");
     EXPECT_TRUE(log.find("Processor Form Load Completed", true));
     bringToFront("Doco");
-    QTest::mouseClick(log.viewport(), Qt::LeftButton); // the dock has keys of its own while it has the keyboard
+    QTest::mouseClick(log.viewport(),
+                      Qt::LeftButton); // the dock has keys of its own while it has the keyboard
     QTest::keyClick(&log, Qt::Key_F, Qt::ControlModifier);
     QWidget& find = widget("Doco", "find");
     EXPECT_TRUE(find.isVisible());

@@ -44,8 +44,7 @@ void DevicePanel::cmdMMenu_Click() {
     OptVCC_Click(1);
     pump();
     services_.state.returningToMenu = true;
-    services_.products.unload();
-    unloadCompanions();
+    services_.shell.unloadCompanions(*this);
     services_.shell.hidePanel(*this);
     services_.shell.showStartPanel();
     pump();

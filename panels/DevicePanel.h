@@ -49,8 +49,6 @@ class DevicePanel : public Panel, public SupplyPanel, public SupplyBlock, public
     modHID& link() const { return services_.link; }
     void becomeActive() { services_.link.activePanel = this; }
 
-    /// Unloads the panels that work for this one alone.
-    virtual void unloadCompanions() {}
     /// Says so when VCC is off. \return true if it is on
     bool requireVcc();
 

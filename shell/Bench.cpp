@@ -137,8 +137,11 @@ std::string Bench::field(int column) const {
     return table == nullptr ? std::string() : table->lblDeviceSel[column].caption();
 }
 
-void Bench::unload() {
-    ProductExec.unload();
+void Bench::unloadCompanions(const Panel& panel) {
+    for (const PanelRow& row : table_)
+        if (row.slot->name() == panel.name())
+            for (PanelSlotBase* companion : row.companions)
+                companion->unload();
 }
 
 void Bench::leaveProductTable() {

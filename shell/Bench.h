@@ -64,13 +64,13 @@ class Bench final : private ShellControl, private ProductTable {
   private:
     void showStartPanel() override;
     void hidePanel(const Panel& panel) override;
+    void unloadCompanions(const Panel& panel) override;
     void endProgram() override;
     void open(Bus bus, Panel& opener) override;
     bool isOpen() const override;
     bool returned() const override;
     bool selected() const override;
     std::string field(int column) const override;
-    void unload() override;
     void leaveProductTable();
     PanelSlotBase* panelOfRow(int row) const;
     void followDevicePanels();

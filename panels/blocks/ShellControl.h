@@ -15,6 +15,8 @@ class ShellControl {
     virtual void showStartPanel() = 0;
     /// The panel's window goes; the panel lives on.
     virtual void hidePanel(const Panel& panel) = 0;
+    /// Unloads the panels that work for this one alone. Whoever waits for the product table gets no choice.
+    virtual void unloadCompanions(const Panel& panel) = 0;
     /// Closes the board's handles and ends the program. \throws ProgramEnded
     virtual void endProgram() = 0;
 };
@@ -40,8 +42,6 @@ class ProductTable {
     virtual bool selected() const = 0;
     /// A field of the row chosen, by column.
     virtual std::string field(int column) const = 0;
-    /// Takes it away: whoever waits for it gets no choice.
-    virtual void unload() = 0;
 };
 
 /// Start values that the start panel sets and device panels look at.

@@ -80,6 +80,9 @@ void Section::setFolded(bool folded) {
     head_->setArrowType(folded ? Qt::RightArrow : Qt::DownArrow);
     head_->setAccessibleDescription(folded ? "folded" : "unfolded");
     content_->setVisible(!folded);
+    // At once, as the inspector asks for the height between two foldings.
+    layout()->invalidate();
+    updateGeometry();
 }
 
 void Section::setSummary(std::function<QString()> summary) {

@@ -100,6 +100,7 @@ QWidget* Workspace::buildBody() {
     dock_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
     dock_->onUser = [this] {
         dockWish_ = !dock_->folded();
+        dockAsked_ = true;
         arrange();
         if (dock_->current() == Dock::Trace && !dock_->folded())
             showTrace();
@@ -303,6 +304,7 @@ void Workspace::bringToFront(PageUi& page) {
     if (front_ != nullptr)
         front_->keepFocus();
     front_ = &page;
+    dockAsked_ = false;
     showFront();
 }
 

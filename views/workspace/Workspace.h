@@ -154,6 +154,7 @@ class Workspace final : public QMainWindow {
     QTimer arrangeTimer_;
     std::map<QString, bool> inspectorWish_; ///< by page: the user wants it open or as a strip
     std::optional<bool> dockWish_;          ///< the user wants it open or folded, whatever the room
+    bool dockAsked_ = false;                ///< opened by hand since the page came to the front
     std::vector<QMenu*> ownMenus_;
     QMenu* fileMenu_ = nullptr;
     bool asking_ = false;

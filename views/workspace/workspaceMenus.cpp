@@ -175,6 +175,7 @@ void Workspace::showTrace() {
 
 void Workspace::openDock(int tab) {
     dockWish_ = true;
+    dockAsked_ = true;
     dock_->open(static_cast<Dock::Tab>(tab));
     arrange();
 }
@@ -208,7 +209,8 @@ void Workspace::inspectorToggle() {
 }
 
 void Workspace::dockToggle() {
-    dockWish_ = dock_->folded();
+    dockWish_ = dock_->folded() || dock_->isHidden();
+    dockAsked_ = true;
     arrange();
 }
 

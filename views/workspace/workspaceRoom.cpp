@@ -49,8 +49,11 @@ void Workspace::arrange() {
     // The dock, down to its tabs.
     const int full = dockHeight(height());
     const bool dockFits = least.height() + full <= body;
-    const bool fold = dockWish_ ? !*dockWish_ : !dockFits;
-    dock_->setVisible(front_ == nullptr || front_->wantsDock() || dockWish_.value_or(false));
+    // Open at a plot that the page has not it would stand there empty.
+    const bool nothing =
+        front_ != nullptr && front_->plot() == nullptr && dock_->current() == Dock::Plot && !dockAsked_;
+    const bool fold = nothing || (dockWish_ ? !*dockWish_ : !dockFits);
+    dock_->setVisible(front_ == nullptr || front_->wantsDock() || (dockWish_.value_or(false) && !nothing));
     dock_->setFolded(fold);
     dock_->setFixedHeight(fold ? dock_->tabRowHeight() : full);
 

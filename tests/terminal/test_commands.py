@@ -39,6 +39,15 @@ class Commands(unittest.TestCase):
             self.assertEqual(code, 0)
             self.assertRegex(out, rf"^channel 3  written 255 \(FF\)  read 255 \(FF\)  {volts} V  bus ok\n$")
 
+    def test_the_tour_of_the_readme(self):
+        readme = (Path(__file__).parents[2] / "README.md").read_text()
+        tour = re.findall(r"^    vrkctl (.*--simulate.*)$", readme, re.M)
+        self.assertEqual(len(tour), 2)
+        for line in tour:
+            code, out, _ = run(*line.split())
+            self.assertEqual(code, 0, line)
+            self.assertRegex(out, r"\d\.\d{3}")
+
     def test_exit_codes_and_what_is_said(self):
         cases = [
             ([*WRITE, "--simulate", "--vcc", "off"], 1, "VCC is not turned on"),

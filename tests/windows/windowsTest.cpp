@@ -40,7 +40,9 @@ TEST_F(I2cWindowTest, FirstWiperFromStartToVolts) {
     EXPECT_EQ(lamp("written(1)"), Colour::Black);
     QTest::keyClick(&widget(kI2c, "txtHexDataWrt(0)"), Qt::Key_Return);
     EXPECT_EQ(lamp("Shape1(1)"), Colour::Green); // a repeat shows
-    click(kI2c, "cmdI2Read(0)");
+    // The tour of the README: with Auto Read an entry shows what came of it.
+    click(kI2c, "ChkAutoRead(0)");
+    enter(kI2c, "txtHexDataWrt(0)", "3F");
     EXPECT_EQ(text("lblPotRead(0)"), "63");
     EXPECT_EQ(text("lblPotReadhex(0)"), "3F");
     EXPECT_EQ(widget<qt::LevelBar>(kI2c, "ProgressBar1(0)").value(), 63);

@@ -1,10 +1,8 @@
 #include "views/workspace/Band.h"
 
-#include "panels/WiperPanel.h"
 #include "platform/qt/theme.h"
 #include "shell/Bench.h"
-#include "views/pages.h"
-#include "views/workspace/ChoicePopup.h"
+#include "views/workspace/BandCell.h"
 
 #include <QHBoxLayout>
 #include <QMouseEvent>
@@ -31,116 +29,12 @@ Widget* named(Widget* widget, const char* name) {
     return widget;
 }
 
-QString clockText(const WallTime& time) {
-    return QString("%1:%2:%3")
-        .arg(time.hour, 2, 10, QChar('0'))
-        .arg(time.minute, 2, 10, QChar('0'))
-        .arg(time.second, 2, 10, QChar('0'));
-}
-
 } // namespace
-
-CutLabel::CutLabel(double scale, bool bold) {
-    setFont(textFont(scale, bold));
-    setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
-}
-
-void CutLabel::setText(const QString& text) {
-    if (text_ == text)
-        return;
-    text_ = text;
-    setToolTip(text);
-    setAccessibleName(text);
-    updateGeometry();
-    update();
-}
-
-void CutLabel::setTone(Tone tone) {
-    tone_ = tone;
-    update();
-}
-
-QSize CutLabel::sizeHint() const {
-    return {fontMetrics().horizontalAdvance(text_) + 2, fontMetrics().height()};
-}
-
-void CutLabel::paintEvent(QPaintEvent*) {
-    QPainter painter(this);
-    painter.setPen(isEnabled() ? toneColour(tone_)
-                               : palette().color(QPalette::Disabled, QPalette::WindowText));
-    painter.drawText(rect(), Qt::AlignLeft | Qt::AlignVCenter,
-                     fontMetrics().elidedText(text_, Qt::ElideRight, width()));
-}
-
-BandSource bandOf(DevicePanel& panel) {
-    BandSource source;
-    source.address = [&panel] { return text(panel.busAddress()); };
-    source.on = &panel.OptVCC[0];
-    source.off = &panel.OptVCC[1];
-    source.level = &panel.CboVCC;
-    source.volts = &panel.lblVCCVolts;
-    source.vcc = &panel.ShpVCCon;
-    source.minus = &panel.ShVM;
-    source.track = &panel.ChkTrack;
-    if (auto* wiper = dynamic_cast<WiperPanel*>(&panel)) {
-        source.about = [wiper] {
-            const int channels = wiper->wipers.channelCount;
-            return QString("%1 · %2 channel%3 · %4 taps")
-                .arg(text(wiper->busName()))
-                .arg(channels)
-                .arg(channels == 1 ? "" : "s")
-                .arg(wiper->wipers.TapCount);
-        };
-        source.part = [wiper] { return text(wiper->lblProduct.caption()); };
-        source.parts = wiper->partEntries();
-        source.watched = {&wiper->lblProduct, &wiper->txtDeviceAdr};
-        for (auto& option : wiper->OptTaps)
-            source.watched.push_back(option.get());
-        for (auto& option : wiper->OptChans)
-            source.watched.push_back(option.get());
-    }
-    return source;
-}
 
 bool Band::supplyOn() const {
     const auto lit = [](const Lamp* lamp) { return lamp != nullptr && lamp->colour() != Colour::Black; };
     return lit(source_.vcc) || lit(source_.minus);
 }
-
-/// One place in the band with its own ground.
-class Band::Cell final : public QWidget {
-  public:
-    enum class Ground { Plain, Supply, Failure };
-
-    explicit Cell(int width) : wanted_(width) {
-        setWidth(width);
-        setSizePolicy(width > 0 ? QSizePolicy::Fixed : QSizePolicy::Ignored, QSizePolicy::Expanding);
-    }
-    void setWidth(int width) {
-        wanted_ = width;
-        if (width > 0)
-            setFixedWidth(dp(width));
-    }
-    void setGround(Ground ground) {
-        ground_ = ground;
-        update();
-    }
-
-  protected:
-    void paintEvent(QPaintEvent*) override {
-        QPainter painter(this);
-        if (ground_ == Ground::Supply)
-            painter.fillRect(rect(), colours().supplyGround);
-        else if (ground_ == Ground::Failure)
-            painter.fillRect(rect(), colours().failureGround);
-        painter.setPen(palette().color(QPalette::Mid));
-        painter.drawLine(width() - 1, 0, width() - 1, height());
-    }
-
-  private:
-    int wanted_;
-    Ground ground_ = Ground::Plain;
-};
 
 Band::Band(const ViewContext& context) : context_(context) {
     setObjectName("band");
@@ -515,48 +409,6 @@ void Band::refresh() {
         socketPart_ = context_.socket->state().part;
     if (context_.socket != nullptr || page_ == nullptr)
         showSource();
-}
-
-void Band::openParts() {
-    std::vector<ChoicePopup::Choice> choices;
-    for (MenuEntry* entry : source_.parts)
-        choices.push_back(
-            {plainCaption(*entry), {}, refusalOf(*entry), [entry] { (void)entry->userClick(); }, false});
-    if (page_ == nullptr) {
-        frmStartup& start = *context_.bench.frmStartup.loadedPanel();
-        for (const PageRow& row : pageRows())
-            if (row.startRow != 0 && std::string_view(row.group) == "Parts")
-                choices.push_back(
-                    {QString(row.name) + " parts",
-                     {},
-                     *row.slot == '\0' ? QString("not in this version") : refusalOf(start.cboVRKSelect),
-                     [&start, line = row.startRow] { (void)start.cboVRKSelect.userSelect(line); },
-                     false});
-    }
-    auto* popup = new ChoicePopup(*this, "parts", "Type to filter the parts", std::move(choices));
-    popup->openAt(part_->mapToGlobal(QPoint(0, part_->height())), dp(360));
-}
-
-void Band::openHistory() {
-    std::vector<ChoicePopup::Choice> choices;
-    const auto& kept = context_.bench.context().results.kept();
-    for (auto at = kept.rbegin(); at != kept.rend(); ++at) {
-        const QString detail = text(at->detail);
-        ChoicePopup::Choice line{text(at->text) + (detail.isEmpty() ? QString() : "  ·  " + detail),
-                                 clockText(at->time),
-                                 {},
-                                 {},
-                                 !at->good};
-        const QString field = QString::fromStdString(at->field);
-        line.act = [this, field] {
-            if (!field.isEmpty() && onJump)
-                onJump(field);
-        };
-        choices.push_back(std::move(line));
-    }
-    auto* popup = new ChoicePopup(*this, "history", "Type to filter the results", std::move(choices));
-    popup->openAt(resultCell_->mapToGlobal(QPoint(0, resultCell_->height())),
-                  std::max(dp(420), resultCell_->width()));
 }
 
 bool Band::eventFilter(QObject* watched, QEvent* event) {

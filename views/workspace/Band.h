@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/controls/ResultLog.h"
+#include "views/workspace/CutLabel.h"
 #include "views/workspace/Page.h"
 
 #include <QPushButton>
@@ -20,26 +21,11 @@ class SegmentedSwitch;
 
 class DevicePanel;
 
+/// "12:04:31"
+QString clockText(const WallTime& time);
+
 /// What the band works on for a device panel.
 BandSource bandOf(DevicePanel& panel);
-
-/// A text on one line that is cut to the place it has; the whole text is its tool tip.
-class CutLabel final : public QWidget {
-  public:
-    explicit CutLabel(double scale = 1.0, bool bold = false);
-    void setText(const QString& text);
-    QString text() const { return text_; }
-    void setTone(qt::Tone tone);
-    QSize sizeHint() const override;
-    QSize minimumSizeHint() const override { return {0, sizeHint().height()}; }
-
-  protected:
-    void paintEvent(QPaintEvent* event) override;
-
-  private:
-    QString text_;
-    qt::Tone tone_ = qt::Tone::Plain;
-};
 
 /// The line on top that stands whatever page is in front: board, part, supplies, what the last action came to
 /// and what runs. It works on the last device panel that was in front. No cell's width follows its text.

@@ -55,8 +55,8 @@ Section::Section(const QString& title, QWidget* content)
     // Tells tests and the palette that what stands in it is folded away, not hidden by its panel.
     content_->setProperty("folded", true);
     auto* all = new QVBoxLayout(this);
-    all->setContentsMargins(0, kUnit / 2, 0, kUnit / 2);
-    all->setSpacing(kUnit / 2);
+    all->setContentsMargins(0, 2, 0, 2);
+    all->setSpacing(2);
     all->addLayout(headRow_);
     all->addWidget(content_);
     setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);

@@ -78,7 +78,7 @@ TEST_F(ConsoleTest, ReadingsKnowWhatTheyAreWorth) {
     loadConsoles();
     frmMainF340& c = console();
     c.chkSPIread.setValue(1);
-    using Controls = std::initializer_list<const Control*>;
+    using Controls = std::vector<const Control*>;
     const std::tuple<Button*, int, Controls> rows[] = {
         {&c.cmdRdADMux, 12, {&c.lblADMuxData[0], &c.lblADMuxData[12]}},
         {&c.cmdADCRDEnable, 16, {&c.lblADCEnable[2]}},

@@ -239,8 +239,8 @@ TEST(PlotTest, ZoomsKeepsPeaksAndPacesItsDrawing) {
         plot.changed();
         QTest::qWait(1);
     }
-    EXPECT_LE(plot.redraws() - before, 5);
-    EXPECT_GE(plot.redraws() - before, 2);
+    EXPECT_LE(plot.redraws() - before, clock.elapsed() / 100 + 1); // ten a second, however often it changed
+    EXPECT_GE(plot.redraws() - before, 1);
     plot.zoom(2e5, 3e5);
     QTest::keyClick(&plot, Qt::Key_Plus);
     EXPECT_LT(plot.to() - plot.from(), 1e5);

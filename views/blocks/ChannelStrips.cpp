@@ -33,6 +33,11 @@ ChannelStrips::ChannelStrips(PageUi& page, ChannelBlock& block) {
     });
 }
 
+ChannelStrips::~ChannelStrips() {
+    // A strip that goes with the keyboard on it moves the focus, when the strips before it are gone already.
+    disconnect(qApp, nullptr, this, nullptr);
+}
+
 void ChannelStrips::showUsed(const ChannelBlock& block) {
     int used = 0;
     for (int channel = 0; channel < ChannelBlock::kChannels; ++channel) {

@@ -15,6 +15,7 @@ class PageUi;
 class ChannelStrips final : public QWidget {
   public:
     ChannelStrips(PageUi& page, ChannelBlock& block);
+    ~ChannelStrips() override;
     /// The channel that has the keyboard, or had it last; 0 at first.
     int inHand() const { return inHand_; }
     QWidget* entry() const;

@@ -168,7 +168,7 @@ one_board() {
     check "no second board" same "$(wc -l </run/out)" 1
     ctl wiper write 0 63
     check "a wiper is written, read back and measured" \
-        ended 0 "written 63 \(3F\) +read 63 \(3F\) +2\.4[0-9]+ V +bus status 8"
+        ended 0 "written 63 \(3F\) +read 63 \(3F\) +2\.4[0-9]+ V +bus ok"
     tell first wiper
     check "the part's wiper stands there" same "$answer" "wiper 63"
     ctl wiper sweep 0 --step 16 --csv

@@ -178,7 +178,7 @@ class SocketBox final : public QWidget {
 
     /// As an event: never inside an exchange with the board.
     void change(const std::function<void()>& act) {
-        (void)context_.bench.events().deliver([this, act] {
+        (void)context_.bench.events().deliver([act] {
             try {
                 act();
             } catch (const std::invalid_argument& refused) {
@@ -200,7 +200,7 @@ class SocketBox final : public QWidget {
 } // namespace
 
 HomePart makeHomeBoard(PageUi& page) {
-    const ViewContext context = page.context();
+    const ViewContext& context = page.context();
     auto* board = new BoardBox(context);
     board->show(linkWords(context));
     SocketBox* socket = context.socket == nullptr ? nullptr : new SocketBox(context);

@@ -46,7 +46,6 @@ class Section final : public QWidget {
     QToolButton* head_;
     QHBoxLayout* headRow_;
     QLabel* words_;
-    QWidget* divider_ = nullptr;
     std::function<QString()> summary_;
     bool folded_ = false;
     bool foldsLast_ = false;

@@ -2,6 +2,7 @@
 
 #include "platform/qt/theme.h"
 
+#include <QEvent>
 #include <QPainter>
 #include <QVBoxLayout>
 

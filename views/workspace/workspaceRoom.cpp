@@ -26,7 +26,6 @@ namespace {
 constexpr int kDockLow = 210;  ///< of a window 720 high
 constexpr int kDockHigh = 260; ///< of one 1000 high
 constexpr int kRailWide = 128;
-constexpr int kRailNarrow = 44;
 
 int dockHeight(int window) {
     const int low = dp(720);

@@ -147,7 +147,7 @@ TEST_F(ConsoleTest, RoutinesGoByTheirName) {
     bench.frmVRK_User1.load();
     i2c().OptVCC[0].userClick();
     folder.write("registers.txt", "generic,0x11,0xfF");
-    const auto call = [this](const char* name, ActionArgs args) {
+    const auto call = [this](const char* name, const ActionArgs& args) {
         const Panel::Action* action = bench.findModuleAction(name);
         if (action == nullptr)
             action = console().findAction(name);

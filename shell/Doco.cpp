@@ -1,10 +1,6 @@
 #include "shell/Doco.h"
 
-#include "platform/files/files.h"
-#include "platform/runtime/Fault.h"
-#include "platform/runtime/text.h"
-
-#include <cerrno>
+#include "platform/controls/recording.h"
 
 namespace vrk {
 
@@ -55,37 +51,11 @@ void Doco::ChkBasIO_Click() {
 }
 
 void Doco::cmdBrowse_Click() {
-    FileRequest request;
-    request.mode = FileRequest::Mode::Save;
-    request.title = "Select File For Recording";
-    request.filter = "All Files (*.*)|*.*|KV880x Trace Files(*.txt)|*.txt";
-    request.defaultExtension = "*.txt";
-    const auto path = context().dialogs.chooseFile(request);
-    if (path && !path->empty())
-        txtFilePath.setText(*path);
+    chooseRecording(context(), txtFilePath);
 }
 
 void Doco::cmdStartRec_Click(int /*index*/) {
-    const WallTime now = context().clock().wallTime();
-    const auto two = [](int value) { return (value < 10 ? "0" : "") + decimalText(value); };
-    std::string content = "Trace File Data Acquisition " + decimalText(now.year) + "-" + two(now.month) +
-                          "-" + two(now.day) + " " + two(now.hour) + ":" + two(now.minute) + "\r\n";
-    content += rtxt1.text();
-    // "END" has a line of its own, and no empty line before it where the text ended in a break.
-    if (rtxt1.size() > 0 && !rtxt1.line(rtxt1.lineCount() - 1).empty())
-        content += "\r\n";
-    content += "END\r\n";
-    try {
-        if (txtFilePath.text().empty())
-            throw fileFault("write", "", ENOENT);
-        const auto path = context().workingFolder / txtFilePath.text();
-        if (chkAppend.checked())
-            appendFile(path, content);
-        else
-            replaceFile(path, content);
-    } catch (const Fault& fault) {
-        context().say(fault.what());
-    }
+    saveRecording(context(), rtxt1, txtFilePath.text(), chkAppend.checked());
 }
 
 void Doco::cndTclear_Click() {

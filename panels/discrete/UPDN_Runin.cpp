@@ -1,9 +1,8 @@
 #include "panels/discrete/UPDN_Runin.h"
 
-#include "platform/files/files.h"
+#include "platform/controls/recording.h"
 #include "platform/runtime/text.h"
 
-#include <cerrno>
 #include <utility>
 
 namespace vrk {
@@ -335,35 +334,11 @@ void UPDN_Runin::ended(RunInEnd how, int count, int fails) {
 }
 
 void UPDN_Runin::cmdBrowse_Click() {
-    FileRequest request;
-    request.mode = FileRequest::Mode::Save;
-    request.title = "Select File For Recording";
-    request.filter = "All Files (*.*)|*.*|KV880x Trace Files(*.txt)|*.txt";
-    request.defaultExtension = "*.txt";
-    const auto path = context().dialogs.chooseFile(request);
-    if (path && !path->empty())
-        txtFilePath.setText(*path);
+    chooseRecording(context(), txtFilePath);
 }
 
 void UPDN_Runin::cmdStartRec_Click() {
-    const WallTime at = wallTime();
-    std::string content =
-        "Trace File Data Acquisition " + runInDate(at) + " " + runInTime(at).substr(0, 5) + "\r\n";
-    content += rtxt1.text();
-    if (rtxt1.size() > 0 && !rtxt1.line(rtxt1.lineCount() - 1).empty())
-        content += "\r\n";
-    content += "END\r\n";
-    try {
-        if (txtFilePath.text().empty())
-            throw fileFault("write", "", ENOENT);
-        const auto path = context().workingFolder / txtFilePath.text();
-        if (chkAppend.checked())
-            appendFile(path, content);
-        else
-            replaceFile(path, content);
-    } catch (const Fault& fault) {
-        context().say(fault.what());
-    }
+    saveRecording(context(), rtxt1, txtFilePath.text(), chkAppend.checked());
 }
 
 void UPDN_Runin::cndTclear_Click() {

@@ -1,27 +1,30 @@
 #pragma once
 
+#include "platform/files/JUnit.h"
+#include "script/ScriptReports.h"
 #include "script/ScriptResults.h"
 
 #include <filesystem>
 #include <functional>
 #include <string>
+#include <utility>
 
 namespace vrk {
 
-/// Keeps a JUnit file beside a run: whole at its start, at the end of each pass and at its end, so that a
-/// program that is killed leaves a report that says how far it came. Observe with it behind the collector.
+/// Keeps a JUnit file beside a run: whole at its start, at the end of each pass and at its end. Observe with
+/// it behind the collector.
 class JUnitFile final : public ScriptObserver {
   public:
     /// \param trouble hears once that the file cannot be written; the run goes on
     JUnitFile(std::filesystem::path path, const ScriptResults& results,
               std::function<void(const std::string&)> trouble)
-        : path_(std::move(path)), results_(results), trouble_(std::move(trouble)) {}
+        : file_(std::move(path), std::move(trouble)), results_(results) {}
 
     /// Writes what there is. For the start of a run, where a file that cannot be written ends the command.
     /// \throws Fault
-    void write();
+    void write() { file_.write(junitReport(results_)); }
     /// True if the file is not what it should be.
-    bool failed() const { return failed_; }
+    bool failed() const { return file_.failed(); }
     /// The run is over: the collector has been told how.
     void finish() { tryWrite(); }
 
@@ -29,12 +32,10 @@ class JUnitFile final : public ScriptObserver {
     void passEnded(ScriptEnd) override { tryWrite(); }
 
   private:
-    void tryWrite();
+    void tryWrite() { file_.tryWrite(junitReport(results_)); }
 
-    std::filesystem::path path_;
+    ReportFile file_;
     const ScriptResults& results_;
-    std::function<void(const std::string&)> trouble_;
-    bool failed_ = false;
 };
 
 } // namespace vrk

@@ -1,12 +1,18 @@
 #include "sim/DataRegisterMemory.h"
 
 #include <algorithm>
+#include <string>
 
 namespace vrk::sim {
 
 std::vector<NonvolatileMemory::Cell> DataRegisterLayout::cells() const {
-    return std::vector<NonvolatileMemory::Cell>(static_cast<std::size_t>(pots * registers),
-                                                {(most + 1) / 2, most});
+    std::vector<NonvolatileMemory::Cell> cells;
+    for (int pot = 0; pot < pots; ++pot) {
+        for (int reg = 0; reg < registers; ++reg) {
+            cells.push_back({(most + 1) / 2, most, "DR" + std::to_string(pot) + "." + std::to_string(reg)});
+        }
+    }
+    return cells;
 }
 
 void DataRegisterMemory::setWiper(int pot, int position) {

@@ -7,7 +7,9 @@
 namespace vrk::sim {
 
 void NonvolatileMemory::store(int cell, int value) {
-    cells_.at(static_cast<std::size_t>(cell)).value = value;
+    Cell& written = cells_.at(static_cast<std::size_t>(cell));
+    written.value = value;
+    ++written.writes;
     ++writes_;
     if (listener_) {
         listener_();
@@ -20,6 +22,16 @@ bool NonvolatileMemory::storePosition(int cell, int position) {
     }
     store(cell, position);
     return true;
+}
+
+std::map<std::string, int> NonvolatileMemory::writesByCell() const {
+    std::map<std::string, int> writes;
+    for (const Cell& cell : cells_) {
+        if (cell.writes > 0) {
+            writes[cell.name] += cell.writes;
+        }
+    }
+    return writes;
 }
 
 std::string NonvolatileMemory::text() const {

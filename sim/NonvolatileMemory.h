@@ -1,6 +1,7 @@
 #pragma once
 
 #include <functional>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -19,8 +20,10 @@ class StoreGuard {
 class NonvolatileMemory {
   public:
     struct Cell {
-        int value = 0; ///< as the factory leaves it
-        int most = 0;  ///< largest value, the least being 0
+        int value = 0;      ///< as the factory leaves it
+        int most = 0;       ///< largest value, the least being 0
+        std::string name{}; ///< of the register: "0A", "DR1.3"
+        int writes = 0;     ///< since the part was made
     };
 
     explicit NonvolatileMemory(std::vector<Cell> cells) : cells_(std::move(cells)) {}
@@ -33,6 +36,8 @@ class NonvolatileMemory {
     bool storePosition(int cell, int position);
     /// Stores since the part was made.
     int writes() const { return writes_; }
+    /// The same by the cell's name, without the cells that were never written: each wears by itself.
+    std::map<std::string, int> writesByCell() const;
 
     /// All cells as hexadecimal numbers with blanks between.
     std::string text() const;

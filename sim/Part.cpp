@@ -31,6 +31,7 @@ PartState Part::state() const {
     PartState state;
     state.name = name_;
     state.nonvolatileWrites = memory_.writes();
+    state.writes = memory_.writesByCell();
     describe(state);
     return state;
 }

@@ -54,6 +54,7 @@ struct PartState {
     std::vector<int> nonvolatile;         ///< positions that power recalls, by channel
     std::map<std::string, int> registers; ///< the others, by two-digit hexadecimal number or by name
     int nonvolatileWrites = 0;            ///< since the part was made
+    std::map<std::string, int> writes;    ///< the same by register: "00", "DR0.1"; 0 is left out
 };
 
 /// A part in a socket. The socket calls surround() after every change of a supply or a pin, and turns the

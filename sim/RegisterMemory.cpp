@@ -2,17 +2,27 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <string>
 
 namespace vrk::sim {
 
 namespace {
 constexpr std::uint8_t kVolatileOnly = 0x80;
 constexpr std::uint8_t kAcrAtPowerUp = 0x40;
+
+std::string numberOf(int reg) {
+    char number[8];
+    std::snprintf(number, sizeof number, "%02X", static_cast<unsigned>(reg));
+    return number;
+}
 } // namespace
 
 std::vector<NonvolatileMemory::Cell> RegisterLayout::cells() const {
-    std::vector<NonvolatileMemory::Cell> cells(acr, {0, 0xFF});
-    std::fill_n(cells.begin(), wipers, NonvolatileMemory::Cell{taps / 2, taps - 1});
+    std::vector<NonvolatileMemory::Cell> cells;
+    for (int reg = 0; reg < acr; ++reg) {
+        const bool wiper = reg < wipers;
+        cells.push_back({wiper ? taps / 2 : 0, wiper ? taps - 1 : 0xFF, numberOf(reg)});
+    }
     return cells;
 }
 
@@ -67,11 +77,7 @@ double RegisterMemory::ratio(int channel) const {
 
 void RegisterMemory::describe(PartState& state) const {
     state.wipers.assign(wipers_.begin(), wipers_.end());
-    const auto add = [&state](unsigned reg, int value) {
-        char key[8];
-        std::snprintf(key, sizeof key, "%02X", reg);
-        state.registers[key] = value;
-    };
+    const auto add = [&state](int reg, int value) { state.registers[numberOf(reg)] = value; };
     for (std::uint8_t reg = 0; reg < layout_.acr; ++reg) {
         if (isWiper(reg)) {
             state.nonvolatile.push_back(stored(reg));

@@ -275,12 +275,14 @@ TEST_F(BoardTest, AcrChoosesVolatileOrStoredPositions) {
          {"06 51 02 01 00", "01 00 20 33"},
          {"06 51 01 00", "01 00 C0"}, // no register byte: where the pointer stands
          {"06 50 01 01 02 40", "01 00"},
+         {"06 50 01 01 01 33", "01 00"},
          {"06 51 01 01 00", "01 00 10"}}); // the IVR, while the wiper stays at 20
     auto part = *bus.state().part;
     EXPECT_EQ(part.wipers, std::vector<int>{0x20});
     EXPECT_EQ(part.nonvolatile, std::vector<int>{0x10});
     EXPECT_EQ(part.registers, (std::map<std::string, int>{{"01", 0x33}, {"02", 0x40}}));
-    EXPECT_EQ(part.nonvolatileWrites, 2);
+    EXPECT_EQ(part.nonvolatileWrites, 3);
+    EXPECT_EQ(part.writes, (std::map<std::string, int>{{"00", 1}, {"01", 2}}));
 
     send("12 00 A0 10"); // VCC off, and on again
     send("12 00 A0 30");

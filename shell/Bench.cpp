@@ -32,6 +32,15 @@ Bench::Bench(const Parts& parts)
                          }),
       frmVRK_User1(context_, "frmVRK_User1", "VRK I2C Evaluation",
                    [this] { return std::make_shared<class frmVRK_User1>(context_, services_, i2cWipers_); }),
+      frmVRK_UD1(context_, "frmVRK_UD1", "VRK Up/Down Evaluation",
+                 [this] {
+                     return std::make_shared<class frmVRK_UD1>(context_, services_, upDown_,
+                                                               [this] { UPDN_Runin.show(); });
+                 }),
+      frmVRK_PB1(context_, "frmVRK_PB1", "VRK Push Button Evaluation",
+                 [this] { return std::make_shared<class frmVRK_PB1>(context_, services_, pushButton_); }),
+      UPDN_Runin(context_, "UPDN_Runin", "VRK EEPROM Run In Test",
+                 [this] { return std::make_shared<class UPDN_Runin>(context_, services_, runIn_, trace_); }),
       ProductExec(context_, "ProductExec", "VRK Product Selection Parameter Table",
                   [this] {
                       return std::make_shared<class ProductExec>(

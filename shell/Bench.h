@@ -5,6 +5,9 @@
 #include "motherboard/Motherboard.h"
 #include "motherboard/frmMotherboardDAQ2.h"
 #include "panels/blocks/BenchServices.h"
+#include "panels/discrete/UPDN_Runin.h"
+#include "panels/discrete/frmVRK_PB1.h"
+#include "panels/discrete/frmVRK_UD1.h"
 #include "panels/i2c/frmVRK_User1.h"
 #include "platform/controls/Panel.h"
 #include "platform/controls/SharedValues.h"
@@ -88,6 +91,9 @@ class Bench final : private ShellControl, private ProductTable {
     ProductChoice choice_;
     RunState run_;
     WiperState i2cWipers_;
+    PinPanelState upDown_;
+    PinPanelState pushButton_;
+    RunInState runIn_;
     std::string lastDevicePanel_; ///< name; the panel may be gone
     std::string tableOpener_;     ///< name of the panel that the product table stands for
 
@@ -97,6 +103,9 @@ class Bench final : private ShellControl, private ProductTable {
     PanelSlot<class frmMainF340> frmMainF340;
     PanelSlot<class frmMotherboardDAQ2> frmMotherboardDAQ2;
     PanelSlot<class frmVRK_User1> frmVRK_User1;
+    PanelSlot<class frmVRK_UD1> frmVRK_UD1;
+    PanelSlot<class frmVRK_PB1> frmVRK_PB1;
+    PanelSlot<class UPDN_Runin> UPDN_Runin;
     PanelSlot<class ProductExec> ProductExec;
 
   private:

@@ -88,6 +88,9 @@ void Bench::registerSharedValues() {
     publish(all, busMode_);
     publish(all, run_);
     publish(all, i2cWipers_, frmVRK_User1.name());
+    publish(all, upDown_, frmVRK_UD1.name());
+    publish(all, pushButton_, frmVRK_PB1.name());
+    publish(all, runIn_, UPDN_Runin.name());
     all.setFront([this] { return lastDevicePanel_; });
 }
 

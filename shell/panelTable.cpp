@@ -13,6 +13,12 @@ std::vector<PanelRow> makePanelTable(Bench& bench) {
          .startRow = frmStartup::kI2C,
          .companions = {&bench.ProductExec},
          .manualPage = "I2C panel"},
+        {.slot = &bench.frmVRK_UD1,
+         .startRow = frmStartup::kUpDown,
+         .companions = {&bench.UPDN_Runin},
+         .manualPage = "Up/Down"},
+        {.slot = &bench.frmVRK_PB1, .startRow = frmStartup::kPushButton, .manualPage = "Push Button"},
+        {.slot = &bench.UPDN_Runin, .manualPage = "Run-in"},
         {.slot = &bench.ProductExec, .manualPage = "Product table"},
         {.slot = &bench.Doco, .manualPage = "Trace"},
     };

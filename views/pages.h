@@ -27,6 +27,8 @@ struct PageRow {
     int startRow; ///< row of the start panel's list that opens it; 0 if it opens by itself
     void (*make)(PageUi& page, Panel& panel);
     PagePlace place = PagePlace::Page;
+    /// Device panel that this one works beside, as it switches the supplies: it is opened first.
+    const char* beside = "";
 };
 
 /// In the order of the rail.

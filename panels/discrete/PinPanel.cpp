@@ -18,7 +18,7 @@ void publish(SharedValues& values, PinPanelState& state, const std::string& pane
 }
 
 PinPanel::PinPanel(PanelContext& panelContext, std::string name, std::string title,
-                   BenchServices& panelServices, PinPanelState& state, std::vector<PinRow> pins)
+                   BenchServices& panelServices, PinPanelState& state, std::vector<OutputPin> pins)
     : DevicePanel(panelContext, std::move(name), std::move(title), panelServices),
       ChOut(*this, "ChOut", 0, static_cast<int>(pins.size()) - 1),
       ShpOut(*this, "ShpOut", 0, static_cast<int>(pins.size()) - 1),
@@ -36,8 +36,8 @@ void PinPanel::ChOut_Click(int index) {
     const bool high = ChOut[index].checked();
     const bool changed = (ShpOut[index].colour() == Colour::LightRed) != high;
     ShpOut[index].setColour(high ? Colour::LightRed : Colour::Black);
-    const PinRow& row = pins_.at(static_cast<std::size_t>(index));
-    if (row.pin != PinRow::kNoPin) {
+    const OutputPin& row = pins_.at(static_cast<std::size_t>(index));
+    if (row.pin != OutputPin::kNoPin) {
         board().chkPData[row.pin].setValue(high ? 1 : 0);
         board().chkPData_Click(row.clickPin);
     }

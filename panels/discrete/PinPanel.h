@@ -9,7 +9,7 @@
 namespace vrk {
 
 /// One output bit of a panel that drives a part by its pins.
-struct PinRow {
+struct OutputPin {
     static constexpr int kNoPin = -1;
 
     const char* name;      ///< "/INC"
@@ -39,7 +39,7 @@ class PinPanel : public DevicePanel {
     void ChOut_Click(int index);
     void cmdAbortIncr_Click(int part);
 
-    const std::vector<PinRow>& pins() const { return pins_; }
+    const std::vector<OutputPin>& pins() const { return pins_; }
     std::string busName() const override { return {}; }
     std::string busAddress() const override { return {}; }
 
@@ -55,7 +55,7 @@ class PinPanel : public DevicePanel {
 
   protected:
     PinPanel(PanelContext& context, std::string name, std::string title, BenchServices& services,
-             PinPanelState& state, std::vector<PinRow> pins);
+             PinPanelState& state, std::vector<OutputPin> pins);
 
     PinPanelState& state() const { return state_; }
 
@@ -84,7 +84,7 @@ class PinPanel : public DevicePanel {
     void sampleInto(Reading& volts, int row);
 
   private:
-    std::vector<PinRow> pins_;
+    std::vector<OutputPin> pins_;
     PinPanelState& state_;
     Signal<const Edge&> edges_;
 };

@@ -8,7 +8,7 @@ namespace vrk {
 
 namespace {
 
-std::vector<PinRow> pinRows() {
+std::vector<OutputPin> pinRows() {
     constexpr int kCs1 = 6, kStorePin = 7, kMutePin = 2, kUpPin = 9, kDownPin = 10;
     return {{"/CS1", kCs1, kCs1},
             {"/STORE", kStorePin, kStorePin},
@@ -178,7 +178,7 @@ void frmVRK_PB1::cmdAlloutsHigh_Click() {
         ShpOut[bit].setColour(Colour::LightRed);
     }
     // The load finds the boxes as they were shown last: the image must follow where no box changed.
-    for (const PinRow& row : pins())
+    for (const OutputPin& row : pins())
         board().setPin(row.pin, 1);
     writePorts();
 }

@@ -10,7 +10,7 @@ namespace {
 
 /// The parts share /INC and U/D. With /INC the motherboard is told the click of its neighbour P0.5; the
 /// value's own change has run the pin's click before.
-std::vector<PinRow> pinRows() {
+std::vector<OutputPin> pinRows() {
     constexpr int kCs1 = 6, kCs2 = 7, kInc = 9, kIncClick = 5, kUpDown = 10;
     return {{"/CS1", kCs1, kCs1}, {"/INC", kInc, kIncClick}, {"U/D", kUpDown, kUpDown}, {"RSVD"},
             {"/CS2", kCs2, kCs2}, {"/INC", kInc, kIncClick}, {"U/D", kUpDown, kUpDown}, {"RSVD"}};
@@ -197,8 +197,8 @@ void frmVRK_UD1::cmdAlloutsHigh_Click(int index) {
         ShpOut[bit].setColour(Colour::LightRed);
     }
     for (int bit = kBitsOfPart * index; bit < ChOut.count(); ++bit) {
-        const PinRow& row = pins().at(static_cast<std::size_t>(bit));
-        if (row.pin == PinRow::kNoPin)
+        const OutputPin& row = pins().at(static_cast<std::size_t>(bit));
+        if (row.pin == OutputPin::kNoPin)
             continue;
         board().chkPData[row.pin].setValue(1);
         board().chkPData_Click(row.clickPin);

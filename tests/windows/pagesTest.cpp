@@ -195,8 +195,8 @@ TEST_F(HomePageTest, CardsFollowThePartInTheSocket) {
     auto& card = dynamic_cast<BoxFrame&>(widget(kHome, "card.I2C"));
     EXPECT_TRUE(card.marked());
     EXPECT_EQ(text(kHome, "card.words.I2C"), "socket holds KV4071");
-    EXPECT_EQ(text(kHome, "card.words.Run-in"), "not in this version");
-    EXPECT_FALSE(widget(kHome, "open.Run-in").isEnabled());
+    EXPECT_EQ(text(kHome, "card.words.SPI"), "not in this version");
+    EXPECT_FALSE(widget(kHome, "open.SPI").isEnabled());
 
     part.setFocus();
     QTest::keyClick(&part, Qt::Key_Down);

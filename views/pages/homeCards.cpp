@@ -38,7 +38,7 @@ constexpr CardWords kCards[] = {
     {"Push Button", "PB64", ""},
     {"Instructions", "Q4410 on I2C, Q4420 on SPI", ""},
     {"Script", "replay, compare, report", "opens from I2C, SPI"},
-    {"Run-in", "endurance of a stored position", ""},
+    {"Run-in", "endurance of a stored position", "opens beside Up/Down"},
     {"Calibration", "Calibrate Device VCC Supply: seven levels", ""},
 };
 

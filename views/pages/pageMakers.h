@@ -5,9 +5,12 @@ namespace vrk {
 class Doco;
 class PageUi;
 class ProductExec;
+class UPDN_Runin;
 class frmMainF340;
 class frmMotherboardDAQ2;
 class frmStartup;
+class frmVRK_PB1;
+class frmVRK_UD1;
 class frmVRK_User1;
 
 /// One file a panel: layout only. Each fills the window of its panel.
@@ -15,6 +18,9 @@ void makeHomePage(PageUi& page, frmStartup& panel);
 void makeTracePage(PageUi& page, Doco& panel);
 void makeProductTablePage(PageUi& page, ProductExec& panel);
 void makeI2cPanelView(PageUi& page, frmVRK_User1& panel);
+void makeUpDownPage(PageUi& page, frmVRK_UD1& panel);
+void makePushButtonPage(PageUi& page, frmVRK_PB1& panel);
+void makeRunInPage(PageUi& page, UPDN_Runin& panel);
 void makeControllerPage(PageUi& page, frmMainF340& panel);
 void makeMotherboardPage(PageUi& page, frmMotherboardDAQ2& panel);
 

@@ -435,6 +435,11 @@ void Workspace::open(const PageRow& row) {
     PanelSlotBase* slot = *row.slot == '\0' ? nullptr : context_.bench.findPanel(row.slot);
     if (slot == nullptr)
         return;
+    if (const PageRow* beside = findPageRow(row.beside); beside != nullptr && !slot->visible()) {
+        open(*beside);
+        if (!context_.bench.findPanel(beside->slot)->visible())
+            return; // refused, or the user has cancelled
+    }
     if (row.startRow != 0 && !slot->visible())
         openDevice(row, *slot);
     else

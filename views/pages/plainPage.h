@@ -1,0 +1,12 @@
+#pragma once
+
+class QWidget;
+
+namespace vrk {
+
+class PageUi;
+
+/// Every control of the page's panel that has no widget yet, in the order of its declaration, arrays in rows.
+QWidget* everyControl(PageUi& page);
+
+} // namespace vrk

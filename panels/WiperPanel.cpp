@@ -12,6 +12,8 @@ WiperPanel::WiperPanel(PanelContext& panelContext, std::string name, std::string
       AddressPins(*this, panelServices),
       ShutdownPin(*this, panelServices, shutdownCaption) {
     mnuDeviceSelect.setCaption("Device Select");
+    mnuScriptShow.setCaption("Script");
+    wireClick(mnuScriptShow, &WiperPanel::mnuScriptShow_Click);
     lblProduct.setCaption("Manual Setup");
     cboRegSize.setCaption("Address Size");
     cboDataSize.setCaption("Data Size");

@@ -20,10 +20,15 @@ class WiperPanel : public DevicePanel,
                    public ShutdownPin {
   public:
     MenuEntry mnuDeviceSelect{*this, "mnuDeviceSelect"};
+    MenuEntry mnuScriptShow{*this, "mnuScriptShow"};
     Label lblProduct{*this, "lblProduct"};
     ComboBox cboRegSize{*this, "cboRegSize"};
     ComboBox cboDataSize{*this, "cboDataSize"};
 
+    /// Scripts of the bus that this panel works on.
+    void mnuScriptShow_Click() { services().shell.openScripts(bus()); }
+
+    virtual Bus bus() const = 0;
     std::string busAddress() const override { return txtDeviceAdr.text(); }
     /// The entries of the part menu, in their order, the product table's first.
     virtual std::vector<MenuEntry*> partEntries() = 0;

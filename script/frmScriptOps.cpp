@@ -2,6 +2,7 @@
 
 #include "platform/files/files.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <utility>
 
@@ -45,7 +46,7 @@ frmScriptOps::frmScriptOps(PanelContext& panelContext, Uses uses)
     run_.observe(*this);
     wireFiles();
     wireRuns();
-    headings();
+    showBus();
 }
 
 frmScriptOps::~frmScriptOps() {
@@ -85,15 +86,18 @@ void frmScriptOps::wireFiles() {
     });
 }
 
-void frmScriptOps::headings() {
+void frmScriptOps::showBus() {
     static constexpr const char* kHeadings[] = {"",        "Line",   "I2C Adr",   "Reg Adr", "Data_Wr",
                                                 "Data_Rd", "Act_Rd", "Operation", "Comment"};
-    vbalGrid1.setSize(1, ScriptRow::kColumns + 1);
+    vbalGrid1.setSize(std::max(1, vbalGrid1.rows()), ScriptRow::kColumns + 1);
     for (int column = 0; column <= ScriptRow::kColumns; ++column) {
         const bool ofI2c = column == static_cast<int>(ScriptColumn::Address) ||
                            column == static_cast<int>(ScriptColumn::Register);
         vbalGrid1.setCell(0, column, ofI2c && uses_.mode.SPIBusMode ? "" : kHeadings[column]);
     }
+    if (script_.table.rows() > 0 && loadedForSpi_ != uses_.mode.SPIBusMode)
+        lblLoadStatus.setCaption(std::string("Read as an ") + (loadedForSpi_ ? "SPI" : "I2C") +
+                                 " script: " + cmdReload2.caption() + " reads it for the other bus");
 }
 
 void frmScriptOps::Form_Load() {
@@ -105,7 +109,7 @@ void frmScriptOps::Form_Load() {
     txtI2CAdr.setText(uses_.deviceAddress ? uses_.deviceAddress() : "50");
     script_.setBase(hexToByte(txtI2CAdr.text()));
     lblCaption.setCaption("No Script File Selected");
-    headings();
+    showBus();
 }
 
 void frmScriptOps::Form_Unload() {
@@ -129,7 +133,7 @@ void frmScriptOps::mirror(int row, int column) {
 void frmScriptOps::mirrorAll() {
     const int rows = script_.table.rows();
     vbalGrid1.setSize(1, ScriptRow::kColumns + 1);
-    headings();
+    showBus();
     vbalGrid1.setSelection(0, 0);
     vbalGrid1.setSize(rows + 1, ScriptRow::kColumns + 1);
     for (int row = 1; row <= rows; ++row)
@@ -179,6 +183,7 @@ void frmScriptOps::LoadScriptFile() {
     rehearsal_.reset();
     lblRehearsal.setCaption("");
     loadedPath_ = chosenPath_;
+    loadedForSpi_ = uses_.mode.SPIBusMode;
     {
         // Also what was read ahead of a line that stops the load.
         const OnScopeExit show([this] {

@@ -37,8 +37,9 @@ class frmScriptOps final : public Panel, public ActivePanel, private ScriptField
     ~frmScriptOps() override;
 
     void Form_Load() override;
+    void Form_Activate() override { showBus(); }
     /// The headings are those of the bus that the panel was opened for.
-    void Form_Activate() override { headings(); }
+    void showBus();
     void Form_Unload() override;
     bool closeHides() const override { return true; }
 
@@ -139,7 +140,6 @@ class frmScriptOps final : public Panel, public ActivePanel, private ScriptField
   private:
     void wireRuns();
     void wireFiles();
-    void headings();
     void mirror(int row, int column);
     void mirrorAll();
     void showLoadFault(const std::string& reason);
@@ -172,6 +172,7 @@ class frmScriptOps final : public Panel, public ActivePanel, private ScriptField
     ScriptRun run_;
     std::string chosenPath_; ///< of the last file dialog, what a reload reads
     std::string loadedPath_;
+    bool loadedForSpi_ = false;
     std::vector<ScriptFinding> findings_;
     std::optional<Rehearsal> rehearsal_;
     std::vector<std::unique_ptr<Activity>> activities_; ///< one for each run on the stack

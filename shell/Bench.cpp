@@ -8,6 +8,7 @@ namespace vrk {
 Bench::Bench(const Parts& parts)
     : context_{parts.events, parts.dialogs, parts.clipboard, parts.programFolder, parts.workingFolder},
       link_(context_, parts.host, trace_),
+      rehearsalBench_(parts.rehearsalBench),
       frmStartup(context_, "frmStartup", "VRK Evaluation",
                  [this] {
                      return std::make_shared<class frmStartup>(
@@ -47,6 +48,12 @@ Bench::Bench(const Parts& parts)
                           context_,
                           ProductExec::Uses{busMode_, shell_, choice_, [this] { leaveProductTable(); }});
                   }),
+      frmScriptOps(context_, "frmScriptOps", "Script IC Send / Receive",
+                   [this] {
+                       return std::make_shared<class frmScriptOps>(
+                           context_, frmScriptOps::Uses{services_, busMode_, run_, script_,
+                                                        [this] { return scriptAddress(); }, rehearsalBench_});
+                   }),
       motherboard_(context_, link_, analog_, supply_, frmMotherboardDAQ2),
       services_{
           frmMainF340, frmMotherboardDAQ2, motherboard_, link_, analog_, ports_, supply_, shell_, run_, *this,
@@ -120,9 +127,26 @@ void Bench::hidePanel(const Panel& panel) {
         slot->hide();
 }
 
-void Bench::open(Bus bus, Panel& opener) {
+void Bench::setBusMode(Bus bus) {
     busMode_.I2CBusMode = bus == Bus::I2C;
     busMode_.SPIBusMode = bus == Bus::SPI;
+}
+
+void Bench::openScripts(Bus bus) {
+    if (!script_.ScriptRunning)
+        setBusMode(bus);
+    frmScriptOps.show();
+    frmScriptOps->showBus(); // it may have been in front before
+}
+
+std::string Bench::scriptAddress() const {
+    // Asking for it must not load the panel: it would set up the board for I2C under an SPI part.
+    const auto* panel = frmVRK_User1.loadedPanel();
+    return panel == nullptr ? "50" : panel->txtDeviceAdr.text();
+}
+
+void Bench::open(Bus bus, Panel& opener) {
+    setBusMode(bus);
     tableOpener_ = opener.name();
     ProductExec->forgetChoice();
     ProductExec.show();

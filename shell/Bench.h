@@ -12,6 +12,7 @@
 #include "platform/controls/Panel.h"
 #include "platform/controls/SharedValues.h"
 #include "platform/hid/HidHost.h"
+#include "script/frmScriptOps.h"
 #include "shell/Doco.h"
 #include "shell/ProductExec.h"
 #include "shell/frmStartup.h"
@@ -34,6 +35,8 @@ class Bench final : private ShellControl, private ProductTable {
         hid::HidHost& host;
         std::filesystem::path programFolder;
         std::filesystem::path workingFolder;
+        /// Makes a simulated bench to rehearse a script on; empty: scripts cannot be rehearsed.
+        RehearsalFactory rehearsalBench{};
     };
 
     explicit Bench(const Parts& parts);
@@ -68,8 +71,11 @@ class Bench final : private ShellControl, private ProductTable {
     void showStartPanel() override;
     void hidePanel(const Panel& panel) override;
     void unloadCompanions(const Panel& panel) override;
+    void openScripts(Bus bus) override;
     void endProgram() override;
     void open(Bus bus, Panel& opener) override;
+    void setBusMode(Bus bus);
+    std::string scriptAddress() const;
     bool isOpen() const override;
     bool returned() const override;
     bool selected() const override;
@@ -90,10 +96,12 @@ class Bench final : private ShellControl, private ProductTable {
     BusMode busMode_;
     ProductChoice choice_;
     RunState run_;
+    ScriptState script_;
     WiperState i2cWipers_;
     PinPanelState upDown_;
     PinPanelState pushButton_;
     RunInState runIn_;
+    RehearsalFactory rehearsalBench_;
     std::string lastDevicePanel_; ///< name; the panel may be gone
     std::string tableOpener_;     ///< name of the panel that the product table stands for
 
@@ -107,6 +115,7 @@ class Bench final : private ShellControl, private ProductTable {
     PanelSlot<class frmVRK_PB1> frmVRK_PB1;
     PanelSlot<class UPDN_Runin> UPDN_Runin;
     PanelSlot<class ProductExec> ProductExec;
+    PanelSlot<class frmScriptOps> frmScriptOps;
 
   private:
     Motherboard motherboard_;

@@ -87,6 +87,7 @@ void Bench::registerSharedValues() {
     publish(all, shell_);
     publish(all, busMode_);
     publish(all, run_);
+    publish(all, script_);
     publish(all, i2cWipers_, frmVRK_User1.name());
     publish(all, upDown_, frmVRK_UD1.name());
     publish(all, pushButton_, frmVRK_PB1.name());

@@ -20,6 +20,7 @@ std::vector<PanelRow> makePanelTable(Bench& bench) {
         {.slot = &bench.frmVRK_PB1, .startRow = frmStartup::kPushButton, .manualPage = "Push Button"},
         {.slot = &bench.UPDN_Runin, .manualPage = "Run-in"},
         {.slot = &bench.ProductExec, .manualPage = "Product table"},
+        {.slot = &bench.frmScriptOps, .manualPage = "Script"},
         {.slot = &bench.Doco, .manualPage = "Trace"},
     };
 }

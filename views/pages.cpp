@@ -1,5 +1,6 @@
 #include "views/pages.h"
 
+#include "script/frmScriptOps.h"
 #include "shell/Bench.h"
 #include "views/pages/pageMakers.h"
 
@@ -28,7 +29,7 @@ const std::vector<PageRow>& pageRows() {
         {"frmVRK_PB1", "Push Button", "Parts", Sign::PushButton, frmStartup::kPushButton,
          page<frmVRK_PB1, makePushButtonPage>},
         {"", "Instructions", "Parts", Sign::Instructions, 0, nullptr},
-        {"", "Script", "Procedures", Sign::Script, 0, nullptr},
+        {"frmScriptOps", "Script", "Procedures", Sign::Script, 0, page<frmScriptOps, makeScriptPage>},
         {"UPDN_Runin", "Run-in", "Procedures", Sign::RunIn, 0, page<UPDN_Runin, makeRunInPage>, Page,
          "frmVRK_UD1"},
         {"", "Calibration", "Procedures", Sign::Calibration, frmStartup::kCalibrate, nullptr},

@@ -8,6 +8,8 @@ namespace vrk {
 
 class Panel;
 
+enum class Bus { I2C, SPI };
+
 /// What panels ask of the shell above them.
 class ShellControl {
   public:
@@ -17,6 +19,9 @@ class ShellControl {
     virtual void hidePanel(const Panel& panel) = 0;
     /// Unloads the panels that work for this one alone. Whoever waits for the product table gets no choice.
     virtual void unloadCompanions(const Panel& panel) = 0;
+    /// Brings the script panel to the front, for scripts of one bus from now on. While a script runs, it goes
+    /// on with the bus that it began with.
+    virtual void openScripts(Bus bus) = 0;
     /// Closes the board's handles and ends the program. \throws ProgramEnded
     virtual void endProgram() = 0;
 };
@@ -31,7 +36,7 @@ struct BusMode {
 /// while it stands.
 class ProductTable {
   public:
-    enum class Bus { I2C, SPI };
+    using Bus = vrk::Bus;
     virtual ~ProductTable() = default;
     /// Shows the table for one bus, or brings it to the front again; an earlier choice is forgotten.
     virtual void open(Bus bus, Panel& opener) = 0;

@@ -87,6 +87,7 @@ class frmVRK_User1 final : public WiperPanel {
     void Wrt_VRK(int reg);
     void Read_VRK(int reg);
 
+    Bus bus() const override { return Bus::I2C; }
     std::string busName() const override { return "I2C"; }
     std::vector<MenuEntry*> partEntries() override;
 

@@ -45,7 +45,8 @@ TEST_F(BenchTest, EverySharedValueIsItsOwn) {
         std::vector<ActionValue> all;
         for (const auto& shared : bench.sharedValues().all())
             for (int index = std::max(shared.first, 0); index <= std::max(shared.last, 0); ++index)
-                all.push_back(shared.get(index));
+                if (index < 64 || index == shared.last) // of long ones enough to see a neighbour
+                    all.push_back(shared.get(index));
         return all;
     };
     for (const auto& shared : bench.sharedValues().all()) {
@@ -76,6 +77,38 @@ TEST_F(BenchTest, BadTextForTheReportBufferChangesNothing) {
     for (const auto& bad : {std::string("0"), std::string("0G"), std::string(130, '0')})
         EXPECT_THROW(value("reportBuffer").set(0, bad), Fault) << bad;
     EXPECT_EQ(link().reportBuffer[1], 0xFF);
+}
+
+TEST_F(BenchTest, ScriptsOpenForTheBusOfThePanelThatOpensThem) {
+    openI2c();
+    i2c().txtDeviceAdr.setText("A4");
+    bench.services().shell.openScripts(Bus::SPI);
+    frmScriptOps& scripts = *bench.frmScriptOps;
+    EXPECT_EQ(scripts.txtI2CAdr.text(), "A4");
+    EXPECT_EQ(scripts.vbalGrid1.cell(0, 2), "");
+    dialogs.answerFile(folder.write("s.txt", "#\n`w\n`ENDM").string());
+    ASSERT_TRUE(scripts.mnuScript_Read.userClick().done());
+
+    ASSERT_TRUE(i2c().mnuScriptShow.userClick().done());
+    EXPECT_EQ(bench.context().front, &bench.frmScriptOps);
+    EXPECT_EQ(scripts.vbalGrid1.cell(0, 2), "I2C Adr");
+    EXPECT_EQ(scripts.vbalGrid1.rows(), 4); // what was loaded stays in sight
+    EXPECT_THAT(scripts.lblLoadStatus.caption(), ::testing::HasSubstr("SPI script"));
+    ASSERT_TRUE(scripts.cmdReload2.userClick().done());
+    EXPECT_EQ(scripts.lblLoadStatus.caption(), "");
+    // A run goes on with its bus, whoever comes by.
+    answer(Choice::Ok, [this] { bench.services().shell.openScripts(Bus::SPI); });
+    ASSERT_TRUE(scripts.cmdExecAll.userClick().done());
+    EXPECT_TRUE(std::get<bool>(value("I2CBusMode").get(0)));
+    (void)boxes();
+}
+
+TEST_F(BenchTest, ScriptsDoNotLoadTheI2cPanel) {
+    loadConsoles();
+    bench.services().shell.openScripts(Bus::SPI);
+    EXPECT_EQ(bench.frmScriptOps->txtI2CAdr.text(), "50");
+    EXPECT_FALSE(bench.frmVRK_User1.loaded());
+    EXPECT_TRUE(std::get<bool>(value("SPIBusMode").get(0)));
 }
 
 } // namespace

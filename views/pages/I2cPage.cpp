@@ -3,7 +3,6 @@
 #include "views/blocks/ChannelStrips.h"
 #include "views/blocks/blocks.h"
 #include "views/blocks/rows.h"
-#include "views/pages.h"
 #include "views/pages/pageMakers.h"
 #include "views/plot/ChannelPlot.h"
 #include "views/workspace/Page.h"
@@ -17,7 +16,6 @@
 #include <QRadioButton>
 
 #include <algorithm>
-#include <array>
 
 namespace vrk {
 
@@ -121,34 +119,27 @@ void addPartMenu(PageUi& page, frmVRK_User1& p) {
         menu->addAction(action);
     }
     ui.tieMenu(p.mnuDeviceSelect, *menu->menuAction());
+    menu->addSeparator();
+    QAction* scripts = ui(p.mnuScriptShow);
+    scripts->setParent(menu);
+    menu->addAction(scripts);
 }
 
-/// A button of the view's own. \param refusal why it does nothing; empty if it works.
-QPushButton* headButton(const QString& text, const QString& name, const QString& refusal,
-                        std::function<void()> act) {
+/// A button of the view's own.
+QPushButton* headButton(const QString& text, const QString& name, std::function<void()> act) {
     auto* button = new QPushButton(text);
     button->setObjectName(name);
     button->setAutoDefault(false);
-    button->setEnabled(refusal.isEmpty());
-    button->setToolTip(refusal);
     QObject::connect(button, &QPushButton::clicked, button, std::move(act));
     return button;
-}
-
-QString refusalOfPage(const QString& name) {
-    const auto& all = pageRows();
-    const bool there = std::any_of(
-        all.begin(), all.end(), [&](const PageRow& row) { return name == row.name && row.make != nullptr; });
-    return there ? QString() : "not in this version";
 }
 
 void addHead(PageUi& page, frmVRK_User1& p, ChannelPlot* plot) {
     PanelUi& ui = page.ui();
     page.addHeadItem(ui(p.cmdReadAllWipers[0]));
     page.addHeadItem(ui(p.cmdReadAllWipers[1]));
-    page.addHeadItem(headButton("Sweep…", "sweepHead", {}, [plot] { plot->prepareSweep(); }));
-    page.addHeadItem(
-        headButton("Script…", "scriptHead", refusalOfPage("Script"), [&page] { page.openPage("Script"); }));
+    page.addHeadItem(headButton("Sweep…", "sweepHead", [plot] { plot->prepareSweep(); }));
+    page.addHeadItem(headButton("Script…", "scriptHead", [&p] { (void)p.mnuScriptShow.userClick(); }));
     page.addHeadItem(ui(p.cmdMMenu));
 }
 

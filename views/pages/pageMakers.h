@@ -8,6 +8,7 @@ class ProductExec;
 class UPDN_Runin;
 class frmMainF340;
 class frmMotherboardDAQ2;
+class frmScriptOps;
 class frmStartup;
 class frmVRK_PB1;
 class frmVRK_UD1;
@@ -22,6 +23,7 @@ void makeUpDownPage(PageUi& page, frmVRK_UD1& panel);
 void makePushButtonPage(PageUi& page, frmVRK_PB1& panel);
 void makeRunInPage(PageUi& page, UPDN_Runin& panel);
 void makeControllerPage(PageUi& page, frmMainF340& panel);
+void makeScriptPage(PageUi& page, frmScriptOps& panel);
 void makeMotherboardPage(PageUi& page, frmMotherboardDAQ2& panel);
 
 } // namespace vrk

@@ -26,13 +26,20 @@ def options(entries, parts):
         values = {"": None, "FILE": "file", "DIR": "folder", "[=PART]": parts, "PART": parts}.get(behind, [])
         if behind == "LEVEL":
             values = re.findall(r"\d\.\d(?=[,;])|\b(?:Min|Mid|Max|off)\b", text)
+        if behind and (words := re.match(r"(\w+) or (\w+)[;,]", text)):
+            values = list(words.groups())
         yield option[1], text, values
 
 
+FILE_COMMANDS = set()
+
+
 def commands(program, parts, path=()):
-    """Each command: its words, its options, and the (name, text) of those inside it."""
+    """Each command: its words, its options, the (name, text) of those inside it; a file is one named "FILE"."""
     helped = Help(said(program, *path, "--help"))
     inner = helped.lists.get("Subcommands", [])
+    if any(name.startswith("FILE") for name, _ in helped.lists.get("Positionals", [])):
+        FILE_COMMANDS.add(" ".join(path))
     yield " ".join(path), list(options(helped.lists["Options"], parts)), inner
     for name, _ in inner:
         yield from commands(program, parts, (*path, name))
@@ -65,7 +72,12 @@ def bash(found):
     for path, all_options, inner in found:
         own = [name for name, _ in inner] + [option for option, _, _ in all_options if option not in common.split()]
         lines.append(f'        "{path}") words="{" ".join(own)}" ;;')
-    lines += ["    esac", f'    mapfile -t COMPREPLY < <(compgen -W "$words {common}" -- "$word")', "}",
+    lines += ["    esac", f'    mapfile -t COMPREPLY < <(compgen -W "$words {common}" -- "$word")']
+    if FILE_COMMANDS:
+        paths = "|".join(f'"{path}"' for path in sorted(FILE_COMMANDS))
+        lines += ['    case "$path" in', f'        {paths}) mapfile -t -O "${{#COMPREPLY[@]}}" COMPREPLY < <(compgen -f -- "$word") ;;',
+                  "    esac"]
+    lines += ["}",
               "complete -F _vrkctl vrkctl"]
     return lines
 
@@ -98,7 +110,9 @@ def zsh(found):
         own = [specification(*option) for option in all_options]
         own = " ".join(option for option in own if option not in common)
         lines.append(f'    "{path}") inner=({described(inner)}); all+=({own}) ;;')
-    lines += ["esac", "(( ${#inner} )) && _describe command inner", '_arguments -S $all "*: :_message argument"']
+    files = "|".join(f'"{path}"' for path in sorted(FILE_COMMANDS)) or '"-"'
+    lines += ["esac", "(( ${#inner} )) && _describe command inner", f'case "$where" in {files}) all+=("*:file:_files") ;; '
+              '*) all+=("*: :_message argument") ;; esac', "_arguments -S $all"]
     return lines
 
 
@@ -111,6 +125,8 @@ def fish(found):
             below = " ".join(name for name, _ in inner)
             here = f"not __fish_seen_subcommand_from {below}{seen}"
             lines += [f"complete -c vrkctl -n {shell(here)} -a {name} -d {shell(text)}" for name, text in inner]
+        if path in FILE_COMMANDS:
+            lines.append(f"complete -c vrkctl -n {shell(seen.removeprefix('; and '))} -F")
         for option, text, value in all_options:
             if path and option in {name for name, _, _ in found[0][1]}:
                 continue

@@ -28,6 +28,7 @@ void ConsoleBus::showRead(int box, std::uint8_t value) {
 
 void ConsoleBus::prepareSpi(int count, std::span<const std::string> bytes) {
     frmMainF340& console = services_.console();
+    retries_ = services_.link.retries();
     console.chkGPvalueP2[kDacSelect].setValue(1);
     console.cmdWrGPData_Click(kSpiPort);
     console.cmdRdGPData_Click(kSpiPort);
@@ -40,8 +41,9 @@ void ConsoleBus::prepareSpi(int count, std::span<const std::string> bytes) {
 
 bool ConsoleBus::exchangeSpi() {
     services_.console().cmdSPIWrite_Click();
-    // Goes back to 0 with a reply alone; a failed write and a lost reply leave their codes.
-    return services_.link.hidLinkCode == 0;
+    // Goes back to 0 with a reply alone; a failed write and a lost reply leave their codes. Behind a Retry it
+    // is the discovery's replies that have put it back: the transfer itself is not repeated.
+    return services_.link.hidLinkCode == 0 && services_.link.retries() == retries_;
 }
 
 } // namespace vrk

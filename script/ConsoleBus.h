@@ -25,7 +25,8 @@ class ConsoleBus final : public ScriptBus {
 
   private:
     BenchServices& services_;
-    bool good_ = false; ///< the last I2C read
+    bool good_ = false;    ///< the last I2C read
+    unsigned retries_ = 0; ///< as the SPI transfer began
 };
 
 } // namespace vrk

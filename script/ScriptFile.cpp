@@ -1,6 +1,7 @@
 #include "script/ScriptFile.h"
 
 #include "panels/blocks/ShellControl.h"
+#include "platform/files/files.h"
 #include "platform/runtime/text.h"
 #include "script/ScriptLine.h"
 
@@ -111,6 +112,14 @@ bool takesReadData(const ScriptRow& row) {
            upperCase(row[ScriptColumn::Operation]).find("R:") != std::string::npos;
 }
 
+int unreadRows(const ScriptState& script) {
+    int unread = 0;
+    for (int row = 1; row <= script.table.rows(); ++row)
+        if (takesReadData(script.table.row(row)) && script.table.text(row, ScriptColumn::Actual) == "--")
+            ++unread;
+    return unread;
+}
+
 void updateExpected(ScriptState& script) {
     const int lines = std::min(script.table.rows(), static_cast<int>(script.ScriptRaw.size()));
     for (int step = 1; step <= lines; ++step) {
@@ -141,6 +150,19 @@ std::string scriptToSave(ScriptState& script, const WallTime& now, const std::st
         content += line + "\r\n";
     // The entry behind the last line goes out as well: each save adds an empty line.
     return content + "\r\n";
+}
+
+void saveScript(ScriptState& script, const std::filesystem::path& path, bool append, const WallTime& now,
+                const std::string& loopCount) {
+    updateExpected(script);
+    const std::vector<std::string> before = script.ScriptRaw;
+    try {
+        const std::string content = scriptToSave(script, now, loopCount);
+        append ? appendFile(path, content) : replaceFile(path, content);
+    } catch (const Fault&) {
+        script.ScriptRaw = before;
+        throw;
+    }
 }
 
 std::string savedScriptPath(const std::string& path) {

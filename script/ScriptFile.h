@@ -5,6 +5,7 @@
 #include "script/ScriptHost.h"
 #include "script/ScriptState.h"
 
+#include <filesystem>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -38,12 +39,21 @@ void clearLoadFields(ScriptFields& fields);
 /// Whether a save writes what column 6 holds into the row's line.
 bool takesReadData(const ScriptRow& row);
 
+/// Rows that hold expected data and have never been read: a save would write "--" there.
+int unreadRows(const ScriptState& script);
+
 /// Overwrites the read fields of the file's lines by what was really read, character for character.
 void updateExpected(ScriptState& script);
 
 /// The file to be written: the first line gets the stamp, in the script itself too, so that a later save
 /// replaces it. Ends with one empty line more than was loaded.
 std::string scriptToSave(ScriptState& script, const WallTime& now, const std::string& loopCount);
+
+/// Writes the script with what was really read, as scriptToSave() gives it, anew or behind what the file
+/// holds. \throws Fault with the system's description; the script then bears no stamp of a save that was
+/// none.
+void saveScript(ScriptState& script, const std::filesystem::path& path, bool append, const WallTime& now,
+                const std::string& loopCount);
 
 /// Where a row that saves writes to: "_DL" ahead of the last four characters, which are the extension.
 std::string savedScriptPath(const std::string& path);

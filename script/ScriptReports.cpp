@@ -105,17 +105,26 @@ std::string jsonReport(const ScriptResults& results, const Rehearsal* rehearsal)
     return text + "}\n";
 }
 
+const char* csvHeading() {
+    return "pass,line,operation,address,register,write,expected,read,verdict,ms\n";
+}
+
+std::string csvRows(const PassResult& pass) {
+    std::string text;
+    for (const RowResult& row : pass.rows) {
+        text += decimalText(pass.pass) + "," + decimalText(row.line);
+        for (const std::string& field :
+             {row.operation, row.address, row.reg, row.write, row.expected, row.read})
+            text += "," + sequentialField(field);
+        text += std::string(",") + rowVerdictName(row.verdict) + "," + decimalText(row.lasted.count()) + "\n";
+    }
+    return text;
+}
+
 std::string csvReport(const ScriptResults& results) {
-    std::string text = "pass,line,operation,address,register,write,expected,read,verdict,ms\n";
+    std::string text = csvHeading();
     for (const PassResult& pass : results.passes)
-        for (const RowResult& row : pass.rows) {
-            text += decimalText(pass.pass) + "," + decimalText(row.line);
-            for (const std::string& field :
-                 {row.operation, row.address, row.reg, row.write, row.expected, row.read})
-                text += "," + sequentialField(field);
-            text +=
-                std::string(",") + rowVerdictName(row.verdict) + "," + decimalText(row.lasted.count()) + "\n";
-        }
+        text += csvRows(pass);
     return text;
 }
 

@@ -1,5 +1,7 @@
 #include "script/ScriptResults.h"
 
+#include "platform/runtime/text.h"
+
 #include <algorithm>
 #include <set>
 #include <utility>
@@ -54,10 +56,11 @@ RowResult ResultCollector::described(int row) const {
     RowResult result;
     result.line = row;
     result.operation = texts[ScriptColumn::Operation];
-    result.address = texts[ScriptColumn::Address];
-    result.reg = texts[ScriptColumn::Register];
-    result.write = texts[ScriptColumn::Write];
-    result.expected = texts[ScriptColumn::Expected];
+    // Port bytes stand in the table as the user wrote them.
+    result.address = upperCase(texts[ScriptColumn::Address]);
+    result.reg = upperCase(texts[ScriptColumn::Register]);
+    result.write = upperCase(texts[ScriptColumn::Write]);
+    result.expected = upperCase(texts[ScriptColumn::Expected]);
     return result;
 }
 
@@ -68,6 +71,7 @@ void ResultCollector::passBegan(int /*first*/, int /*last*/) {
     results_.passes.emplace_back().pass = number;
     inPass_ = true;
     anyRow_ = false;
+    lastEnded_ = kNone;
     open_.clear();
     passBegan_ = host_.now();
     listNotReached();
@@ -118,6 +122,10 @@ RowResult* ResultCollector::current() {
     return open_.empty() || open_.back() >= rows().size() ? nullptr : &rows()[open_.back()];
 }
 
+const RowResult* ResultCollector::lastEnded() const {
+    return lastEnded_ < rows().size() ? &rows()[lastEnded_] : nullptr;
+}
+
 void ResultCollector::rowCompared(int /*row*/, bool equal) {
     if (RowResult* result = current())
         result->verdict = std::max(result->verdict, equal ? RowVerdict::Pass : RowVerdict::Fail);
@@ -142,6 +150,7 @@ void ResultCollector::rowEnded(int row) {
         const std::string& actual = script_.table.text(row, ScriptColumn::Actual);
         result->read = actual == "--" ? "" : actual;
     }
+    lastEnded_ = open_.back();
     open_.pop_back();
     if (inPass_)
         count();

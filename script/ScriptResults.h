@@ -66,6 +66,8 @@ class ResultCollector final : public ScriptObserver {
         : script_(script), fields_(fields), host_(host), keepRows_(keepRows) {}
 
     const ScriptResults& results() const { return results_; }
+    /// The row that rowEnded() told of last; nullptr before the first, or once its pass is over.
+    const RowResult* lastEnded() const;
     /// A new run: of what, and when.
     void begin(const std::string& script, const std::string& bus, const WallTime& started);
     /// The run is over. \param end as its last pass told, or what a program knows better: a lost link, an
@@ -80,7 +82,12 @@ class ResultCollector final : public ScriptObserver {
     void rowEnded(int row) override;
 
   private:
+    static constexpr auto kNone = static_cast<std::size_t>(-1);
+
     RowResult described(int row) const;
+    const std::vector<RowResult>& rows() const {
+        return inPass_ ? results_.passes.back().rows : results_.byHand;
+    }
     std::vector<RowResult>& rows() { return inPass_ ? results_.passes.back().rows : results_.byHand; }
     /// The row under way; nullptr if none is.
     RowResult* current();
@@ -95,6 +102,7 @@ class ResultCollector final : public ScriptObserver {
     bool inPass_ = false;
     bool anyRow_ = false; ///< the pass has begun one
     Milliseconds passBegan_{0};
+    std::size_t lastEnded_ = kNone; ///< its place among the rows
     std::vector<std::size_t> open_; ///< places of the rows that have begun, the innermost last
 };
 

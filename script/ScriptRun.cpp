@@ -145,6 +145,9 @@ void ScriptRun::execStep(int row) {
         } catch (const Fault& caught) {
             fault = caught.what();
             inError(row, fault);
+        } catch (const ProgramEnded&) {
+            inError(row, "broken off: the program ended");
+            throw;
         }
         failed = step.failed;
     } catch (const ScriptReplaced&) {

@@ -258,31 +258,21 @@ void frmScriptOps::UpdateExpected() {
 }
 
 int frmScriptOps::unreadRows() const {
-    int unread = 0;
-    for (int row = 1; row <= script_.table.rows(); ++row)
-        if (takesReadData(script_.table.row(row)) && script_.table.text(row, ScriptColumn::Actual) == "--")
-            ++unread;
-    return unread;
+    return vrk::unreadRows(script_);
 }
 
 void frmScriptOps::cmdStartRec_Click(int /*index*/) {
-    UpdateExpected();
-    const std::vector<std::string> before = script_.ScriptRaw;
     try {
+        UpdateExpected(); // of the table also where there is no file to write
         if (txtFilePath.text().empty())
             throw fileFault("write", "", ENOENT);
         const WallTime now = context().clock().wallTime();
-        const std::string content = scriptToSave(script_, now, txtLoopCount.text());
-        const auto path = inWorkingFolder(txtFilePath.text());
-        if (chkAppend.checked())
-            appendFile(path, content);
-        else
-            replaceFile(path, content);
+        saveScript(script_, inWorkingFolder(txtFilePath.text()), chkAppend.checked(), now,
+                   txtLoopCount.text());
         Label18.setCaption(numberToText(script_.ScriptRawNext()) + " Script written: " + shortDate(now) +
                            " " + shortTime(now));
         tell(true, "Script written", txtFilePath.text(), &Label18);
     } catch (const Fault& fault) {
-        script_.ScriptRaw = before; // no stamp of a save that was none
         context().say(fault.what());
     }
 }

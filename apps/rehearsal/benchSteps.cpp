@@ -52,6 +52,8 @@ void bringUp(Bench& bench, const BringUp& wanted, const BenchStep& step) {
     };
     step(select(panel ? row : static_cast<int>(frmStartup::kConsolesOnly)), "opening the panel");
     DevicePanel* device = panel ? bench.devicePanel() : nullptr;
+    if (!bench.link().attached() || (panel && device == nullptr))
+        throw NoBoardFault();
     if (device == nullptr) {
         // The switch that leads the socket to one of the two buses.
         bench.frmMotherboardDAQ2->setPin(frmMotherboardDAQ2::kPinMotherboardSwitch,

@@ -23,9 +23,15 @@ struct BringUp {
     bool powered = true; ///< VCC is switched on last
 };
 
+/// The start panel found no board that it may use.
+class NoBoardFault : public Fault {
+  public:
+    NoBoardFault() : Fault("the board cannot be used: another program may have it open") {}
+};
+
 /// Opens the panel of the bus on a bench that has started, chooses the part and its supply. Where the bus has
 /// no panel the two consoles do it: their supply has no levels then.
-/// \throws Fault if the supply list has no such level.
+/// \throws NoBoardFault; Fault if the supply list has no such level.
 void bringUp(Bench& bench, const BringUp& wanted, const BenchStep& step);
 
 /// VCC on, of whatever the part was brought up with: also behind a lost link, in the midst of an exchange.

@@ -42,6 +42,7 @@ struct Options {
     bool virtualTime = false;
     bool realTime = false;
     std::string startTime; ///< "2020-01-01 12:00:00"
+    double linkWait = 60;  ///< seconds that a lost board is waited for; 0: it is given up at once
     bool json = false;
 };
 
@@ -65,11 +66,30 @@ struct SweepOptions : WiperOptions {
     bool csv = false;
 };
 
+struct ScriptOptions {
+    std::filesystem::path file;
+    std::string bus = "i2c";    ///< or "spi"
+    std::string address = "50"; ///< hexadecimal, of the rows ahead of the first address command
+    std::string part;           ///< a name of the panel's menu; empty: the simulated one, or manual set-up
+    std::optional<std::string> vcc; ///< as of WiperOptions
+    int loop = 1;                   ///< passes
+    bool stopOnFail = false;
+    std::optional<int> from; ///< first and last line to run; nothing: those of the main part
+    std::optional<int> to;
+    std::string pauses;          ///< "continue" or "ask"; empty: ask at a terminal, else stop
+    std::filesystem::path save;  ///< the script with what was read
+    std::filesystem::path junit; ///< report
+    bool csv = false;
+};
+
 ExitCode listBoards(const Options& options);
 ExitCode doctor(const Options& options);
 ExitCode readWiper(const Options& options, const WiperOptions& wiper);
 ExitCode writeWiper(const Options& options, const WriteOptions& wiper);
 ExitCode sweepWiper(const Options& options, const SweepOptions& sweep);
+ExitCode checkScript(const Options& options, const ScriptOptions& script);
+ExitCode runScript(const Options& options, const ScriptOptions& script);
+ExitCode rehearseScript(const Options& options, const ScriptOptions& script);
 ExitCode serveRpc(const Options& options);
 
 } // namespace vrk

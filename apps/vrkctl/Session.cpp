@@ -1,12 +1,14 @@
 #include "apps/vrkctl/Session.h"
 
 #include "apps/vrkctl/CommandLine.h"
+#include "apps/vrkctl/Interrupt.h"
 #include "apps/vrkctl/Terminal.h"
 #include "link/reportLayout.h"
 #include "platform/files/files.h"
 #include "platform/hid/HidapiHost.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
 
 namespace vrk {
@@ -90,6 +92,23 @@ Session::Session(const Options& options, Dialogs& dialogs, DefaultTime time)
                                                   .host = recorder_,
                                                   .programFolder = programFolder(options.folder),
                                                   .workingFolder = fs::current_path()});
+}
+
+Session::Session(const Options& options, TerminalDialogs& dialogs, DefaultTime time)
+    : Session(options, static_cast<Dialogs&>(dialogs), time) {
+    // A recording has no other board to come back with.
+    const double seconds = replay_ == nullptr ? options.linkWait : 0;
+    linkWait_.emplace(LinkWait::Uses{.bench = *bench_,
+                                     .wire = recorder_,
+                                     .events = events_,
+                                     .board = options.board,
+                                     .limit = Milliseconds(std::llround(seconds * 1000))});
+    dialogs.onLinkLost([this] { return linkWait_->waitForBoard(); });
+}
+
+Session::~Session() {
+    if (leaveSupplies_ && !interrupt::requested())
+        supplies_->leaveAsTheyAre();
 }
 
 std::vector<hid::DeviceInfo> Session::boards() {

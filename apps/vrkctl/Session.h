@@ -1,6 +1,8 @@
 #pragma once
 
+#include "apps/vrkctl/LinkWait.h"
 #include "apps/vrkctl/Options.h"
+#include "apps/vrkctl/TerminalDialogs.h"
 #include "link/SupplyGuard.h"
 #include "platform/clipboard/Clipboard.h"
 #include "platform/dialogs/Dialogs.h"
@@ -28,6 +30,11 @@ class Session {
   public:
     /// \throws CommandError for options that do not go together, Fault for a file that cannot be used.
     Session(const Options& options, Dialogs& dialogs, DefaultTime time);
+    /// Of a command that works by itself: a board that goes away is waited for.
+    Session(const Options& options, TerminalDialogs& dialogs, DefaultTime time);
+    ~Session();
+    Session(const Session&) = delete;
+    Session& operator=(const Session&) = delete;
 
     Bench& bench() { return *bench_; }
     EventLoop& events() { return events_; }
@@ -41,8 +48,9 @@ class Session {
     std::vector<hid::DeviceInfo> boards();
     /// \throws CommandError unless the board that the options name is there.
     void requireBoard(int number);
-    /// Supplies that are on stay on when this ends: else they go off, however that comes about.
-    void leaveSupplies() { supplies_->leaveAsTheyAre(); }
+    /// Supplies that are on stay on when this ends, unless a signal came meanwhile: else they go off, however
+    /// that comes about.
+    void leaveSupplies() { leaveSupplies_ = true; }
     /// Delivers all events that are due, as the window's loop would between two gestures.
     void runEvents();
 
@@ -59,8 +67,10 @@ class Session {
     hid::WireRecorder recorder_;
     std::optional<hid::WireLog> wireLog_;
     std::optional<SupplyGuard> supplies_; ///< behind the log, which gets its reports, and before the bench
+    bool leaveSupplies_ = false;
     MemoryClipboard clipboard_;
     std::unique_ptr<Bench> bench_;
+    std::optional<LinkWait> linkWait_;
 };
 
 /// The evaluation boards among the devices of a host.

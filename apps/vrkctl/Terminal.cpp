@@ -31,6 +31,14 @@ void put(std::string_view text) {
                                                     : "");
 }
 
+std::string printable(std::string text) {
+    constexpr char kDelete = 0x7F;
+    std::replace_if(
+        text.begin(), text.end(),
+        [](char c) { return (static_cast<unsigned char>(c) < ' ' && c != '\t') || c == kDelete; }, '?');
+    return text;
+}
+
 void putf(const char* format, ...) {
     std::va_list arguments;
     va_start(arguments, format);
@@ -57,9 +65,40 @@ void tellFileFailed(const std::string& text) {
     filesWhole = false;
 }
 
-ExitCode withFiles(ExitCode code) {
-    const bool outranked = code == ExitCode::Done || code == ExitCode::CheckFailed;
-    return outranked && !filesWhole ? ExitCode::File : code;
+namespace {
+/// Wrong usage and a missing board end a command ahead of all else.
+int weight(ExitCode code) {
+    switch (code) {
+    case ExitCode::Done:
+        return 0;
+    case ExitCode::CheckFailed:
+        return 1;
+    case ExitCode::File:
+        return 2;
+    case ExitCode::LinkLost:
+        return 3;
+    case ExitCode::NoBoard:
+    case ExitCode::Usage:
+        return 4;
+    case ExitCode::ReaderGone:
+        return 5;
+    case ExitCode::HungUp:
+    case ExitCode::Interrupted:
+    case ExitCode::Quit:
+    case ExitCode::Terminated:
+        break;
+    }
+    return 6;
+}
+} // namespace
+
+ExitCode heavier(ExitCode one, ExitCode other) {
+    return weight(other) > weight(one) ? other : one;
+}
+
+ExitCode finalCode(ExitCode code) {
+    code = heavier(code, filesWhole ? ExitCode::Done : ExitCode::File);
+    return heavier(code, interrupt::requested().value_or(ExitCode::Done));
 }
 
 bool colouredOutput() {
@@ -76,6 +115,11 @@ ProgressBarLine::~ProgressBarLine() {
     clear();
 }
 
+void ProgressBarLine::restart(int steps) {
+    steps_ = std::max(1, steps);
+    began_ = std::chrono::steady_clock::now();
+}
+
 void ProgressBarLine::done(int steps) {
     constexpr std::chrono::milliseconds kInterval{50};
     constexpr int kWidth = 30;
@@ -84,7 +128,8 @@ void ProgressBarLine::done(int steps) {
         return;
     last_ = now;
     drawn_ = true;
-    const int full = kWidth * steps / steps_;
+    steps = std::min(steps, steps_); // a service block runs more often than anybody knows
+    const int full = static_cast<int>(static_cast<long long>(kWidth) * steps / steps_);
     const auto spent = std::chrono::duration<double>(now - began_).count();
     const int left = static_cast<int>(spent / std::max(1, steps) * (steps_ - steps) + 0.5);
     std::fprintf(stderr, "\r%s [%s%s] %d/%d, %d:%02d left ", what_.c_str(), std::string(full, '#').c_str(),

@@ -16,6 +16,9 @@ void tell(const std::string& text);
 /// nobody reads any more, or a signal came while nobody read.
 void put(std::string_view text);
 
+/// Text of a file that others wrote, for people: control characters, which a terminal would obey, as "?".
+std::string printable(std::string text);
+
 /// Formats as printf does. \see put
 [[gnu::format(printf, 1, 2)]] void putf(const char* format, ...);
 
@@ -24,8 +27,11 @@ ExitCode outputFailure(int error);
 
 /// Tells that a file which the user asked for is not whole; the work goes on, and the exit code will say it.
 void tellFileFailed(const std::string& text);
-/// The exit code of a command that would end with `code`.
-ExitCode withFiles(ExitCode code);
+/// The one of two exit codes that counts: a signal or a reader that left, then the link, a file, a check.
+ExitCode heavier(ExitCode one, ExitCode other);
+/// The exit code of a command that would end with `code`: with the signal that came and the files that are
+/// not whole.
+ExitCode finalCode(ExitCode code);
 
 /// True if stdout is a terminal that may be coloured: NO_COLOR is not set.
 bool colouredOutput();
@@ -40,6 +46,8 @@ class ProgressBarLine {
     ProgressBarLine& operator=(const ProgressBarLine&) = delete;
 
     void done(int steps);
+    /// Another number of steps, from now on.
+    void restart(int steps);
     /// Takes the bar away, so that a line can be written.
     void clear();
 

@@ -11,8 +11,11 @@ Choice TerminalDialogs::show(const MessageBox& box) {
     const auto has = [&box](Choice choice) {
         return std::find(box.buttons.begin(), box.buttons.end(), choice) != box.buttons.end();
     };
-    if (has(Choice::Retry))
-        return startsWith(box.text, "Invalid I2C address") ? Choice::Retry : Choice::Cancel;
+    if (has(Choice::Retry)) {
+        const bool again =
+            startsWith(box.text, "Invalid I2C address") || (linkLost_ != nullptr && linkLost_());
+        return again ? Choice::Retry : Choice::Cancel;
+    }
     const std::string text = trimmed(box.text);
     if (std::find(messages_.begin(), messages_.end(), text) == messages_.end())
         messages_.push_back(text);

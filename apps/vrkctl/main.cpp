@@ -37,6 +37,10 @@ void addCommonOptions(CLI::App& app, Options& options) {
     app.add_flag("--real-time", options.realTime, "Waits take their time, on a simulated board too");
     app.add_option("--start-time", options.startTime, "Virtual time at the start")
         ->type_name("\"Y-M-D h:m:s\"");
+    app.add_option("--link-wait", options.linkWait,
+                   "How long a board that goes away is waited for; 60 if left out")
+        ->check(CLI::Range(0.0, 86400.0))
+        ->type_name("SECONDS");
 }
 
 void addWiperOptions(CLI::App& command, WiperOptions& wiper) {
@@ -49,6 +53,39 @@ void addWiperOptions(CLI::App& command, WiperOptions& wiper) {
         .add_option("--vcc", wiper.vcc,
                     "Level: 2.7, 3.0, 3.3, 3.5, 4.0, 4.5, 5.0, Min, Mid, Max, or off; else 5.0")
         ->type_name("LEVEL");
+}
+
+void addScriptOptions(CLI::App& command, ScriptOptions& script) {
+    command.add_option("FILE", script.file, "Script file")->required()->type_name("");
+    command.add_option("--bus", script.bus, "i2c or spi; i2c if left out")
+        ->check(CLI::IsMember({"i2c", "spi"}))
+        ->type_name("BUS");
+    command
+        .add_option("--address", script.address,
+                    "I2C address ahead of the script's first, hexadecimal; 50 if left out")
+        ->type_name("HH");
+}
+
+void addRunOptions(CLI::App& command, ScriptOptions& script) {
+    command.add_option("--part", script.part, "Part, as in the panel's device menu; else manual set-up")
+        ->type_name("PART");
+    command
+        .add_option("--vcc", script.vcc,
+                    "Level: 2.7, 3.0, 3.3, 3.5, 4.0, 4.5, 5.0, Min, Mid, Max, or off; else 5.0")
+        ->type_name("LEVEL");
+    command.add_option("--loop", script.loop, "Number of passes")
+        ->check(CLI::Range(1, 1000000))
+        ->type_name("N");
+    command.add_flag("--stop-on-fail", script.stopOnFail, "End behind the first failed comparison");
+    command.add_option("--from", script.from, "First line to run; else the first")->type_name("LINE");
+    command.add_option("--to", script.to, "Last line to run; else the main part's last")->type_name("LINE");
+    command
+        .add_option("--pauses", script.pauses, "continue or ask; if left out, ask at a terminal, else stop")
+        ->check(CLI::IsMember({"continue", "ask"}))
+        ->type_name("WHAT");
+    command.add_option("--save", script.save, "Write the script with what was read")->type_name("FILE");
+    command.add_option("--junit", script.junit, "Write a JUnit report")->type_name("FILE");
+    command.add_flag("--csv", script.csv, "Rows with commas");
 }
 
 int run(int argc, char** argv) {
@@ -94,6 +131,22 @@ int run(int argc, char** argv) {
     sweep->add_option("--step", sweeping.step, "Distance of the positions");
     sweep->add_flag("--csv", sweeping.csv, "Rows with commas");
 
+    CLI::App* scripts = app.add_subcommand("script", "Check, rehearse and run scripts of bus steps");
+    scripts->require_subcommand(1);
+    ScriptOptions script;
+    addScriptOptions(*add(*scripts, "check", "Say what in a script will not do what was meant",
+                          [&] { return checkScript(options, script); }),
+                     script);
+    CLI::App* running = add(*scripts, "run", "Run a script on the board and compare what it reads",
+                            [&] { return runScript(options, script); });
+    CLI::App* rehearsing =
+        add(*scripts, "rehearse", "Run it on the simulated part in virtual time: what would it do?",
+            [&] { return rehearseScript(options, script); });
+    for (CLI::App* one : {running, rehearsing}) {
+        addScriptOptions(*one, script);
+        addRunOptions(*one, script);
+    }
+
     app.add_subcommand("help", "Tell how a command is used")
         ->add_option("COMMAND", "Words of the command, as \"wiper sweep\"")
         ->type_name("");
@@ -113,13 +166,13 @@ int run(int argc, char** argv) {
     }
     if (!command) // "help" behind options
         throw CommandError(ExitCode::Usage, "\"vrkctl help\" takes a command and nothing before it");
-    return static_cast<int>(withFiles(command()));
+    return static_cast<int>(finalCode(command()));
 }
 
 int ended(const CommandError& error) {
     if (*error.what() != '\0')
         tell(error.what());
-    return static_cast<int>(withFiles(error.code()));
+    return static_cast<int>(finalCode(error.code()));
 }
 } // namespace
 
@@ -131,10 +184,9 @@ int main(int argc, char** argv) {
     } catch (const CommandError& error) {
         return ended(error);
     } catch (const Fault& fault) {
-        tell(fault.what()); // of a file that an option names: the bench tells its own
-        return static_cast<int>(ExitCode::File);
+        // Of a file that an option names: the bench tells its own.
+        return ended({ExitCode::File, fault.what()});
     } catch (const std::exception& error) {
-        tell(error.what());
-        return static_cast<int>(ExitCode::CheckFailed);
+        return ended({ExitCode::CheckFailed, error.what()});
     }
 }

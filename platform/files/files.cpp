@@ -133,17 +133,42 @@ std::pair<std::string, int> makeTemporary(const fs::path& target) {
 
 } // namespace
 
+namespace {
+
+/// Through a symbolic link: what it points to is replaced, the link stays.
+fs::path behindLinks(const fs::path& path) {
+    std::error_code error;
+    if (!fs::is_symlink(path, error))
+        return path;
+    const auto real = fs::canonical(path, error);
+    return error ? path : real;
+}
+
+} // namespace
+
+void requireWritable(const fs::path& path) {
+    if (path.empty())
+        throw fileFault("write", "", ENOENT);
+    const fs::path target = behindLinks(path);
+    struct stat old {};
+    const bool existed = ::stat(target.c_str(), &old) == 0;
+    if (existed && S_ISDIR(old.st_mode))
+        throw fileFault("write", path.string(), EISDIR);
+    if (existed && ::access(target.c_str(), W_OK) != 0)
+        throw fileFault("write", path.string(), errno);
+    if (existed && !S_ISREG(old.st_mode))
+        return; // it takes the bytes as they come
+    const auto [temporary, number] = makeTemporary(target);
+    const Descriptor file(number);
+    if (file.number() < 0)
+        throw fileFault("write", path.string(), errno);
+    ::unlink(temporary.c_str());
+}
+
 void replaceFile(const std::filesystem::path& path, const std::string& content) {
     if (path.empty())
         throw fileFault("write", "", ENOENT);
-    std::error_code ignored;
-    // Through a symbolic link: what it points to is replaced, the link stays.
-    std::filesystem::path target = path;
-    if (std::filesystem::is_symlink(path, ignored)) {
-        const auto real = std::filesystem::canonical(path, ignored);
-        if (!ignored)
-            target = real;
-    }
+    const fs::path target = behindLinks(path);
     struct stat old {};
     const bool existed = ::stat(target.c_str(), &old) == 0;
     if (existed && !S_ISREG(old.st_mode)) {

@@ -22,6 +22,10 @@ std::string readFile(const std::filesystem::path& path);
 /// \throws Fault; the old file is then untouched.
 void replaceFile(const std::filesystem::path& path, const std::string& content);
 
+/// For the start of a work that ends with a file: replaceFile() could put one there now. Leaves no trace.
+/// \throws Fault with the system's description.
+void requireWritable(const std::filesystem::path& path);
+
 /// Adds to the end of the file, which is made if it does not exist; what was there stays even if the addition
 /// fails half-way. \throws Fault with the system's description.
 void appendFile(const std::filesystem::path& path, const std::string& content);

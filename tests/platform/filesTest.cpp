@@ -119,6 +119,11 @@ TEST_F(FilesTest, FailureKeepsTheOldFile) {
     EXPECT_THAT(faultOf([&] { replaceFile(folder, "new"); }), HasSubstr("Is a directory"));
     EXPECT_THAT(faultOf([&] { replaceFile("/dev/full", "new"); }), HasSubstr("No space left"));
     EXPECT_THAT(faultOf([&] { replaceFile("", "new"); }), HasSubstr("without a name"));
+    // What can be told ahead of a long work is.
+    EXPECT_THAT(faultOf([&] { requireWritable(folder / "none" / "file"); }), HasSubstr("No such file"));
+    EXPECT_THAT(faultOf([&] { requireWritable(folder); }), HasSubstr("Is a directory"));
+    EXPECT_EQ(faultOf([&] { requireWritable(folder / "new"); }), "");
+    EXPECT_EQ(entries(), 1U);
     EXPECT_THAT(faultOf([&] { readFile(folder / "none"); }), HasSubstr("Cannot open"));
     EXPECT_THAT(faultOf([&] { readFile(folder); }), HasSubstr("Is a directory"));
     EXPECT_THAT(faultOf([&] { appendFile(folder / "none" / "file", "x"); }), HasSubstr("No such file"));

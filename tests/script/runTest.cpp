@@ -117,6 +117,26 @@ TEST_F(ScriptRunTest, AnErrorIsToldApartFromAFail) {
     EXPECT_EQ(panel().results().verdict(), "error");
 }
 
+TEST_F(ScriptRunTest, ARowThatTheLinkBrokeIsInError) {
+    useSpi();
+    load(",50C8C0,\n,50C011,\n`ENDM");
+    fault(sim::FaultKind::NoReply, 1, 9);
+    answer(Choice::Retry); // the discovery behind it answers; the transfer is not repeated
+    ASSERT_TRUE(panel().cmdExecAll.userClick().done());
+    EXPECT_EQ(panel().results().verdict(), "error");
+    (void)boxes();
+    const auto verdict = [this](std::size_t row) {
+        return panel().results().passes.back().rows[row].verdict;
+    };
+    EXPECT_EQ(verdict(1), RowVerdict::Ran);
+    fault(sim::FaultKind::WriteFails, 1, 9);
+    answer(Choice::Cancel); // ends the program
+    panel().cmdExecAll.userClick();
+    (void)boxes();
+    EXPECT_EQ(verdict(0), RowVerdict::Error);
+    EXPECT_EQ(verdict(1), RowVerdict::NotReached);
+}
+
 TEST_F(ScriptRunTest, AFaultEndsItsRowAndTheRunGoesOn) {
     loadAndRun("00," + std::string(130, '1') + ",\n00,11,\n`ENDM");
     EXPECT_THAT(boxes(), ElementsAre("Subscript out of range [OK]"));

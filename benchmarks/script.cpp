@@ -1,7 +1,6 @@
 #include "benchmarks/BenchRig.h"
 #include "benchmarks/FrameHost.h"
 #include "platform/files/files.h"
-#include "script/frmScriptOps.h"
 
 #include <benchmark/benchmark.h>
 #include <unistd.h>
@@ -22,14 +21,7 @@ struct ScriptRig {
     std::filesystem::path folder = std::filesystem::temp_directory_path();
     std::filesystem::path file = folder / ("vrk-bench-" + std::to_string(getpid()) + ".txt");
     Bench bench{{events, dialogs, clipboard, host, folder, folder}};
-    BusMode mode;
-    RunState run;
-    ScriptState script;
-    PanelSlot<frmScriptOps> slot{bench.context(), "frmScriptOps", "Script", [this] {
-                                     return std::make_shared<frmScriptOps>(
-                                         bench.context(),
-                                         frmScriptOps::Uses{bench.services(), mode, run, script, {}});
-                                 }};
+    frmScriptOps& panel() { return *bench.frmScriptOps; }
 
     ScriptRig() {
         std::string lines;
@@ -40,7 +32,7 @@ struct ScriptRig {
         bench.frmStartup->cboVRKSelect.userSelect(frmStartup::kI2C);
         bench.frmVRK_User1->OptVCC[0].userClick();
         dialogs.answerFile(file.string());
-        slot->ReadScriptFile();
+        panel().ReadScriptFile();
         host.answerByItself();
     }
     ~ScriptRig() { std::filesystem::remove(file); }
@@ -55,14 +47,14 @@ void ScriptRunBeyondTheBus(benchmark::State& state) {
     for ([[maybe_unused]] auto _ : state) {
         const Milliseconds began = rig.clock.now();
         const double cpu = cpuSeconds();
-        rig.slot->cmdExecAll_Click();
+        rig.panel().cmdExecAll_Click();
         busy += cpuSeconds() - cpu;
         bus += std::chrono::duration<double>(rig.clock.now() - began).count();
     }
     const double percent = 100 * busy / bus;
     state.counters["percent"] = percent;
     state.counters["busSeconds"] = bus / static_cast<double>(state.iterations());
-    if (rig.slot->txtRdPass.text() != std::to_string(kRows - 1))
+    if (rig.panel().txtRdPass.text() != std::to_string(kRows - 1))
         state.SkipWithError("the rows do not pass");
     if (percent > kMostPercent)
         state.SkipWithError("the run takes more than 2% beyond the bus");
@@ -75,7 +67,7 @@ void ScriptLoad(benchmark::State& state) {
     double busy = 0;
     for ([[maybe_unused]] auto _ : state) {
         const double cpu = cpuSeconds();
-        rig.slot->LoadScriptFile();
+        rig.panel().LoadScriptFile();
         busy += cpuSeconds() - cpu;
     }
     constexpr double kMost = 0.05;

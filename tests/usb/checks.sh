@@ -215,12 +215,18 @@ two_boards() {
 
 pulled_out() {
     tell first unplugAt 6
-    ctl wiper write 0 64
+    ctl wiper write 0 64 --link-wait 2
     check "unplugged while a reply is awaited: told" ended 4 "lost" "unplugged"
     check "unplugged while a reply is awaited: it ends" within 0 3000
     check "plugged in again" plug first 1
     ctl wiper write 0 64
     check "the next command works on the new node" ended 0 "read 64 \(40\)"
+    tell first unplugAt 6
+    { sleep 3; tell first plug; } &
+    hand=$!
+    ctl wiper write 0 67 --link-wait 40
+    wait "$hand"
+    check "a board that comes back is gone on with" ended 0 "the link is back" "VCC is switched on again" "read 67 \(43\)"
 
     rpc_open
     check "a register is read" same "$(register)" 06
@@ -250,7 +256,7 @@ pulled_out() {
 
 does_not_answer() {
     tell first silent
-    ctl wiper read 0
+    ctl wiper read 0 --link-wait 0
     check "a board that does not answer: told" ended 4 "no reply"
     check "a board that does not answer: after 6 s" within 600 6000
     tell first answer
@@ -279,7 +285,7 @@ no_permission() {
     ctl doctor
     check "doctor has no complaint now" ended 0 "All is well"
     tell first silent
-    ctl wiper read 0
+    ctl wiper read 0 --link-wait 0
     check "another device that may not be opened is not blamed for a silent board" ended 4 "no reply"
     tell first answer
     user=

@@ -39,7 +39,8 @@ class Install(unittest.TestCase):
                    "share/icons/hicolor/scalable/apps/vrkbench.svg",
                    "share/metainfo/org.vrkbench.vrkbench.metainfo.xml", f"{DOC}/README.md", f"{DOC}/LICENSE"}
         wanted |= {f"{DOC}/{file.relative_to(SOURCE / 'docs')}" for file in (SOURCE / "docs").rglob("*.*")}
-        wanted |= {f"{DOC}/{file.relative_to(SOURCE)}" for file in (SOURCE / "examples").rglob("*.*")}
+        wanted |= {f"{DOC}/{file.relative_to(SOURCE)}" for file in (SOURCE / "examples").glob("*.*")}
+        wanted |= {f"share/vrkbench/registers/{file.name}" for file in (SOURCE / "examples/registers").iterdir()}
         installed = {file.relative_to(self.root).as_posix() for file in self.root.rglob("*") if not file.is_dir()}
         self.assertEqual(installed, wanted)
         self.assertIn(f"{DOC}/manual.md", installed)
@@ -49,6 +50,14 @@ class Install(unittest.TestCase):
             path = self.root / "bin" / program
             self.assertRegex(output_of(path, "--version"), rf"^{program} \d+\.\d+\.\d+\n$")
             self.assertEqual(path.stat().st_mode & 0o777, 0o755)
+
+    def test_the_register_maps_are_found_from_where_the_program_is(self):
+        said = output_of(self.root / "bin/vrkctl", "register", "list", "--part", "KV6021")
+        self.assertIn("02  ACR", said)
+        os.rename(self.root / "share/vrkbench/registers", self.root / "share/vrkbench/away")
+        self.addCleanup(os.rename, self.root / "share/vrkbench/away", self.root / "share/vrkbench/registers")
+        gone = subprocess.run([self.root / "bin/vrkctl", "register", "list", "--part", "KV6021"], capture_output=True)
+        self.assertEqual(gone.returncode, 5)
 
     def test_desktop_entry_metainfo_and_icon_belong_together(self):
         entry_file = self.root / "share/applications/vrkbench.desktop"
@@ -78,7 +87,7 @@ class Install(unittest.TestCase):
             shown = re.sub(".\b", "", shown)
             for option in re.findall(r"^ +(?:-\w,)?(--[\w-]+)", output_of(self.root / "bin" / program, "--help"), re.M):
                 self.assertIn(option, shown)
-        for command in ("boards", "doctor", "rpc", "wiper read", "wiper sweep"):
+        for command in ("boards", "doctor", "rpc", "wiper read", "wiper sweep", "register write", "supply status"):
             self.assertRegex(shown, rf"(?m)^   {command}$")
         self.assertIn("/share/doc/vrkbench/manual.md", shown)
 

@@ -200,6 +200,10 @@ bool modHID::writeReport() {
     if (!written) {
         hidLinkCode = kLinkWriteFailed;
         tellFailed("The board did not take the request: ");
+    } else if (request_ == static_cast<std::uint8_t>(Command::I2cTransfer)) {
+        transfer_ = reportBuffer;
+    } else {
+        sent_.emit(reportBuffer, kLinkGood);
     }
     setHealth(written ? (health_ == Health::Silent ? Health::Silent : Health::Attached) : Health::Gone);
     return written;
@@ -297,6 +301,8 @@ void layOutTransfer(hid::Report& buffer, std::uint8_t address, std::size_t count
 int modHID::transferEnded(int status) {
     ++transfers_;
     lastTransfer_ = status;
+    if (status != kLinkWriteFailed)
+        sent_.emit(transfer_, status);
     return status;
 }
 

@@ -124,6 +124,12 @@ class modHID {
     /// For each byte two hexadecimal digits and a blank.
     std::string bytesToHexString(int start, int length) const;
 
+    /// A report that the board took. Where the bus answers for it, in an I2C transfer, only once that is
+    /// known. \param status 8, or of an I2C transfer 1 or 2. What observes must neither exchange nor pump.
+    [[nodiscard]] Subscription observeSent(std::function<void(const hid::Report&, int status)> observer) {
+        return sent_.connect(std::move(observer));
+    }
+
     /// Called after a discovery that found a board: the console lists the instances.
     void setBoardsListed(std::function<void()> handler) { boardsListed_ = std::move(handler); }
     /// Called when the user gives the link up: ends the program.
@@ -204,6 +210,7 @@ class modHID {
     unsigned retries_ = 0;
     int overdue_ = 0;          ///< replies that did not come in time and may still come
     std::uint8_t request_ = 0; ///< command of the last report written
+    hid::Report transfer_{};   ///< the last I2C transfer, as its reply lands over it
     int drained_ = 0;          ///< stale reports since the readings of a discovery began
     bool flooded_ = false;     ///< the user has been told that the device never stops sending
     unsigned transfers_ = 0;
@@ -214,6 +221,7 @@ class modHID {
     Signal<> changed_;
     Signal<> attached_;
     Signal<> boardRead_;
+    Signal<const hid::Report&, int> sent_;
 };
 
 /// Cuts a text at each delimiter into `fields`, which is blanked first; stops when the fields are full. The

@@ -8,6 +8,7 @@ DevicePanel::DevicePanel(PanelContext& context, std::string name, std::string ti
     : Panel(context, std::move(name), std::move(title)),
       SupplyBlock(*this, services),
       StatusBlock(*this, services),
+      StoreBlock(*this, services),
       services_(services) {
     cmdMMenu.setCaption("Main Menu");
     wireClick(cmdMMenu, &DevicePanel::cmdMMenu_Click);

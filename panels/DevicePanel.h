@@ -1,14 +1,20 @@
 #pragma once
 
 #include "panels/blocks/StatusBlock.h"
+#include "panels/blocks/StoreBlock.h"
 #include "panels/blocks/SupplyBlock.h"
 
 #include <string>
 
 namespace vrk {
 
-/// What every device panel has: the supply block, the status block, the way back to the start panel.
-class DevicePanel : public Panel, public SupplyPanel, public SupplyBlock, public StatusBlock {
+/// What every device panel has: the supply block, the status block, the count of what wears the part out, the
+/// way back to the start panel.
+class DevicePanel : public Panel,
+                    public SupplyPanel,
+                    public SupplyBlock,
+                    public StatusBlock,
+                    public StoreBlock {
   public:
     ~DevicePanel() override;
 
@@ -29,6 +35,7 @@ class DevicePanel : public Panel, public SupplyPanel, public SupplyBlock, public
     OptionButton* vccOption(int index) override { return &OptVCC[index]; }
     OptionButton* minusOption(int index) override { return &OptVM[index]; }
     void suppliesMoved() override {
+        partLostPower();
         lblVCCVolts.markStale("the board came back with other supplies");
         supplyChanged();
     }
@@ -48,6 +55,8 @@ class DevicePanel : public Panel, public SupplyPanel, public SupplyBlock, public
     frmMotherboardDAQ2& board() const { return services_.board(); }
     modHID& link() const { return services_.link; }
     void becomeActive() { services_.link.activePanel = this; }
+
+    bool drivesPins() const override { return services_.link.activePanel == this; }
 
     /// Says so when VCC is off. \return true if it is on
     bool requireVcc();

@@ -42,6 +42,7 @@ class WiperPanel : public DevicePanel,
     void supplyChanged() override;
     void addressChanged() override;
     void partChanged() override;
+    bool mayLoop(int writes) override { return mayStore(wiperWritesAreStored() ? writes : 0); }
     void measureWiper(Reading& volts) override { measure(volts); }
     /// Both sizes list "None", one and two bytes; one byte is chosen.
     void fillSizes();

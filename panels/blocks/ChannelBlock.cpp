@@ -133,6 +133,11 @@ void ChannelBlock::numberChannels() {
     }
 }
 
+int ChannelBlock::shownChannels() const {
+    return static_cast<int>(
+        std::count_if(SSFrame3.begin(), SSFrame3.end(), [](const auto& frame) { return frame->visible(); }));
+}
+
 void ChannelBlock::resetChannelRegisters() {
     for (int index = 0; index < kChannels; ++index)
         wipers.ChanReg[index] = index;
@@ -460,6 +465,8 @@ void ChannelBlock::sweepWiper(int channel, int from, int to, int step) {
         throw Fault("A sweep goes from 0 to " + decimalText(highest) +
                     " at the most, in steps of at least 1.");
     dropPending();
+    if (!mayLoop(std::abs(to - from) / step + 2)) // the last position may come on top of the steps
+        return;
     bool stopped = false;
     Activity activity(host().context().activities, "Sweep of channel " + decimalText(channel),
                       [&stopped] { stopped = true; });

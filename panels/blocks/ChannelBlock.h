@@ -134,6 +134,8 @@ class ChannelBlock : public PanelBlock {
     virtual int readDigits() const { return 2; }
     /// Measures the channel chosen on the motherboard: see SupplyBlock::measure().
     virtual void measureWiper(Reading& volts) = 0;
+    /// Ahead of a loop that writes wipers `writes` times. \return false if the user would rather not.
+    virtual bool mayLoop(int /*writes*/) { return true; }
     /// The part, its taps or channels were chosen anew.
     virtual void partChanged() {}
 
@@ -141,6 +143,8 @@ class ChannelBlock : public PanelBlock {
     void loadChannels();
     void numberChannels();
     void resetChannelRegisters();
+    /// Channels in use.
+    int shownChannels() const;
     /// Digits that an entry is filled up to.
     int wiperHexDigits() const { return wipers.TapCount > 256 ? 3 : 2; }
     /// Moves slider and list without counting as the user's hand.

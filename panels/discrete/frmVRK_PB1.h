@@ -43,6 +43,7 @@ class frmVRK_PB1 final : public PinPanel {
     void OptCS_Click(int index);
 
   protected:
+    StoreRules storeRules() const override { return {.pins = StoreRules::Pins::PushButton}; }
     void supplyChanged() override;
 
   private:

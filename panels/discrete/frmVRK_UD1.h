@@ -52,6 +52,7 @@ class frmVRK_UD1 final : public PinPanel {
     void cmdRunin_Click();
 
   protected:
+    StoreRules storeRules() const override { return {.pins = StoreRules::Pins::UpDown}; }
     void afterPinWrite() override { cmdSampleWiper_Click(0); }
     void supplyChanged() override { lblWiperVolts.markStale("the supply changed since"); }
 

@@ -228,11 +228,13 @@ void frmVRK_User1::cmdSampleq44_Click() {
 }
 
 void frmVRK_User1::cdmAuto_Init_Click() {
+    constexpr int kDataRegisters = 16;
     if (context().dialogs.show(
             {"All DR Register contents are about to be over written.  Click OK to Continue, "
              "Cancel to Abort",
              {},
-             {Choice::Ok, Choice::Cancel}}) == Choice::Cancel)
+             {Choice::Ok, Choice::Cancel}}) == Choice::Cancel ||
+        !mayStore(kDataRegisters))
         return;
     setDirectPin(kCs, 1);
     for (int bank = 1; bank <= 4; ++bank) {

@@ -74,8 +74,25 @@ void frmVRK_User1::Form_Load() {
     pump();
 }
 
+StoreRules frmVRK_User1::storeRules() const {
+    StoreRules rules{.bus = PartBus::I2C,
+                     .protocol = PartProtocol::Registers,
+                     .address = hexToInt(txtDeviceAdr.text()) & 0xFE,
+                     .wipers = shownChannels()};
+    if (productStarts("Q4410"))
+        rules.protocol = PartProtocol::Quad;
+    else if (productStarts("Q3318"))
+        rules.protocol = PartProtocol::TenBit;
+    else if (productStarts("Q4422"))
+        rules.protocol = PartProtocol::Banks;
+    else if (txtACRAddress.text() != "NA")
+        rules.control = hexToInt(txtACRAddress.text());
+    return rules;
+}
+
 void frmVRK_User1::choosePart(const I2cPartFacts& part) {
     dropPending();
+    countAnew();
     leaveFamily();
     txtACRAddress.setText(std::string(part.acrAddress));
     txtDeviceAdr.setText(hexText(part.address, 2));

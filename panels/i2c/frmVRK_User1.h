@@ -88,6 +88,7 @@ class frmVRK_User1 final : public WiperPanel {
     void Read_VRK(int reg);
 
     Bus bus() const override { return Bus::I2C; }
+    StoreRules storeRules() const override;
     std::string busName() const override { return "I2C"; }
     std::vector<MenuEntry*> partEntries() override;
 

@@ -121,6 +121,7 @@ void frmVRK_User1::takeTableRow() {
         return;
     }
     dropPending();
+    countAnew();
     txtACRAddress.setText(twoDigits(table.field(kAcrAddress)));
     txtACR[0].setText(twoDigits(table.field(kAcr)));
     const std::string general = table.field(kGeneralRegister);

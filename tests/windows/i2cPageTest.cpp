@@ -106,6 +106,9 @@ TEST_F(I2cPageTest, EachFieldStandsInItsPlaceUnderItsName) {
         {"CMDq331X_Write(2)", "Write Data 1", "section.Q3318/9"},
         {"CMDq331X_Read(4)", "Read Data 3", "section.Q3318/9"},
         {"lblBank", "Bank chosen", "section.Q4422"},
+        {"lblNvWrites", "Non-volatile writes since", "section.Non-volatile writes"},
+        {"lblNvRegisters", "Non-volatile writes by register", "section.Non-volatile writes"},
+        {"txtNvBudget", "Warn above", "section.Non-volatile writes"},
         {"ShpAttach", "USB Attach", "section.Status"},
         {"Shp_USB_Transfer", "USB Comm", "section.Status"},
         {"Shape1(1)", "Write VRK", "section.Status"},
@@ -150,6 +153,32 @@ TEST_F(I2cPageTest, AFailedReadMarksItsOwnChannelUntilTheNextGoodOne) {
     click(kI2c, "cmdI2Read(2)");
     EXPECT_EQ(word("read(2)"), "good");
     EXPECT_TRUE(text("age(2)").startsWith("read "));
+}
+
+TEST_F(I2cPageTest, FieldsOfARegisterStandUnderItsByteAndAreChosenByName) {
+    const auto choice = [this](const char* name) -> QComboBox& { return widget<QComboBox>(kI2c, name); };
+    const auto take = [&choice](const char* name, int row) {
+        choice(name).setCurrentIndex(row);
+        Q_EMIT choice(name).activated(row);
+        QTest::qWait(1);
+    };
+    EXPECT_EQ(choice("field.ACR.STORE").currentText(), "WR Register"); // C0 is to be written
+    EXPECT_EQ(choice("field.ACR.SHDN").currentText(), "running");
+    EXPECT_EQ(text("read.ACR.STORE"), qt::kNeverRead);
+    click(kI2c, "cmdACRRead"); // 40
+    EXPECT_EQ(text("read.ACR.STORE"), "IVR EEPROM");
+    EXPECT_EQ(text("read.ACR.SHDN"), "running");
+    take("field.ACR.SHDN", 0);
+    EXPECT_EQ(bench.frmVRK_User1->txtACR[0].text(), "80");
+    EXPECT_EQ(bench.frmVRK_User1->wipers.ACRImage, 0x80);
+    take("field.ACR.STORE", 0);
+    EXPECT_EQ(bench.frmVRK_User1->txtACR[0].text(), "00");
+    EXPECT_EQ(text("read.ACR.SHDN"), "running"); // nothing was sent
+    enter(kI2c, "txtHexDataWrt(2)", "23");
+    EXPECT_EQ(text("stores(2)"), "1");
+    EXPECT_EQ(text("stores(1)"), "0");
+    enter(kI2c, "txtACRAddress", "7"); // a general purpose register without fields
+    EXPECT_EQ(page(kI2c).find("field.ACR.STORE"), nullptr);
 }
 
 TEST_F(I2cPageTest, StepButtonsMoveTheWiperByOne) {

@@ -1,6 +1,6 @@
 #include "views/blocks/ChannelStrip.h"
 
-#include "panels/blocks/ChannelBlock.h"
+#include "panels/WiperPanel.h"
 #include "platform/qt/theme.h"
 #include "views/blocks/Readout.h"
 #include "views/blocks/rows.h"
@@ -110,8 +110,9 @@ QLabel* words(const QString& text, QWidget* parent, double scale = 1.0) {
 
 } // namespace
 
-ChannelStrip::ChannelStrip(PageUi& page, ChannelBlock& block, int channel)
+ChannelStrip::ChannelStrip(PageUi& page, WiperPanel& panel, int channel)
     : channel_(channel), readBody_(new QWidget), writeBody_(new QWidget) {
+    ChannelBlock& block = panel;
     PanelUi& ui = page.ui();
     setObjectName("strip(" + QString::number(channel) + ")");
     setAccessibleName("Channel " + QString::number(channel));
@@ -119,6 +120,7 @@ ChannelStrip::ChannelStrip(PageUi& page, ChannelBlock& block, int channel)
     writeHalf_ = ui.frame(block.SSFrame3[channel], {}, column({writeBody_}));
     makeRead(page, block);
     makeWrite(page, block);
+    makeStores(page, panel);
     divider_ = separator(Qt::Vertical);
     setLayout(new QGridLayout);
     watchOutcome(page, block);
@@ -254,6 +256,18 @@ void ChannelStrip::makeWrite(PageUi& page, ChannelBlock& block) {
         part->setParent(writeBody_);
 }
 
+void ChannelStrip::makeStores(PageUi& page, StoreBlock& block) {
+    storesWord_ = quietText("Non-volatile writes");
+    stores_ = new ValueLabel("0", 1.0);
+    stores_->setObjectName("stores(" + QString::number(channel_) + ")");
+    stores_->setAccessibleName("Non-volatile writes of wiper " + QString::number(channel_));
+    for (QLabel* part : {storesWord_, stores_})
+        part->setParent(writeBody_);
+    page.ui().watch(block.lblNvWrites, [this, &block] {
+        stores_->setText(QString::number(block.nonvolatileWrites().ofWiper(channel_)));
+    });
+}
+
 void ChannelStrip::watchOutcome(PageUi& page, ChannelBlock& block) {
     using Transfer = ChannelBlock::Transfer;
     const auto show = [](LampWidget& lamp, bool good) {
@@ -285,7 +299,8 @@ void ChannelStrip::showReading(const ChannelBlock& block) {
 void ChannelStrip::setWide(bool wide) {
     wide_ = wide;
     readout_->setWide(wide);
-    for (QWidget* onlyWide : std::initializer_list<QWidget*>{scale_, headLamp_, writeWord_, hint_})
+    for (QWidget* onlyWide :
+         std::initializer_list<QWidget*>{scale_, headLamp_, writeWord_, hint_, storesWord_, stores_})
         setShown(*onlyWide, wide);
     setShown(*writeLamp_, true);
     layOutRead();
@@ -356,11 +371,13 @@ void ChannelStrip::layOutWrite() {
         list_->setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Expanding);
         targetWord_->setText("to register");
         target_->setMaximumWidth(QWIDGETSIZE_MAX);
-        layOut(*writeBody_,
-               tightColumn({row({writeWord_, tightRow({targetWord_, target_}), stretch, writeLamp_}),
-                            row({down_, slider_, up_}), gap,
-                            row({decimalWord_, decimal_, stretch, hexWord_, hex_}), gap,
-                            row({column({write_, differs_, stretch, hint_}), list_})}));
+        layOut(
+            *writeBody_,
+            tightColumn(
+                {row({writeWord_, tightRow({targetWord_, target_}), stretch, writeLamp_}),
+                 row({down_, slider_, up_}), gap, row({decimalWord_, decimal_, stretch, hexWord_, hex_}), gap,
+                 row({column({write_, differs_, stretch, hint_, tightRow({storesWord_, stores_, stretch})}),
+                      list_})}));
         return;
     }
     write_->setMinimumSize(dp(52), dp(24));

@@ -12,6 +12,8 @@ namespace vrk {
 class ChannelBlock;
 class PageUi;
 class Readout;
+class StoreBlock;
+class WiperPanel;
 
 namespace qt {
 class AgeLabel;
@@ -26,7 +28,7 @@ class ThumbSlider;
 /// Upright it stands beside others; one channel alone is laid wide, the reading at the left.
 class ChannelStrip final : public QWidget {
   public:
-    ChannelStrip(PageUi& page, ChannelBlock& block, int channel);
+    ChannelStrip(PageUi& page, WiperPanel& panel, int channel);
     void setWide(bool wide);
     bool wide() const { return wide_; }
     /// True if the keyboard is on one of its fields.
@@ -43,6 +45,7 @@ class ChannelStrip final : public QWidget {
     void makeRead(PageUi& page, ChannelBlock& block);
     void makeWrite(PageUi& page, ChannelBlock& block);
     QPushButton* stepButton(const QString& sign, int by, ChannelBlock& block);
+    void makeStores(PageUi& page, StoreBlock& block);
     void watchOutcome(PageUi& page, ChannelBlock& block);
     void showReading(const ChannelBlock& block);
     void layOutRead();
@@ -89,6 +92,8 @@ class ChannelStrip final : public QWidget {
     QLabel* differs_ = nullptr;
     QListView* list_ = nullptr;
     QLabel* hint_ = nullptr;
+    QLabel* storesWord_ = nullptr;
+    QLabel* stores_ = nullptr;
 };
 
 } // namespace vrk

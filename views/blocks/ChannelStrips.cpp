@@ -1,6 +1,6 @@
 #include "views/blocks/ChannelStrips.h"
 
-#include "panels/blocks/ChannelBlock.h"
+#include "panels/WiperPanel.h"
 #include "platform/qt/theme.h"
 #include "views/blocks/ChannelStrip.h"
 #include "views/workspace/Page.h"
@@ -12,13 +12,14 @@ namespace vrk {
 
 using namespace qt;
 
-ChannelStrips::ChannelStrips(PageUi& page, ChannelBlock& block) {
+ChannelStrips::ChannelStrips(PageUi& page, WiperPanel& panel) {
+    ChannelBlock& block = panel;
     setObjectName("strips");
     static_assert(std::tuple_size_v<decltype(strips_)> == ChannelBlock::kChannels);
     std::vector<Item> items;
     for (int channel = 0; channel < ChannelBlock::kChannels; ++channel) {
         auto*& strip = strips_.at(static_cast<std::size_t>(channel));
-        strip = new ChannelStrip(page, block, channel);
+        strip = new ChannelStrip(page, panel, channel);
         items.emplace_back(strip);
     }
     setLayout(row(items));

@@ -9,12 +9,13 @@ namespace vrk {
 class ChannelBlock;
 class ChannelStrip;
 class PageUi;
+class WiperPanel;
 
 /// The channels in use, in their order: one laid wide, several upright beside one another. Gives the page its
 /// keys for reading, writing and for going to a channel.
 class ChannelStrips final : public QWidget {
   public:
-    ChannelStrips(PageUi& page, ChannelBlock& block);
+    ChannelStrips(PageUi& page, WiperPanel& panel);
     ~ChannelStrips() override;
     /// The channel that has the keyboard, or had it last; 0 at first.
     int inHand() const { return inHand_; }

@@ -14,6 +14,7 @@ class PageUi;
 class Section;
 class ShutdownPin;
 class StatusBlock;
+class StoreBlock;
 class SupplyBlock;
 class TextBox;
 
@@ -26,13 +27,16 @@ Section& addSupplySection(PageUi& page, SupplyBlock& block);
 
 /// What of a register's address is the panel's own.
 struct RegisterAddress {
-    Label* caption = nullptr; ///< "ACR Address"; nullptr: the word "Register" stands there
-    TextBox* address = nullptr;
+    Label* caption = nullptr;   ///< "ACR Address"; nullptr: the word "Register" stands there
+    TextBox* address = nullptr; ///< the register's number, or the command that writes it
+    Label* product = nullptr;   ///< the fields' names come from the map of its part
 };
 /// The control register: what is to be written, what was read, and where wiper writes go.
 Section& addControlRegisterSection(PageUi& page, ControlRegister& block, const RegisterAddress& at);
 Section& addGeneralRegisterSection(PageUi& page, ControlRegister& block, const RegisterAddress& at);
 Section& addShutdownPinSection(PageUi& page, ShutdownPin& block);
+/// What has worn the part so far, by register, and from how many writes on a loop is asked about.
+Section& addStoreSection(PageUi& page, StoreBlock& block);
 /// The six lamps of link and transfers; the folded heading shows them small.
 Section& addStatusSection(PageUi& page, StatusBlock& block);
 

@@ -1,5 +1,6 @@
 #include "panels/blocks/ControlRegister.h"
 #include "platform/qt/theme.h"
+#include "views/blocks/FieldRows.h"
 #include "views/blocks/blocks.h"
 #include "views/blocks/rows.h"
 #include "views/workspace/Page.h"
@@ -32,6 +33,14 @@ QBoxLayout* byteLine(PageUi& page, const char* words, QWidget* value, const QStr
                 page.ui()(lamp, QString::fromStdString(lamp.caption()))});
 }
 
+/// The fields of the byte by name, where the panel says of which part it is.
+QWidget* fieldsOf(PageUi& page, const RegisterAddress& at, TextBox& toWrite, Control& asRead,
+                  std::function<std::string()> readText) {
+    if (at.product == nullptr)
+        return new QWidget;
+    return new FieldRows(page, {*at.product, *at.address, toWrite, asRead, std::move(readText)});
+}
+
 GroupWidget* plainFrame(PageUi& page, Frame& frame, QLayout* content) {
     GroupWidget* widget = page.ui().frame(frame, {}, content);
     widget->setTitled(false); // the section's heading says it
@@ -55,11 +64,12 @@ Section& addControlRegisterSection(PageUi& page, ControlRegister& block, const R
     auto* warning = ui(block.lblShutDown);
     warning->setFont(textFont(1.0, true));
     auto* shutdown = plainFrame(page, block.FrmShutdown, row({ui(block.chkShutdown)}));
-    QBoxLayout* all =
-        rows({row({words, address, quietText("hex"), stretch, shutdown}),
-              byteLine(page, "To write", toWrite, "control register", block.cmdACRWrite, block.Shape2[0]),
-              byteLine(page, "As read", asRead, "control register", block.cmdACRRead, block.Shape2[1]),
-              row({ui(block.Option1[0]), ui(block.Option1[1]), stretch}), warning});
+    QBoxLayout* all = rows(
+        {row({words, address, quietText("hex"), stretch, shutdown}),
+         byteLine(page, "To write", toWrite, "control register", block.cmdACRWrite, block.Shape2[0]),
+         byteLine(page, "As read", asRead, "control register", block.cmdACRRead, block.Shape2[1]),
+         fieldsOf(page, at, block.txtACR[0], block.txtACR[1], [&block] { return block.txtACR[1].text(); }),
+         row({ui(block.Option1[0]), ui(block.Option1[1]), stretch}), warning});
     Section& section = page.addSection(block.SSFrame2, "Control register",
                                        qt::block(rows({plainFrame(page, block.SSFrame2, all)})));
     const auto summary = [&block, at] {
@@ -84,7 +94,9 @@ Section& addGeneralRegisterSection(PageUi& page, ControlRegister& block, const R
     QBoxLayout* all = rows(
         {row({columnLabel("Register", address), address, quietText("hex"), name, stretch}),
          byteLine(page, "To write", toWrite, "general purpose register", block.cmdWriteGP, block.Shape2[2]),
-         byteLine(page, "As read", asRead, "general purpose register", block.cmdGPRead, block.Shape2[3])});
+         byteLine(page, "As read", asRead, "general purpose register", block.cmdGPRead, block.Shape2[3]),
+         fieldsOf(page, at, block.txtGPWrite, block.lblGPRead,
+                  [&block] { return block.lblGPRead.caption(); })});
     Section& section = page.addSection(block.frmRegisterWrite, "General Purpose Register",
                                        qt::block(rows({plainFrame(page, block.frmRegisterWrite, all)})));
     const auto summary = [&block] { return QString::fromStdString(block.lblGDRs.caption()); };

@@ -179,12 +179,13 @@ void makeI2cPanelView(PageUi& page, frmVRK_User1& p) {
                 [&p] { (void)p.cmdReadAllWipers[0].userClick(); });
     addSupplySection(page, p);
     addSetUpSection(page, p);
-    addControlRegisterSection(page, p, {&p.Label2, &p.txtACRAddress});
+    addControlRegisterSection(page, p, {&p.Label2, &p.txtACRAddress, &p.lblProduct});
     addShutdownPinSection(page, p);
-    addGeneralRegisterSection(page, p, {nullptr, &p.txtGPAddress});
+    addGeneralRegisterSection(page, p, {nullptr, &p.txtGPAddress, &p.lblProduct});
     addBankSection(page, p);
     addTenBitSection(page, p);
     addInstructionSection(page, p);
+    addStoreSection(page, p);
     addStatusSection(page, p);
     page.addKey(QKeySequence(Qt::CTRL | Qt::Key_P), "Plot of the volts over the position",
                 [&page] { page.openPlot(); });

@@ -1,0 +1,140 @@
+#include "views/blocks/FieldRows.h"
+
+#include "platform/controls/controls.h"
+#include "platform/files/RegisterMapFile.h"
+#include "platform/qt/theme.h"
+#include "platform/runtime/Fault.h"
+#include "platform/runtime/text.h"
+#include "views/blocks/rows.h"
+#include "views/workspace/Page.h"
+
+#include <QComboBox>
+#include <QLabel>
+#include <QVBoxLayout>
+
+#include <algorithm>
+
+namespace vrk {
+
+using namespace qt;
+
+namespace {
+
+QString words(const std::string& text) {
+    return QString::fromStdString(text);
+}
+
+QString shown(const RegisterField& field, int word) {
+    const int value = field.valueIn(word);
+    const FieldChoice* choice = field.choiceOf(value);
+    return words(choice != nullptr ? choice->name : hexText(value, (field.bitWidth + 3) / 4) + " hex");
+}
+
+QString bitsOf(const RegisterField& field) {
+    const int last = field.bitOffset + field.bitWidth - 1;
+    return field.bitWidth == 1 ? QString("bit %1").arg(last)
+                               : QString("bits %1 to %2").arg(last).arg(field.bitOffset);
+}
+
+} // namespace
+
+FieldRows::FieldRows(PageUi& page, Byte byte) : byte_(std::move(byte)) {
+    auto* all = new QVBoxLayout(this);
+    all->setContentsMargins(0, 0, 0, 0);
+    all->setSpacing(dp(kUnit / 2));
+    rebuild();
+    for (Control* control : std::initializer_list<Control*>{&byte_.product, &byte_.address})
+        page.ui().watch(*control, [this] { follow(); });
+    for (Control* control : std::initializer_list<Control*>{&byte_.toWrite, &byte_.asRead})
+        page.ui().watch(*control, [this] { show(); });
+}
+
+const PartRegister* FieldRows::current() const {
+    const std::string& text = byte_.address.text();
+    if (!map_ || text.empty() || text.find_first_not_of("0123456789ABCDEFabcdef") != std::string::npos)
+        return nullptr;
+    const int number = hexToInt(byte_.address.text());
+    if (map_->bus != PartBus::SPI)
+        return map_->at(number);
+    const auto found = std::find_if(map_->registers.begin(), map_->registers.end(),
+                                    [number](const PartRegister& one) { return one.writeCommand == number; });
+    return found == map_->registers.end() ? nullptr : &*found;
+}
+
+void FieldRows::follow() {
+    if (product_ == byte_.product.caption() && address_ == byte_.address.text())
+        return;
+    rebuild();
+}
+
+void FieldRows::rebuild() {
+    address_ = byte_.address.text();
+    if (product_ != byte_.product.caption()) {
+        product_ = byte_.product.caption();
+        try {
+            map_ = shippedRegisterMap(product_);
+        } catch (const Fault&) {
+            map_.reset(); // a map that somebody has spoilt hides its names, and nothing else
+        }
+    }
+    refreshes_.clear();
+    while (QLayoutItem* item = layout()->takeAt(0)) {
+        delete item->widget();
+        delete item;
+    }
+    const PartRegister* reg = current();
+    setShown(*this, reg != nullptr && !reg->fields.empty());
+    if (reg == nullptr)
+        return;
+    for (const RegisterField& field : reg->fields) {
+        auto* read = new ToneLabel;
+        read->setObjectName(words("read." + reg->name + "." + field.name));
+        read->setAccessibleName(words(field.name) + ", as read");
+        QWidget* written = nullptr;
+        if (field.choices.empty()) {
+            auto* value = quietText({});
+            written = value;
+            refreshes_.emplace_back(
+                [this, value, &field] { value->setText(shown(field, hexToInt(byte_.toWrite.text()))); });
+        } else {
+            auto* choices = new QComboBox;
+            for (const FieldChoice& choice : field.choices)
+                choices->addItem(words(choice.name), choice.value);
+            choices->setAccessibleName(words(field.name) + ", to write");
+            written = choices;
+            connect(choices, &QComboBox::activated, this,
+                    [this, choices, &field](int row) { choose(field, choices->itemData(row).toInt()); });
+            refreshes_.emplace_back([this, choices, &field] {
+                choices->setCurrentIndex(choices->findData(field.valueIn(hexToInt(byte_.toWrite.text()))));
+                choices->setEnabled(byte_.toWrite.responsive());
+            });
+        }
+        written->setObjectName(words("field." + reg->name + "." + field.name));
+        refreshes_.emplace_back([this, read, &field] {
+            const auto& worth = byte_.asRead.freshness();
+            const Freshness::State state = worth ? worth->state : Freshness::State::Never;
+            read->setText(state == Freshness::State::Never ? QString(kNeverRead)
+                                                           : shown(field, hexToInt(byte_.readText())));
+            read->setTone(state == Freshness::State::Fresh ? Tone::Plain : Tone::Stale);
+        });
+        auto* line = qt::block(row({columnLabel(words(field.name), written), written, stretch, read}));
+        line->setToolTip(bitsOf(field));
+        layout()->addWidget(line);
+    }
+    show();
+}
+
+void FieldRows::show() {
+    for (const auto& refresh : refreshes_)
+        refresh();
+}
+
+void FieldRows::choose(const RegisterField& field, int value) {
+    const int byte = field.put(hexToInt(byte_.toWrite.text()), value);
+    TextBox& box = byte_.toWrite;
+    // As a hand would: the byte is typed over the one that stands there.
+    if (box.userType(hexText(byte, 2), [&box] { (void)box.userEnter(); }).refused())
+        show();
+}
+
+} // namespace vrk

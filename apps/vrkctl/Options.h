@@ -82,6 +82,24 @@ struct ScriptOptions {
     bool csv = false;
 };
 
+struct RegisterOptions {
+    std::string which; ///< a name of the map in any case, or a hexadecimal address
+    std::string part;
+    std::optional<std::string> address;
+    std::optional<std::string> vcc;
+    std::filesystem::path map; ///< empty: the part's that comes with the program
+    bool toVolatile = false;
+    bool toNonVolatile = false; ///< neither: as the control register stands
+};
+
+struct RegisterWriteOptions : RegisterOptions {
+    std::string value; ///< hexadecimal
+};
+
+struct SupplyOptions {
+    std::optional<std::string> vcc; ///< a level of the supply list; nothing: 5.0
+};
+
 ExitCode listBoards(const Options& options);
 ExitCode doctor(const Options& options);
 ExitCode readWiper(const Options& options, const WiperOptions& wiper);
@@ -90,6 +108,12 @@ ExitCode sweepWiper(const Options& options, const SweepOptions& sweep);
 ExitCode checkScript(const Options& options, const ScriptOptions& script);
 ExitCode runScript(const Options& options, const ScriptOptions& script);
 ExitCode rehearseScript(const Options& options, const ScriptOptions& script);
+ExitCode listRegisters(const Options& options, const RegisterOptions& asked);
+ExitCode readRegister(const Options& options, const RegisterOptions& asked);
+ExitCode writeRegister(const Options& options, const RegisterWriteOptions& asked);
+ExitCode supplyOn(const Options& options, const SupplyOptions& asked);
+ExitCode supplyOff(const Options& options);
+ExitCode supplyStatus(const Options& options);
 ExitCode serveRpc(const Options& options);
 
 } // namespace vrk

@@ -51,6 +51,8 @@ class Session {
     /// Supplies that are on stay on when this ends, unless a signal came meanwhile: else they go off, however
     /// that comes about.
     void leaveSupplies() { leaveSupplies_ = true; }
+    /// The supplies are another's: they stay as they are whatever happens.
+    void touchNoSupplies() { supplies_->leaveAsTheyAre(); }
     /// Delivers all events that are due, as the window's loop would between two gestures.
     void runEvents();
 

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "apps/vrkctl/Options.h"
-#include "apps/vrkctl/Session.h"
-#include "apps/vrkctl/TerminalDialogs.h"
+#include "apps/vrkctl/PanelBench.h"
+#include "panels/blocks/RegisterExchange.h"
 
 #include <nlohmann/json.hpp>
 
@@ -25,21 +25,19 @@ struct WiperResult {
     std::optional<double> volts{};  ///< at the wiper
     int status = 0;                 ///< of the bus: 8 good, 1 no acknowledge
 
-    /// The bus status for people: "ok", "no acknowledge" ...
-    std::string statusText() const;
     /// The part answered, and where something was written the same came back.
     bool good() const { return read && (!written || written->value == read->value); }
     nlohmann::ordered_json json() const;
 };
 
-/// The start panel and the I2C panel, worked by the gestures of a user. VCC goes off when it ends, unless
-/// told otherwise. A signal ends it between two steps.
+/// The wipers of one part. A register part is worked through its panel, as a user would; a part with
+/// instructions by its instructions, as its panel has no field for each of its wipers.
 class WiperBench {
   public:
     /// Checks the options and sends nothing. \throws CommandError
     WiperBench(const Options& options, const WiperOptions& wiper);
 
-    const std::string& partName() const { return part_; }
+    std::string partName() const { return facts_ != nullptr ? facts_->name : ""; }
     std::string address();
     int taps() const { return taps_; }
 
@@ -57,23 +55,26 @@ class WiperBench {
     /// Tells what the panel has said, and why a result is not good.
     void explain(const WiperResult& result);
     /// \throws CommandError if a replay did not go as recorded.
-    void requireReplayed() const;
+    void requireReplayed() const { bench_.requireReplayed(); }
 
   private:
-    void chooseInstance();
     void choosePart();
-    void switchVccOn();
-    /// Runs what a gesture has queued. \throws CommandError unless the gesture was carried out.
-    void done(const Outcome& outcome, const std::string& what);
-    frmVRK_User1& panel() { return *session_.bench().frmVRK_User1; }
-    int linkStatus() { return session_.bench().link().i2cStatus; }
+    bool chooseFromMenu();
+    bool byInstructions() const { return exchange_.has_value(); }
+    const PartRegister& wiperRegister() const;
+    /// The bus status after a write or read of the panel: what the I2C bus said, or what the panel made of
+    /// the bytes that the SPI bus gave.
+    int panelStatus(bool good);
+    double measured();
 
     Options options_;
     WiperOptions wiper_;
-    std::string part_;
+    const sim::PartFacts* facts_; ///< nullptr: manual set-up
     int taps_;
-    TerminalDialogs dialogs_;
-    Session session_;
+    PartBus bus_;
+    std::optional<RegisterMap> map_; ///< of a part that goes by instructions
+    PanelBench bench_;
+    std::optional<RegisterExchange> exchange_;
 };
 
 /// A whole number, decimal or hexadecimal behind 0x. \throws CommandError (usage)

@@ -88,6 +88,59 @@ void addRunOptions(CLI::App& command, ScriptOptions& script) {
     command.add_flag("--csv", script.csv, "Rows with commas");
 }
 
+/// \param which false: the whole map
+void addRegisterOptions(CLI::App& command, RegisterOptions& asked, bool which) {
+    if (which) {
+        command.add_option("WHICH", asked.which, "Register: a name of the map in any case, or its address")
+            ->required();
+        command.add_flag("--volatile", asked.toVolatile, "With the control register set to volatile");
+        command.add_flag("--nonvolatile", asked.toNonVolatile,
+                         "With the control register set to non-volatile");
+        command.add_option("--address", asked.address, "Bus address or ID, hexadecimal, 8-bit form")
+            ->type_name("HH");
+        command
+            .add_option("--vcc", asked.vcc,
+                        "Level: 2.7, 3.0, 3.3, 3.5, 4.0, 4.5, 5.0, Min, Mid, Max, or off; else 5.0")
+            ->type_name("LEVEL");
+    }
+    command.add_option("--part", asked.part, "Part; else the simulated one")->type_name("PART");
+    command.add_option("--map", asked.map, "File with the part's registers")->type_name("FILE");
+}
+
+/// What the options of the register commands fill while they are parsed.
+struct RegisterCommands {
+    RegisterOptions list;
+    RegisterOptions read;
+    RegisterWriteOptions write;
+};
+
+using Add = std::function<CLI::App*(CLI::App&, const char*, const char*, std::function<ExitCode()>)>;
+
+void addRegisterCommands(CLI::App& app, const Add& add, const Options& options, RegisterCommands& all) {
+    CLI::App* parent = app.add_subcommand("register", "List, read and write the registers of a part");
+    parent->require_subcommand(1);
+    addRegisterOptions(*add(*parent, "list", "List the registers that a part has",
+                            [&] { return listRegisters(options, all.list); }),
+                       all.list, false);
+    addRegisterOptions(
+        *add(*parent, "read", "Read a register", [&] { return readRegister(options, all.read); }), all.read,
+        true);
+    CLI::App* write = add(*parent, "write", "Write a register and read it back; VCC stays on",
+                          [&] { return writeRegister(options, all.write); });
+    addRegisterOptions(*write, all.write, true);
+    write->add_option("VALUE", all.write.value, "Value, hexadecimal")->required();
+}
+
+void addSupplyCommands(CLI::App& app, const Add& add, const Options& options, SupplyOptions& asked) {
+    CLI::App* parent = app.add_subcommand("supply", "Switch and measure the part's supplies");
+    parent->require_subcommand(1);
+    add(*parent, "on", "Switch both supplies on, and leave them on", [&] { return supplyOn(options, asked); })
+        ->add_option("--vcc", asked.vcc, "Level: 2.7, 3.0, 3.3, 3.5, 4.0, 4.5, 5.0, Min, Mid, Max; else 5.0")
+        ->type_name("LEVEL");
+    add(*parent, "off", "Switch both supplies off", [&] { return supplyOff(options); });
+    add(*parent, "status", "Tell what is on, and measure VCC", [&] { return supplyStatus(options); });
+}
+
 int run(int argc, char** argv) {
     CLI::App app("Bench console for digitally controlled potentiometers, for the terminal.", "vrkctl");
     app.set_version_flag("--version", "vrkctl " VRK_VERSION);
@@ -111,7 +164,7 @@ int run(int argc, char** argv) {
         [&] { return doctor(options); });
     add(app, "rpc", "Serve the bench by JSON-RPC 2.0 on stdin and stdout", [&] { return serveRpc(options); });
 
-    CLI::App* wiper = app.add_subcommand("wiper", "Write, read and measure wipers of I2C parts");
+    CLI::App* wiper = app.add_subcommand("wiper", "Write, read and measure wipers of parts on a bus");
     wiper->require_subcommand(1);
     WiperOptions reading;
     addWiperOptions(
@@ -146,6 +199,11 @@ int run(int argc, char** argv) {
         addScriptOptions(*one, script);
         addRunOptions(*one, script);
     }
+
+    RegisterCommands registers;
+    addRegisterCommands(app, add, options, registers);
+    SupplyOptions supply;
+    addSupplyCommands(app, add, options, supply);
 
     app.add_subcommand("help", "Tell how a command is used")
         ->add_option("COMMAND", "Words of the command, as \"wiper sweep\"")

@@ -22,7 +22,7 @@ void print(const Options& options, const WiperResult& result) {
     line += result.read ? "  read " + shown(*result.read) : "  no answer";
     if (result.volts)
         line += "  " + formatNumber(*result.volts, "#0.000") + " V";
-    put(line + "  bus " + result.statusText() + "\n");
+    put(line + "  bus " + statusText(result.status) + "\n");
 }
 
 /// All that is left to say; the exit code.

@@ -38,7 +38,7 @@ class SweepOutput {
         }
         const bool red = !result.good() && colouredOutput();
         putf("%s%8d  %3s  %5s  %3s  %7s  %3s%s\n", red ? "\033[31m" : "", written.value, written.hex.c_str(),
-             read.c_str(), readHex.c_str(), volts, result.statusText().c_str(), red ? "\033[0m" : "");
+             read.c_str(), readHex.c_str(), volts, statusText(result.status).c_str(), red ? "\033[0m" : "");
     }
 
     void end(WiperBench& bench, int channel, int bad, bool whole) const {

@@ -68,13 +68,27 @@ class Commands(unittest.TestCase):
             (["wiper", "sweep", "0", "--simulate", "--csv", "--json"], 2, "exclude"),
             (["wiper", "sweep", "0", "--simulate", "--step", "0"], 2, "--step"),
             (["wiper", "write", "--simulate"], 2, "CHANNEL"),
-            ([], 2, "doctor  Say what keeps"),
+            ([], 2, "doctor    Say what keeps"),
             (["wiper"], 2, "sweep  Write, read back"),
             (["wipre"], 2, "did you mean 'wiper'?"),
             (["help", "wiper", "swep"], 2, "did you mean 'sweep'?"),
             (["boards", "--simulte"], 2, "did you mean '--simulate'?"),
             (["wiper", "read", "0", "--simulate", "KV4017"], 2, "did you mean 'KV4071'?"),
             (["wiper", "read", "0", "1"], 2, "one word too many"),
+            (["wiper", "read", "0", "--simulate=UPDN100"], 2, "no part on a bus"),
+            (["wiper", "write", "0", "1024", "--simulate=Q3318"], 2, "0 to 1023"),
+            (["register", "read", "AC", "--simulate"], 2, "did you mean 'ACR'?"),
+            (["register", "read", "0A", "--simulate"], 2, "WR0, GP0, ACR"),
+            (["register", "read", "ACR", "--part", "KV4071", "--volatile", "--nonvolatile", "--simulate"], 2, "exclude"),
+            (["register", "read", "WCR0", "--volatile", "--simulate=Q4410"], 2, "no choice"),
+            (["register", "write", "ACR", "100", "--simulate"], 2, "0 to FF"),
+            (["register", "write", "ACR", "G0", "--simulate"], 2, "no hexadecimal value"),
+            (["register", "read", "ACR"], 2, "--part"),
+            (["register", "read", "ACR", "--simulate", "--map", "/nonexistent/map.toml"], 5, "/nonexistent/map.toml"),
+            (["register", "read", "ACR", "--simulate", "--vcc", "off", "--json"], 1, "without VCC"),
+            (["register", "write", "GP0", "1", "--simulate", "--address", "52"], 1, "does not answer"),
+            (["supply", "on", "--vcc", "6", "--simulate"], 2, "2.7, 3.0"),
+            (["supply", "on", "--vcc", "off", "--simulate"], 2, "supply off"),
             (["wiper", "read", "0", "--simulate", "--taps", "0"], 2, "--taps"),
             (["wiper", "read", "0", "--simulate", "--address="], 2, "--address"),
             (["wiper", "read", "0", "--simulate", "--vcc", "6"], 2, "2.7, 3.0"),
@@ -92,6 +106,82 @@ class Commands(unittest.TestCase):
                 self.assertTrue(err.startswith("vrkctl: "), err)
                 if wanted != 1:
                     self.assertEqual(out, "")
+
+    def test_registers(self):
+        stays = "vrkctl: VCC stays on: a volatile value would be lost with it\n"
+        cases = [
+            (["read", "acr", "--simulate=KV4074"], "ACR", "08", "40", {"STORE": "0", "SHDN": "1"}),
+            (["read", "10", "--simulate=KV4078"], "ACR", "10", "40", {"STORE": "0", "SHDN": "1"}),
+            (["write", "gp1", "a5", "--simulate=KV4074"], "GP1", "05", "A5", {}),
+            (["write", "DR3.1", "2a", "--simulate=Q4410"], "DR3.1", "B7", "2A", {}),
+            (["write", "DR0.3", "2a5", "--simulate=Q3318"], "DR0.3", "AC", "2A5", {}),
+            (["write", "DR1.2", "5a", "--simulate=Q4422"], "DR1.2", "19", "5A", {}),
+        ]
+        for args, name, address, value, fields in cases:
+            with self.subTest(args=args):
+                code, out, err = run("register", *args, "--json")
+                self.assertEqual((code, err), (0, stays if args[0] == "write" else ""))
+                self.assertEqual(json.loads(out), {"name": name, "address": address, "access": "read-write",
+                                                   "value": value, "fields": fields, "status": 8})
+        code, out, _ = run("register", "read", "ACR", "--simulate")
+        self.assertEqual((code, out), (0, "ACR (02)  40  STORE 0 (IVR EEPROM)  SHDN 1 (running)  bus ok\n"))
+        code, out, _ = run("register", "list", "--part", "kv4071", "--json")
+        self.assertEqual([(one["name"], "value" in one) for one in json.loads(out)],
+                         [("WR0", False), ("GP0", False), ("ACR", False)])
+
+    def transfers(self):
+        return [report[2:5 + report[4] + (0 if report[2] % 2 else report[3])].hex(" ").upper()
+                for report in self.reports() if report[1] == 6]
+
+    def test_the_control_register_is_put_back(self):
+        run("register", "write", "WR0", "11", "--volatile", "--simulate", "--wire-log", self.log)
+        self.assertEqual(self.transfers(), ["51 01 01 02", "50 01 01 02 C0", "50 01 01 00 11", "51 01 01 00",
+                                            "50 01 01 02 40"])
+        run("register", "write", "WR0", "11", "--nonvolatile", "--simulate", "--wire-log", self.log)
+        self.assertEqual(self.transfers(), ["51 01 01 02", "50 01 01 00 11", "51 01 01 00"], "it stood so")
+
+    def test_a_map_of_the_users_own(self):
+        own = self.log.parent / "own.toml"
+        own.write_text('part = "X"\nbus = "i2c"\nprotocol = "registers"\naddress = 0x50\n[[registers]]\nname = "Mine"\n'
+                       'addressOffset = 1\naccess = "read-only"\nstorage = "volatile"\nresetValue = 0\n')
+        args = ("--map", own, "--simulate")
+        self.assertEqual(run("register", "read", "mine", *args)[0], 0)
+        for command, code, says in [(["write", "mine", "1"], 2, "read-only"), (["read", "ACR"], 2, "no register of X"),
+                                    (["read", "mine", "--volatile"], 2, "no choice between")]:
+            done = run("register", *command, *args, "--wire-log", self.log)
+            self.assertEqual(done[0], code)
+            self.assertIn(says, done[2])
+            self.assertEqual(self.reports(), [])
+        own.write_text(own.read_text().replace("read-only", "read"))
+        code, _, err = run("register", "list", *args)
+        self.assertEqual(code, 5)
+        self.assertIn("own.toml:8:10: expected access = one of \"read-write\"", err)
+
+    def test_supplies(self):
+        code, out, err = run("supply", "on", "--vcc", "3.3", "--simulate", "--json", "--wire-log", self.log)
+        told = json.loads(out)
+        self.assertEqual((code, err), (0, "vrkctl: VCC stays on\n"))
+        self.assertAlmostEqual(told.pop("vcc"), 3.3, delta=0.05)
+        self.assertEqual(told, {"on": True, "code": "3E", "vminus": "on"})
+        last = [report[4] for report in self.reports() if report[1:4] == bytes([18, 0, 0xA0])][-1]
+        self.assertEqual(last & 0x70, 0x70, "both on, and the part has the bus again")
+        for command in ("status", "off"):
+            code, out, err = run("supply", command, "--simulate", "--json", "--wire-log", self.log)
+            told = json.loads(out)
+            self.assertEqual((code, err, told["on"], told["vminus"]), (0, "", False, "off"))
+            self.assertLess(told["vcc"], 0.05)
+            self.assertEqual(max(self.supplies(), default=0), 0, "switches nothing on")
+
+    def test_wipers_of_other_families(self):
+        for part, channel, position, hex_text in [("Q4410", 2, 99, "63"), ("Q3318", 0, 777, "309"),
+                                                  ("Q4422", 3, 40, "28")]:
+            with self.subTest(part=part):
+                code, out, _ = run("wiper", "write", channel, position, f"--simulate={part}", "--json")
+                result = json.loads(out)
+                taps = 1024 if part == "Q3318" else 256
+                self.assertAlmostEqual(result.pop("volts"), 5.0 * position / taps, delta=0.03)
+                both = {"value": position, "hex": hex_text}
+                self.assertEqual((code, result), (0, {"channel": channel, "written": both, "read": both, "status": 8}))
 
     def test_nothing_is_sent_for_a_position_that_the_part_has_not(self):
         run("wiper", "write", "0", "200", "--simulate", "--wire-log", self.log)

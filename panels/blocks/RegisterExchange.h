@@ -12,8 +12,8 @@
 namespace vrk {
 
 /// Reads and writes registers of a part as its map says, whichever bus and protocol lead to them. Touches
-/// no device panel and says nothing of a part that does not answer: that is in the status. A lost link has its
-/// dialog.
+/// no device panel and says nothing of a part that does not answer: that is in the status. A lost link has
+/// its dialog.
 class RegisterExchange {
   public:
     /// \param map must outlive this. \param address slave byte or ID in place of the map's.

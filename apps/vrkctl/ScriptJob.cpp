@@ -98,12 +98,16 @@ ScriptJob::ScriptJob(const Options& given, const ScriptOptions& wanted)
         {{"the script", script.file}, {"--junit", script.junit}, {"--wire-log", options.wireLog}});
     requireDistinct({{"--save", script.save}, {"--junit", script.junit}, {"--wire-log", options.wireLog}});
     bytes = readScript(script.file);
-    lines = scriptLines(bytes);
-    requireLines(script, static_cast<int>(lines.size()));
-    // A line that stops a load stops the command: half a script is not what was asked for.
     ScriptState state;
-    PlainFields fields;
-    loadScript(state, fields, lines, mode);
+    try {
+        lines = scriptLines(bytes);
+        requireLines(script, static_cast<int>(lines.size()));
+        // A line that stops a load stops the command: half a script is not what was asked for.
+        PlainFields fields;
+        loadScript(state, fields, lines, mode);
+    } catch (const Fault& fault) {
+        throw Fault(script.file.string() + ": " + fault.what());
+    }
     if (const int first = script.from.value_or(1), last = script.to.value_or(state.EndMainStep - 1);
         script.from && first > last)
         throw usage("--from: line " + std::to_string(first) +

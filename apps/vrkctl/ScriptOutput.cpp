@@ -4,6 +4,7 @@
 #include "platform/runtime/text.h"
 #include "script/ScriptReports.h"
 
+#include <algorithm>
 #include <cstdio>
 
 namespace vrk {
@@ -21,6 +22,12 @@ std::string lines(const std::vector<int>& numbers) {
 
 std::string seconds(Milliseconds duration) {
     return formatNumber(static_cast<double>(duration.count()) / 1000.0, "#0.000") + " s";
+}
+
+int notReached(const PassResult& pass) {
+    return static_cast<int>(std::count_if(pass.rows.begin(), pass.rows.end(), [](const RowResult& row) {
+        return row.verdict == RowVerdict::NotReached;
+    }));
 }
 
 void printRehearsal(const Rehearsal& rehearsal) {
@@ -64,8 +71,9 @@ void ScriptOutput::pass(const PassResult& pass) const {
     if (csv_)
         put(csvRows(pass));
     else if (!json_)
-        putf("pass %d: %d passed, %d failed, %d in error, %s, %s\n", pass.pass, pass.passed, pass.failed,
-             pass.errors, seconds(pass.lasted).c_str(), scriptEndName(pass.end));
+        putf("pass %d: %d passed, %d failed, %d in error, %d not reached, %s, %s\n", pass.pass, pass.passed,
+             pass.failed, pass.errors, notReached(pass), seconds(pass.lasted).c_str(),
+             scriptEndName(pass.end));
 }
 
 void ScriptOutput::end(const Rehearsal* rehearsal) const {

@@ -38,8 +38,13 @@ void printJson(const std::vector<ScriptFinding>& findings) {
 ExitCode checkScript(const Options& options, const ScriptOptions& script) {
     const std::uint8_t base = scriptAddress(script.address);
     const std::string bytes = readFile(script.file);
-    const auto findings =
-        checkScriptFile(bytes, busModeOf(script.bus == "spi" ? ScriptedBus::SPI : ScriptedBus::I2C), base);
+    std::vector<ScriptFinding> findings;
+    try {
+        findings = checkScriptFile(
+            bytes, busModeOf(script.bus == "spi" ? ScriptedBus::SPI : ScriptedBus::I2C), base);
+    } catch (const Fault& fault) {
+        throw Fault(script.file.string() + ": " + fault.what());
+    }
     if (options.json)
         printJson(findings);
     else

@@ -173,14 +173,13 @@ class TerminalRun final : private ScriptObserver {
         if (job_.script.save.empty())
             return;
         const int unread = unreadRows(state_);
+        const std::string never = "--save: rows that were never read: " + std::to_string(unread) + "; ";
         if (unread > 0 && sameFile(job_.script.save, job_.script.file)) {
-            tellFileFailed(
-                "--save: " + std::to_string(unread) +
-                " rows were never read; their expected data would be lost: the script stays as it is");
+            tellFileFailed(never + "what they expect would be lost, so the script stays as it is");
             return;
         }
         if (unread > 0)
-            tell("--save: " + std::to_string(unread) + " rows were never read; \"--\" stands there");
+            tell(never + "\"--\" stands there");
         try {
             saveScript(state_, job_.script.save, false, session_.events().clock().wallTime(),
                        fields_.text(Text::LoopCount));

@@ -45,11 +45,10 @@ class SimulatedRehearsal final : public RehearsalBench {
         const std::string part = known ? setUp.part : rehearsalPart(setUp.bus);
         board_.socket(part);
         bench_.start();
-        bringUp(bench_, {.bus = setUp.bus, .part = part, .level = {}, .powered = true},
-                [this](const auto& gesture, const auto& /*what*/) {
-                    (void)gesture();
-                    settle();
-                });
+        bringUp(bench_, setUp.bus, part, [this](const auto& gesture, const auto& /*what*/) {
+            (void)gesture();
+            settle();
+        });
     }
 
     ScriptBus& bus() override { return bus_; }

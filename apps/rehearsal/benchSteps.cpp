@@ -19,21 +19,6 @@ bool hasPanel(Bench& bench, int row) {
     return false;
 }
 
-void choosePart(Panel& panel, const std::string& part, const BenchStep& step) {
-    for (Control* control : panel.controls())
-        if (control->kind() == Control::Kind::MenuEntry && control->caption() == part)
-            step([control] { return static_cast<MenuEntry*>(control)->userClick(); }, "choosing the part");
-}
-
-void chooseLevel(ComboBox& levels, const std::string& level, const BenchStep& step) {
-    for (int row = 0; row < levels.rowCount(); ++row)
-        if (sameLevel(levels.rows().at(static_cast<std::size_t>(row)).text, level)) {
-            step([&levels, row] { return levels.userSelect(row); }, "choosing VCC's level");
-            return;
-        }
-    throw Fault("the calibration file has no level " + level);
-}
-
 } // namespace
 
 const char* busName(ScriptedBus bus) {
@@ -44,28 +29,27 @@ BusMode busModeOf(ScriptedBus bus) {
     return {bus == ScriptedBus::I2C, bus == ScriptedBus::SPI};
 }
 
-void bringUp(Bench& bench, const BringUp& wanted, const BenchStep& step) {
-    const int row = startRow(wanted.bus);
+void choosePart(Panel& panel, const std::string& part, const BenchStep& step) {
+    for (Control* control : panel.controls())
+        if (control->kind() == Control::Kind::MenuEntry && !part.empty() && control->caption() == part)
+            step([control] { return static_cast<MenuEntry*>(control)->userClick(); }, "choosing the part");
+}
+
+void bringUp(Bench& bench, ScriptedBus bus, const std::string& part, const BenchStep& step) {
+    const int row = startRow(bus);
     const bool panel = hasPanel(bench, row);
-    const auto select = [&bench](int start) {
-        return [&bench, start] { return bench.frmStartup->cboVRKSelect.userSelect(start); };
-    };
-    step(select(panel ? row : static_cast<int>(frmStartup::kConsolesOnly)), "opening the panel");
+    step(
+        [&bench, row, panel] {
+            return bench.frmStartup->cboVRKSelect.userSelect(
+                panel ? row : static_cast<int>(frmStartup::kConsolesOnly));
+        },
+        "opening the panel");
     DevicePanel* device = panel ? bench.devicePanel() : nullptr;
-    if (!bench.link().attached() || (panel && device == nullptr))
-        throw NoBoardFault();
-    if (device == nullptr) {
-        // The switch that leads the socket to one of the two buses.
+    if (device != nullptr)
+        choosePart(*device, part, step);
+    else // the switch that leads the socket to one of the two buses
         bench.frmMotherboardDAQ2->setPin(frmMotherboardDAQ2::kPinMotherboardSwitch,
-                                         wanted.bus == ScriptedBus::SPI ? 1 : 0);
-    } else {
-        if (!wanted.part.empty())
-            choosePart(*device, wanted.part, step);
-        if (!wanted.level.empty())
-            chooseLevel(device->CboVCC, wanted.level, step);
-    }
-    if (!wanted.powered)
-        return;
+                                         bus == ScriptedBus::SPI ? 1 : 0);
     OptionButton& on = device != nullptr ? device->OptVCC[kVccOn] : bench.frmMotherboardDAQ2->OptVCC[kVccOn];
     step([&on] { return on.userClick(); }, "switching VCC on");
 }

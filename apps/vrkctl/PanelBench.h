@@ -36,6 +36,8 @@ class PanelBench {
     void act(const std::string& what, const std::function<void()>& action);
     /// \throws CommandError for the status of a lost link. \param what was being done
     void requireLink(int status, const std::string& what) const;
+    /// What a command ends with whose link was lost. \throws CommandError as requireReplayed()
+    CommandError linkLost(const std::string& what) const;
     /// Types a text and Enter. \throws CommandError
     void enter(TextBox& box, const std::string& text, const std::string& what);
     /// The supplies stay on when this ends, and the user is told so. \param why what would be lost
@@ -47,7 +49,6 @@ class PanelBench {
 
   private:
     void chooseInstance();
-    CommandError linkLost(const std::string& what) const;
 
     Options options_;
     TerminalDialogs dialogs_;

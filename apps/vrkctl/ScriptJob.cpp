@@ -2,6 +2,7 @@
 
 #include "apps/rehearsal/SimulatedRehearsal.h"
 #include "apps/vrkctl/CommandLine.h"
+#include "apps/vrkctl/PanelBench.h"
 #include "apps/vrkctl/Session.h"
 #include "apps/vrkctl/entries.h"
 #include "platform/files/files.h"
@@ -15,25 +16,8 @@ namespace vrk {
 
 namespace {
 
-CommandError usage(const std::string& text) {
-    return {ExitCode::Usage, text};
-}
-
-bool isOn(ScriptedBus bus, const std::string& part) {
-    using Model = sim::PartFacts::Model;
-    switch (sim::partFacts(part).model) {
-    case Model::I2cRegisters:
-    case Model::Banks:
-    case Model::I2cInstructions:
-        return bus == ScriptedBus::I2C;
-    case Model::SpiRegisters:
-    case Model::SpiInstructions:
-        return bus == ScriptedBus::SPI;
-    case Model::UpDown:
-    case Model::PushButton:
-        break;
-    }
-    return false;
+PartBus partBus(ScriptedBus bus) {
+    return bus == ScriptedBus::SPI ? PartBus::SPI : PartBus::I2C;
 }
 
 /// The part that the entries name, by itself or through the simulated socket.
@@ -41,14 +25,15 @@ std::string partOf(const Options& options, const ScriptOptions& script, Scripted
     if (script.part.empty())
         return options.simulate.empty() ? std::string() : simulatedPart(options.simulate);
     auto names = sim::SimulatedBus::partNames();
-    std::erase_if(names, [bus](const std::string& name) { return !isOn(bus, name); });
+    std::erase_if(names,
+                  [bus](const std::string& name) { return busOf(sim::partFacts(name)) != partBus(bus); });
     if (const std::string* name = nameInAnyCase(script.part, names))
         return *name;
     throw usage("--part: '" + script.part + "' is no part on this bus" + didYouMean(script.part, names) +
                 "; parts: " + listed(names));
 }
 
-ScriptedBus busOf(const std::string& name) {
+ScriptedBus scriptedBus(const std::string& name) {
     return name == "spi" ? ScriptedBus::SPI : ScriptedBus::I2C;
 }
 
@@ -85,7 +70,7 @@ std::string readScript(const std::filesystem::path& file) {
 ScriptJob::ScriptJob(const Options& given, const ScriptOptions& wanted)
     : options(given),
       script(wanted),
-      bus(busOf(wanted.bus)),
+      bus(scriptedBus(wanted.bus)),
       mode(busModeOf(bus)),
       base(scriptAddress(wanted.address)),
       part(partOf(given, wanted, bus)),
@@ -128,14 +113,6 @@ Rehearsal ScriptJob::rehearsed(int passes) const {
                         return makeRehearsalBench(
                             {.bus = bus, .part = part, .folder = programFolder(options.folder)});
                     });
-}
-
-BringUp ScriptJob::bringUp() const {
-    const bool level = script.vcc && *script.vcc != "on" && *script.vcc != "off";
-    return {.bus = bus,
-            .part = part,
-            .level = level ? *script.vcc : std::string(),
-            .powered = script.vcc != "off"};
 }
 
 } // namespace vrk

@@ -27,8 +27,6 @@ struct ScriptJob {
 
     /// On the simulated part, with the same entries. \param passes in place of those wanted
     Rehearsal rehearsed(int passes) const;
-    /// What a run brings up.
-    BringUp bringUp() const;
 };
 
 /// The address as a command is given it. \throws CommandError (usage)

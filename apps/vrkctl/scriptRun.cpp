@@ -1,9 +1,9 @@
+#include "apps/rehearsal/benchSteps.h"
 #include "apps/vrkctl/Interrupt.h"
+#include "apps/vrkctl/PanelBench.h"
 #include "apps/vrkctl/ScriptJob.h"
 #include "apps/vrkctl/ScriptOutput.h"
-#include "apps/vrkctl/Session.h"
 #include "apps/vrkctl/Terminal.h"
-#include "apps/vrkctl/TerminalDialogs.h"
 #include "apps/vrkctl/TerminalScriptHost.h"
 #include "apps/vrkctl/entries.h"
 #include "platform/files/files.h"
@@ -35,9 +35,9 @@ class TerminalRun final : private ScriptObserver {
   public:
     explicit TerminalRun(const ScriptJob& job)
         : job_(job),
-          session_(job.options, dialogs_, DefaultTime::VirtualIfPossible),
-          bus_(session_.bench().services()),
-          host_(session_.events(), abort_, pausesOf(job.script.pauses), [this] { saveBeside(); }),
+          bench_(job.options),
+          bus_(bench_.bench().services()),
+          host_(events(), abort_, pausesOf(job.script.pauses), [this] { saveBeside(); }),
           run_({state_, job_.mode, abort_, fields_, bus_, host_}),
           results_(state_, fields_, host_),
           output_(job.options, job.script, results_.results()),
@@ -52,7 +52,7 @@ class TerminalRun final : private ScriptObserver {
     }
 
     ExitCode operator()() {
-        results_.begin(job_.name, busName(job_.bus), session_.events().clock().wallTime());
+        results_.begin(job_.name, busName(job_.bus), events().clock().wallTime());
         if (!job_.script.save.empty())
             requireWritable(job_.script.save);
         if (junit_)
@@ -83,42 +83,11 @@ class TerminalRun final : private ScriptObserver {
     }
 
     void open() {
-        session_.requireBoard(job_.options.board);
-        Bench& bench = session_.bench();
-        const BenchStep step = [this](const auto& gesture, const auto& what) { done(gesture(), what); };
-        step([&bench] { return bench.start(); }, "starting");
-        if (const int board = job_.options.board; board > 0) {
-            // The consoles come up on the first board. The motherboard console is closed, so that it loads
-            // again, and puts pins and supplies right, on the board that is meant.
-            done(bench.frmStartup->cboVRKSelect.userSelect(frmStartup::kConsolesOnly), "choosing the board");
-            done(bench.frmMainF340->cboEVBinstance.userSelect(board), "choosing the board");
-            done(bench.frmMotherboardDAQ2.userClose(), "choosing the board");
-        }
-        try {
-            bringUp(bench, job_.bringUp(), step);
-        } catch (const NoBoardFault& fault) {
-            throw CommandError(ExitCode::NoBoard, fault.what());
-        } catch (const Fault& fault) {
-            throw CommandError(ExitCode::CheckFailed, fault.what());
-        }
-        if (const auto signalled = interrupt::requested())
-            throw CommandError(*signalled, "interrupted; nothing of the script was sent");
-    }
-
-    /// Runs what a gesture has queued. \throws CommandError unless the gesture was carried out.
-    void done(const Outcome& outcome, const std::string& what) {
-        session_.runEvents();
-        if (session_.events().ended())
-            throw CommandError(ExitCode::LinkLost, linkLost(what));
-        if (!outcome.done())
-            throw CommandError(ExitCode::CheckFailed,
-                               outcome.refused() ? "the panel refused " + what : what + ": " + outcome.fault);
-    }
-
-    std::string linkLost(const std::string& what) {
-        const std::string why = session_.wire().lastError();
-        return "the link to the board was lost while " + what + ": " +
-               (why.empty() ? "the board sent no reply" : why);
+        bench_.open(job_.bus == ScriptedBus::SPI ? PartBus::SPI : PartBus::I2C);
+        choosePart(*bench_.bench().devicePanel(), job_.part,
+                   [this](const auto& gesture, const auto& what) { bench_.done(gesture(), what); });
+        if (job_.script.vcc != "off")
+            bench_.switchVccOn(job_.script.vcc.value_or("on"));
     }
 
     ScriptEnd passes() {
@@ -126,10 +95,10 @@ class TerminalRun final : private ScriptObserver {
         range = {job_.script.from.value_or(range.first), job_.script.to.value_or(range.last)};
         progress_.restart((range.last - range.first + 1) * job_.script.loop);
         ScriptEnd end = ScriptEnd::Interrupted;
-        const Outcome outcome = session_.events().deliver(
-            [this, &end, &range] { end = run_.runPasses(job_.script.loop, range); });
-        tellMessages();
-        if (session_.events().ended())
+        const Outcome outcome =
+            events().deliver([this, &end, &range] { end = run_.runPasses(job_.script.loop, range); });
+        bench_.tellMessages();
+        if (events().ended())
             end = ScriptEnd::LinkLost;
         else if (outcome.kind == Outcome::Kind::Faulted)
             end = ScriptEnd::Stopped;
@@ -141,7 +110,7 @@ class TerminalRun final : private ScriptObserver {
         if (std::string(results_.results().verdict()) != "pass" || end != ScriptEnd::Completed)
             code = ExitCode::CheckFailed;
         if (end == ScriptEnd::LinkLost) {
-            tell(linkLost("the script ran"));
+            tell(bench_.linkLost("running the script").what());
             code = heavier(code, ExitCode::LinkLost);
         }
         if (end == ScriptEnd::Interrupted && interrupt::requested())
@@ -153,17 +122,15 @@ class TerminalRun final : private ScriptObserver {
                 throw CommandError(heavier(code, error.code()), error.what());
             }
         }
-        const bool diverged = session_.replay() != nullptr && session_.replay()->diverged();
-        if (diverged)
-            tell("the exchanges are not those of the recording");
-        return diverged ? ExitCode::CheckFailed : code;
+        bench_.requireReplayed();
+        return code;
     }
 
     /// A row that saves: beside the script, one copy behind the other.
     void saveBeside() {
         try {
-            saveScript(state_, savedScriptPath(job_.script.file.string()), true,
-                       session_.events().clock().wallTime(), fields_.text(Text::LoopCount));
+            saveScript(state_, savedScriptPath(job_.script.file.string()), true, events().clock().wallTime(),
+                       fields_.text(Text::LoopCount));
         } catch (const Fault& fault) {
             tellFileFailed(fault.what());
         }
@@ -181,7 +148,7 @@ class TerminalRun final : private ScriptObserver {
         if (unread > 0)
             tell(never + "\"--\" stands there");
         try {
-            saveScript(state_, job_.script.save, false, session_.events().clock().wallTime(),
+            saveScript(state_, job_.script.save, false, events().clock().wallTime(),
                        fields_.text(Text::LoopCount));
         } catch (const Fault& fault) {
             tellFileFailed(fault.what());
@@ -189,7 +156,7 @@ class TerminalRun final : private ScriptObserver {
     }
 
     void rowEnded(int /*row*/) override {
-        tellMessages();
+        bench_.tellMessages();
         guarded([this] {
             progress_.clear();
             if (const RowResult* row = results_.lastEnded())
@@ -208,11 +175,6 @@ class TerminalRun final : private ScriptObserver {
         });
     }
 
-    void tellMessages() {
-        for (const std::string& message : dialogs_.takeMessages())
-            tell(message);
-    }
-
     /// Output that cannot be written ends the run, but not from inside of it: its rows must be put right.
     void guarded(const std::function<void()>& write) {
         if (failure_)
@@ -225,9 +187,10 @@ class TerminalRun final : private ScriptObserver {
         }
     }
 
+    EventLoop& events() { return bench_.bench().events(); }
+
     const ScriptJob& job_;
-    TerminalDialogs dialogs_;
-    Session session_;
+    PanelBench bench_;
     ScriptState state_;
     PlainFields fields_;
     bool abort_ = false;

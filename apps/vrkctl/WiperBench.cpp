@@ -83,18 +83,12 @@ WiperBench::WiperBench(const Options& options, const WiperOptions& wiper)
       bus_(facts_ != nullptr ? busOf(*facts_) : PartBus::I2C),
       bench_(options) {
     checkChannel(facts_, wiper_.channel);
-    std::optional<int> address;
+    if (wiper_.address && facts_ != nullptr && !facts_->address)
+        throw usage("--address: " + partName() + " has none");
     if (wiper_.address)
-        address = parseAddress(*wiper_.address);
+        parseAddress(*wiper_.address);
     if (wiper_.vcc)
         requireLevel(*wiper_.vcc);
-    if (!goesByInstructions(facts_))
-        return;
-    map_ = shippedRegisterMap(facts_->name);
-    if (!map_)
-        throw CommandError(ExitCode::File,
-                           "the register map of " + partName() + " is not where the programs are");
-    exchange_.emplace(bench_.bench().services(), *map_, address);
 }
 
 void WiperBench::leavePowered() {
@@ -103,8 +97,8 @@ void WiperBench::leavePowered() {
 }
 
 std::string WiperBench::address() {
-    if (byInstructions())
-        return wiper_.address.value_or(hexText(map_->address.value_or(0), 2));
+    if (byMap())
+        return wiper_.address.value_or(map_->address ? hexText(*map_->address, 2) : "");
     const auto* open = dynamic_cast<const WiperPanel*>(bench_.bench().devicePanel());
     return open == nullptr ? wiper_.address.value_or("") : open->txtDeviceAdr.text();
 }
@@ -117,29 +111,33 @@ void WiperBench::requirePosition(int position, const std::string& what) const {
 
 void WiperBench::open() {
     bench_.open(bus_);
-    if (!byInstructions())
-        choosePart();
-    else if (wiper_.channel > 0) // the panel measures the channels that it shows
-        bench_.done(bench_.panel().OptChans[2].userClick(), "choosing the channels");
+    if (!choosePart()) {
+        map_ = shippedRegisterMap(partName());
+        if (!map_)
+            throw CommandError(ExitCode::File,
+                               "the register map of " + partName() + " is not where the programs are");
+        const std::optional<int> address =
+            wiper_.address ? std::optional(parseAddress(*wiper_.address)) : std::nullopt;
+        exchange_.emplace(bench_.bench().services(), *map_, address);
+        if (wiper_.channel > 0) // the panel measures the channels that it shows
+            bench_.done(bench_.panel().OptChans[2].userClick(), "choosing the channels");
+    }
     if (wiper_.powered())
         bench_.switchVccOn(wiper_.vcc.value_or("on"));
-    if (byInstructions())
+    if (byMap())
         bench_.act("preparing the bus", [this] { exchange_->prepare(); });
 }
 
-bool WiperBench::chooseFromMenu() {
-    for (MenuEntry* entry : bench_.panel().partEntries())
-        if (entry->caption() == facts_->name) {
-            bench_.done(entry->userClick(), "choosing the part");
-            return true;
-        }
-    return false;
-}
-
-void WiperBench::choosePart() {
-    if (facts_ != nullptr && !chooseFromMenu())
-        throw usage("the panel's menu has no " + partName());
+bool WiperBench::choosePart() {
     WiperPanel& panel = bench_.panel();
+    bool chosen = facts_ == nullptr;
+    for (MenuEntry* entry : panel.partEntries())
+        if (facts_ != nullptr && entry->caption() == facts_->name) {
+            bench_.done(entry->userClick(), "choosing the part");
+            chosen = true;
+        }
+    if (!chosen)
+        return false;
     if (wiper_.taps)
         for (auto& taps : panel.OptTaps)
             if (taps->caption() == std::to_string(taps_))
@@ -148,10 +146,13 @@ void WiperBench::choosePart() {
         bench_.done(panel.OptChans[wiper_.channel == 1 ? 1 : 2].userClick(), "choosing the channels");
     if (wiper_.address)
         bench_.enter(panel.txtDeviceAdr, *wiper_.address, "typing the address");
+    return true;
 }
 
 const PartRegister& WiperBench::wiperRegister() const {
-    return *map_->named("WCR" + std::to_string(wiper_.channel));
+    const std::string number = std::to_string(wiper_.channel);
+    const PartRegister* counter = map_->named("WCR" + number);
+    return counter != nullptr ? *counter : *map_->named("WR" + number);
 }
 
 int WiperBench::panelStatus(bool good) {
@@ -169,7 +170,7 @@ double WiperBench::measured() {
 
 WiperResult WiperBench::write(int value) {
     WiperResult result{.channel = wiper_.channel, .written = position(value)};
-    if (byInstructions()) {
+    if (byMap()) {
         bench_.act("writing the wiper",
                    [&] { result.status = exchange_->write(wiperRegister(), value).status; });
         bench_.requireLink(result.status, "writing the wiper");
@@ -195,7 +196,7 @@ WiperResult WiperBench::write(int value) {
 WiperResult WiperBench::read() {
     WiperResult result{.channel = wiper_.channel};
     WiperPanel& panel = bench_.panel();
-    if (byInstructions()) {
+    if (byMap()) {
         bench_.act("reading the wiper", [&] {
             const RegisterExchange::Result read = exchange_->read(wiperRegister());
             result.status = read.status;

@@ -30,8 +30,8 @@ struct WiperResult {
     nlohmann::ordered_json json() const;
 };
 
-/// The wipers of one part. A register part is worked through its panel, as a user would; a part with
-/// instructions by its instructions, as its panel has no field for each of its wipers.
+/// The wipers of one part. A part of the panel's menu, and one set up by hand, is worked through the panel,
+/// as a user would; any other by its register map.
 class WiperBench {
   public:
     /// Checks the options and sends nothing. \throws CommandError
@@ -58,9 +58,9 @@ class WiperBench {
     void requireReplayed() const { bench_.requireReplayed(); }
 
   private:
-    void choosePart();
-    bool chooseFromMenu();
-    bool byInstructions() const { return exchange_.has_value(); }
+    /// \return false if the panel's menu has no such part.
+    bool choosePart();
+    bool byMap() const { return exchange_.has_value(); }
     const PartRegister& wiperRegister() const;
     /// The bus status after a write or read of the panel: what the I2C bus said, or what the panel made of
     /// the bytes that the SPI bus gave.
@@ -72,9 +72,9 @@ class WiperBench {
     const sim::PartFacts* facts_; ///< nullptr: manual set-up
     int taps_;
     PartBus bus_;
-    std::optional<RegisterMap> map_; ///< of a part that goes by instructions
     PanelBench bench_;
-    std::optional<RegisterExchange> exchange_;
+    std::optional<RegisterMap> map_;
+    std::optional<RegisterExchange> exchange_; ///< of a part that goes by its map
 };
 
 /// A whole number, decimal or hexadecimal behind 0x. \throws CommandError (usage)

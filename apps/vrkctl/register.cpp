@@ -85,6 +85,8 @@ class RegisterBench {
         std::optional<int> address;
         if (asked.address)
             address = parseAddress(*asked.address);
+        if (address && !map_.address)
+            throw usage("--address: " + map_.part + " has none");
         if (asked.vcc)
             requireLevel(*asked.vcc);
         if (asked.toVolatile && asked.toNonVolatile)

@@ -3,6 +3,7 @@
 #include "motherboard/CalibrationFile.h"
 #include "platform/clipboard/Clipboard.h"
 #include "platform/dialogs/Dialogs.h"
+#include "platform/files/RegisterMapFile.h"
 #include "platform/files/files.h"
 #include "platform/hid/WireLog.h"
 #include "platform/runtime/text.h"
@@ -103,6 +104,15 @@ std::string registers(FuzzBench& on, const fs::path& folder, std::string_view by
     return way;
 }
 
+std::string registerMap(std::string_view bytes) {
+    const RegisterMap map = parseRegisterMap(std::string(bytes), "map");
+    for (const PartRegister& reg : map.registers) {
+        require(map.at(reg.address) == &reg && map.named(reg.name) == &reg, "two registers are one");
+        require(reg.resetValue <= reg.most(), "a register is reset to what it cannot hold");
+    }
+    return decimalText(static_cast<long long>(map.registers.size()));
+}
+
 std::string wireLog(std::string_view bytes) {
     return decimalText(static_cast<long long>(hid::parseWireLog(bytes).size()));
 }
@@ -140,6 +150,13 @@ std::vector<Target> makeTargets(const fs::path& examples, const fs::path& scratc
          [bench, scratch](auto bytes) { return registers(*bench, scratch, bytes); },
          {"generic\n0x00,0x01,0xFF\n", "generic,0x1,0x22,--,0x44"},
          {"generic", "0x", "0xFFF", ",", "\n", "\"", "0x-1", "0x 1"}},
+        {"registermap",
+         registerMap,
+         filesOf(examples / "registers", "", ".toml"),
+         {"[[registers]]\n", "[[registers.fields]]\n", "[[registers.fields.enumeratedValues]]\n", "dim = 4\n",
+          "dimIncrement = 255\n", "%s", "width = 16\n", "bitOffset = 15\n", "bitWidth = 16\n", "value = -1\n",
+          "name = \"A\"\n", "storage = \"selected\"\n", "storageSelect = \".\"\n", "0x", "[", "{", "\"\"\"",
+          "9223372036854775808"}},
         {"wirelog",
          wireLog,
          {wireLogLines()},

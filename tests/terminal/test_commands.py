@@ -10,7 +10,7 @@ import tempfile
 import unittest
 from pathlib import Path
 
-from vrkctl import ENVIRONMENT, PROGRAM, TIMEOUT, run
+from vrkctl import ENVIRONMENT, PROGRAM, TIMEOUT, hear_signals, run
 
 WRITE = ["wiper", "write", "0", "63"]
 
@@ -227,7 +227,7 @@ class Commands(unittest.TestCase):
             with self.subTest(wanted=wanted):
                 sweep = subprocess.Popen([PROGRAM, "wiper", "sweep", "0", "--simulate", "--real-time", "--wire-log",
                                           self.log], stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True,
-                                         env=ENVIRONMENT)
+                                         env=ENVIRONMENT, preexec_fn=hear_signals)
                 for _ in range(3):
                     sweep.stdout.readline()
                 if end is close:

@@ -12,7 +12,7 @@ import unittest
 import xml.etree.ElementTree as ElementTree
 from pathlib import Path
 
-from vrkctl import ENVIRONMENT, PROGRAM, TIMEOUT, run
+from vrkctl import ENVIRONMENT, PROGRAM, TIMEOUT, hear_signals, run
 
 EXAMPLES = Path(__file__).parents[2] / "examples"
 KV4071 = "--simulate=KV4071"
@@ -210,7 +210,8 @@ class Scripts(unittest.TestCase):
     def started(self, *options):
         script = self.script("02,C0,\n00,11,11\n`w20\n`ENDM")
         return subprocess.Popen([PROGRAM, "script", "run", script, KV4071, "--real-time", "--loop", "100000", *map(str, options)],
-                                stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True, env=ENVIRONMENT)
+                                stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True, env=ENVIRONMENT,
+                                preexec_fn=hear_signals)
 
     def test_killed_midway_the_report_is_whole(self):
         report = self.folder / "r.xml"
@@ -242,10 +243,10 @@ class Scripts(unittest.TestCase):
 
     def test_a_signal_ends_a_long_wait(self):
         began = time.monotonic()
-        script = self.script("`w30000\n`w30000\n`ENDM")
-        with subprocess.Popen([PROGRAM, "script", "run", script, KV4071, "--real-time", "--json"], stdout=subprocess.PIPE,
-                              stderr=subprocess.DEVNULL, text=True, env=ENVIRONMENT) as running:
-            time.sleep(1)
+        script = self.script("`w\n`w30000\n`w30000\n`ENDM")
+        with subprocess.Popen([PROGRAM, "script", "run", script, KV4071, "--real-time", "--json", "--pauses", "continue"], stdout=subprocess.PIPE,
+                              stderr=subprocess.PIPE, text=True, env=ENVIRONMENT, preexec_fn=hear_signals) as running:
+            self.assertIn("passed over", running.stderr.readline(), "the first row has begun")
             running.send_signal(signal.SIGINT)
             out, _ = running.communicate(timeout=TIMEOUT)
         self.assertLess(time.monotonic() - began, 20)

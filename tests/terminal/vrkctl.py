@@ -2,12 +2,19 @@
 
 import json
 import os
+import signal
 import subprocess
 import unittest
 
 PROGRAM = os.environ["VRKCTL"]
 ENVIRONMENT = {**os.environ, "NO_COLOR": "1"}
 TIMEOUT = 120  # seconds; a hang must fail, a slow machine must not
+
+
+def hear_signals():
+    """For a child to be interrupted: whoever runs the tests in the background lets it ignore Ctrl-C."""
+    for number in (signal.SIGINT, signal.SIGTERM, signal.SIGHUP):
+        signal.signal(number, signal.SIG_DFL)
 
 
 def run(*args, **options):

@@ -337,7 +337,6 @@ int modHID::readI2C(std::uint8_t address, std::span<std::uint8_t> data,
         reportLinkError(status, quietAddressError);
         if ((status != kLinkReadFailed && status != kLinkWriteFailed) || failsQuietly())
             return status;
-        drainLate(kPurgeStep); // what came too late must not pass for the answer to the repetition
     }
 }
 
@@ -348,7 +347,6 @@ int modHID::writeI2C(std::uint8_t address, std::span<const std::uint8_t> data,
         reportLinkError(status, quietAddressError);
         if ((status != kLinkReadFailed && status != kLinkWriteFailed) || failsQuietly())
             return status;
-        drainLate(kPurgeStep); // what came too late must not pass for the answer to the repetition
     }
 }
 

@@ -67,7 +67,11 @@ void SupplyBlock::OptVCC_Click(int index) {
     supplyChanged();
     afterVccSwitch();
     cmdUpdateVCC_Click();
-    host().tell(true, index == 0 ? "VCC on" : "VCC off", "measured " + lblVCCVolts.caption() + " V");
+    // The reply to the measurement is the one sign that the switch reached the board.
+    const bool measured = lblVCCVolts.freshness()->state == Freshness::State::Fresh;
+    host().tell(measured, std::string(index == 0 ? "VCC on" : "VCC off") + (measured ? "" : " not confirmed"),
+                measured ? "measured " + lblVCCVolts.caption() + " V" : "the measurement got no reply",
+                measured ? nullptr : &lblVCCVolts);
 }
 
 void SupplyBlock::OptVM_Click(int index) {

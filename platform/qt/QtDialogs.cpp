@@ -125,11 +125,17 @@ Choice QtDialogs::show(const MessageBox& box) {
     if (ending_ && !events_.ended())
         events_.endProgram();
     throwIfEnded(events_);
+    // A link dialog was the action's first error: what fails behind its Retry is told in the band.
+    const auto toldBy = [this](Choice choice) {
+        if (choice == Choice::Retry)
+            (void)isFurther();
+        return choice;
+    };
     const auto* clicked = window.clickedButton();
     for (const Choice choice : box.buttons)
         if (clicked != nullptr && window.standardButton(window.clickedButton()) == standardButton(choice))
-            return choice;
-    return harmless;
+            return toldBy(choice);
+    return toldBy(harmless);
 }
 
 QStringList nameFilters(const QString& filter) {

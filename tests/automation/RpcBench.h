@@ -31,6 +31,9 @@ class ProbePanel final : public Panel {
         cboRate.setRows({{"100", 240}, {"400", 60}});
         lstRows.setRows({{"0", 0}, {"1", 0}, {"2", 0}});
         sldWiper.setRange(1, 128);
+        sldWiper.onMouseUp([this] { heard += "up "; });
+        sldWiper.onScroll([this] { heard += "scroll "; });
+        txtHex.onLostFocus([this] { heard += "left "; });
         grdTable.setSize(3, 2);
         wireClick(cmdLong, &ProbePanel::cmdLong_Click);
         wireClick(cmdAbort, &ProbePanel::cmdAbort_Click);
@@ -88,6 +91,7 @@ class ProbePanel final : public Panel {
     TextLog rtxLog{*this, "rtxLog"};
     Timer tmrBlink{*this, "tmrBlink"};
     Picture picBoard{*this, "picBoard"};
+    std::string heard; ///< gestures that have handlers of their own
     bool aborted = false;
     int entered = 0;
     int depth = 0, deepest = 0, clicks = 0;

@@ -201,6 +201,22 @@ TEST(RpcGestures, refusedAndFaulted) {
     EXPECT_EQ(bench.aspect("frmProbe.chkHidden", "value"), 0);
     EXPECT_EQ(bench.error("type", {{"path", "frmProbe.cmdDisabled"}, {"text", "1"}}), kInvalidParams);
 
+    bench.frmProbe.panel()->setEnabled(false);
+    EXPECT_THAT(bench.ask("click", click("chkBox"))["error"]["message"].get<std::string>(),
+                HasSubstr("panel that is disabled"));
+    bench.frmProbe.panel()->setEnabled(true);
+
+    const std::tuple<const char*, const char*, const char*> kHeard[] = {
+        {"leave", R"({"path":"frmProbe.txtHex"})", "left "}, // scrolling takes the keyboard
+        {"scroll", R"({"path":"frmProbe.sldWiper","value":9})", "scroll "},
+        {"drag", R"({"path":"frmProbe.sldWiper","value":90})", "scroll up "}};
+    EXPECT_EQ(bench.result("focus", click("txtHex")), nullptr);
+    for (const auto& [gesture, params, heard] : kHeard) {
+        bench.frmProbe->heard.clear();
+        EXPECT_EQ(bench.result(gesture, Json::parse(params)), nullptr);
+        EXPECT_EQ(bench.frmProbe->heard, heard) << gesture;
+    }
+
     const Json fault = bench.ask("click", click("cmdFault"));
     EXPECT_EQ(fault["error"], Json({{"code", kFaulted}, {"message", "Subscript out of range"}}));
     EXPECT_EQ(bench.result("dialogs")[0]["text"], "Subscript out of range");

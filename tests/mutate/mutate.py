@@ -39,7 +39,7 @@ FLOORS = ["platform", "sim", "link", "motherboard", "panels", "script", "shell",
 PROGRAM_FOLDER = {"test_hid": "platform", "test_hidapi": "platform", "test_windows": "views", "test_pages": "views"}
 # The programs from outside; they are the last to run, as they are slow.
 OUTSIDE_TESTS = "^(terminal|packaging)"
-OUTSIDE_TARGETS = ("vrkctl", "vrkbench")
+OUTSIDE_TARGETS = ("all",)  # what an installation takes along
 PROGRAM_SECONDS = 120  # a whole test program takes some 20
 OUTSIDE_SECONDS = 600
 MEMORY = 8 << 30  # a fault may fill the memory

@@ -96,7 +96,7 @@ TEST_F(ReadingsTest, FailedReadIsNoReading) {
     EXPECT_EQ(lastResult(), "Read of channel 2 failed");
     // A reply that comes after all is one.
     fault(sim::FaultKind::NoReply, 1, static_cast<int>(Command::I2cTransfer));
-    answer(Choice::Retry);
+    answer(Choice::Retry, [this] { EXPECT_EQ(i2c().Shp_USB_Transfer.colour(), Colour::LightRed); });
     i2c().cmdI2Read[2].userClick();
     EXPECT_EQ(boxes().size(), 1U);
     EXPECT_THAT(points, ElementsAre(std::pair(2, 0x11)));
@@ -129,6 +129,18 @@ TEST_F(ReadingsTest, LostLinkShowsUntilTheBoardIsBack) {
     EXPECT_EQ(i2c().Shape1[2].colour(), Colour::LightRed);
     EXPECT_EQ(stateOf(i2c().lblPotRead[0]), State::Stale);
     EXPECT_TRUE(i2c().cmdI2Read[0].enabled() && i2c().CMDxMIT[0].enabled());
+}
+
+TEST_F(ReadingsTest, ASwitchThatNoMeasurementConfirmedIsNotToldAsDone) {
+    i2c().OptVCC[1].userClick();
+    EXPECT_EQ(lastResult(), "VCC off");
+    fault(sim::FaultKind::NoReply, 2, static_cast<int>(Command::AdcRead));
+    answer(Choice::Retry);
+    answer(Choice::Retry);
+    i2c().OptVCC[0].userClick();
+    EXPECT_EQ(boxes().size(), 2U);
+    EXPECT_EQ(lastResult(), "VCC on not confirmed");
+    EXPECT_EQ(stateOf(i2c().lblVCCVolts), State::Stale);
 }
 
 TEST_F(ReadingsTest, EntryOfBeforeIsNotWrittenToAnotherPart) {

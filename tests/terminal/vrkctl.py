@@ -21,6 +21,7 @@ def run(*args, **options):
     """Runs a command to its end; gives exit code, stdout, stderr."""
     done = subprocess.run([PROGRAM, *map(str, args)], stdin=subprocess.DEVNULL, capture_output=True, text=True,
                           timeout=TIMEOUT, env=ENVIRONMENT, **options)
+    assert "\x1b" not in done.stdout + done.stderr, "colour codes in what is no terminal"
     return done.returncode, done.stdout, done.stderr
 
 

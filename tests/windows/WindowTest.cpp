@@ -8,6 +8,7 @@
 #include <QListView>
 #include <QMainWindow>
 #include <QMessageBox>
+#include <QPointer>
 #include <QPushButton>
 #include <QRadioButton>
 
@@ -71,11 +72,23 @@ void BoxWatcher::answer(QDialog& dialog) {
     if (expected.before)
         expected.before();
     if (auto* button = box->findChild<QPushButton*>(QString::fromStdString(expected.button))) {
-        QTest::mouseClick(button, Qt::LeftButton);
+        press(*button);
     } else {
         ADD_FAILURE() << "no button " << expected.button << " in: " << text;
         dialog.reject();
     }
+}
+
+void BoxWatcher::press(QPushButton& button) const {
+    if (!keys_)
+        return QTest::mouseClick(&button, Qt::LeftButton);
+    const QPointer<QWidget> box = button.window();
+    QTest::keyClick(box, Qt::Key_Escape);
+    if (box == nullptr || !box->isVisible())
+        return;
+    for (int stop = 0; stop < 5 && !button.hasFocus(); ++stop)
+        QTest::keyClick(box->focusWidget() != nullptr ? box->focusWidget() : box.data(), Qt::Key_Tab);
+    QTest::keyClick(&button, Qt::Key_Space);
 }
 
 void BoxWatcher::answerFile(QDialog& dialog) {

@@ -25,6 +25,8 @@ class BoxWatcher : public QObject {
     void expectFile(const std::string& path);
     /// Any box is all right, for tests that touch everything.
     void allowAll() { all_ = true; }
+    /// From now on no mouse: Esc first, and where the box stays, Tab to the button and Space.
+    void useKeys() { keys_ = true; }
     void verify();
 
   protected:
@@ -41,11 +43,13 @@ class BoxWatcher : public QObject {
     };
     void look();
     void answer(QDialog& box);
+    void press(QPushButton& button) const;
     void answerFile(QDialog& dialog);
 
     std::deque<Expected> expected_;
     QDialog* answered_ = nullptr;
     bool all_ = false;
+    bool keys_ = false;
     QTimer timer_;
 };
 

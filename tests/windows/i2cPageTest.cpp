@@ -134,7 +134,6 @@ TEST_F(I2cPageTest, AFailedReadMarksItsOwnChannelUntilTheNextGoodOne) {
     EXPECT_FALSE(widget(kI2c, "differs(1)").isVisible());
     w.bus.socket(std::nullopt);
     boxes.expect("Invalid I2C address", "Retry");
-    boxes.expect("Read VRK Error", "OK");
     click(kI2c, "cmdI2Read(2)");
     EXPECT_EQ(word("read(2)"), "failed");
     EXPECT_EQ(word("written(2)"), "good");

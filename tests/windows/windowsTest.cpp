@@ -50,6 +50,7 @@ TEST_F(I2cWindowTest, FirstWiperFromStartToVolts) {
     EXPECT_EQ(w.bus.state().part->wipers.at(0), 63);
     settle();
     EXPECT_TRUE(text("status.board").contains("Simulated board with KV4071 attached"));
+    EXPECT_EQ(text("status.socket"), "socket: KV4071 at 50");
     EXPECT_EQ(text("status.last"), "Last exchange: good");
 }
 

@@ -133,16 +133,35 @@ QWidget* Workspace::buildBody() {
     return block(row);
 }
 
+namespace {
+
+/// "socket: KV4071 at 50", the address as the home page has it.
+QString socketWords(const SocketView::State& state) {
+    if (state.part.isEmpty())
+        return "socket: empty";
+    return "socket: " + state.part +
+           (state.address < 0 ? QString()
+                              : " at " + QString("%1").arg(state.address, 2, 16, QChar('0')).toUpper());
+}
+
+} // namespace
+
 void Workspace::buildStatus() {
     boardText_ = quietText({});
     boardText_->setObjectName("status.board");
+    if (context_.socket != nullptr) {
+        socketText_ = quietText({});
+        socketText_->setObjectName("status.socket");
+    }
     lastText_ = quietText({});
     lastText_->setObjectName("status.last");
     auto* replay = quietText(context_.boardKind == BoardKind::Replayed ? "replay of " + context_.boardName
                                                                        : "no replay");
     auto* hints = quietText("F5 read · Ctrl+Enter write · Esc abort · Ctrl+K actions · ? keys");
     std::vector<Item> items;
-    for (QLabel* label : {boardText_, lastText_, replay}) {
+    for (QLabel* label : {boardText_, socketText_, lastText_, replay}) {
+        if (label == nullptr)
+            continue;
         if (!items.empty())
             items.emplace_back(quietText("·"));
         items.emplace_back(label);
@@ -464,6 +483,8 @@ void Workspace::showStatus() {
     const LinkWords words = linkWords(context_);
     boardText_->setText(words.board);
     lastText_->setText(words.last.isEmpty() ? QString("No transfer yet") : words.last);
+    if (socketText_ != nullptr)
+        socketText_->setText(socketWords(context_.socket->state()));
     band_->showLink(words);
     band_->refresh();
     for (const auto& [slot, page] : pages_)

@@ -149,6 +149,7 @@ class Workspace final : public QMainWindow {
     WireView* wire_ = nullptr;
     QPointer<Sheet> sheet_;
     QLabel* boardText_ = nullptr;
+    QLabel* socketText_ = nullptr; ///< nullptr where the board's socket is not ours to see
     QLabel* lastText_ = nullptr;
     QTimer statusTimer_;
     QTimer arrangeTimer_;

@@ -44,6 +44,7 @@ TEST_F(AnalogTest, ChannelChangesThroughTheMultiplexer) {
     board().Combo1.setListIndex(6);
     EXPECT_THAT(sent(Command::AdcMux, 5), ElementsAre("01 0C 00 06 1F"));
     EXPECT_EQ(console().cboAnamux[0].listIndex(), 6);
+    EXPECT_EQ(board().Combo1.text(), "06 - P1.6 VIN0");
     board().READ_AD();
     EXPECT_EQ(board().txtADDec.text(), "100");
     sent();

@@ -87,6 +87,12 @@ TEST_F(SuppliesTest, WithoutTrackSwitchingVccOffLeavesItsBitInTheImage) {
     board().OptVCCMinus[1].userClick();
     EXPECT_EQ(sent(5).at(2), "01 12 00 A0 30");
     EXPECT_EQ(bus.state().vminus, 0);
+    // The panel in front tells what the console's box says.
+    openI2c();
+    for (int click = 0; click < 2; ++click) {
+        board().ChkTrack.userClick();
+        EXPECT_EQ(i2c().ChkTrack.value(), board().ChkTrack.value()) << click;
+    }
 }
 
 TEST_F(SuppliesTest, LampsAndOptionsFollowABoardThatComesBack) {
@@ -134,7 +140,7 @@ TEST_F(SuppliesTest, MinusOnRunsItsNeighboursClick) {
 TEST_F(SuppliesTest, CalibrationFileTakesThePlaceOfTheBuiltInCodes) {
     folder.write("VRK_Cal_Data.txt",
                  "VRK VCC Calibration 6/12/2008 3:40:21 PM\r\nVREF , 3.25\r\n"
-                 "2.7,2D,1.3486,2.6972\r\n3.0,36,1.5,3.0\r\n 3.3 , 3F ,1.6,3.3\r\n"
+                 "2.7,2D,1.3486,2.6972\r\n3.0,36,1.5,3.0\r\n\" 3.3 \", 3F ,1.6,3.3\r\n"
                  "3.5,45,1.7,3.5\r\n4.0,55,2.0,4.0\r\n4.5,64,2.2,4.5\r\n5.1,75,2.5,5.1\r\nEND\r\n");
     openI2c();
     EXPECT_EQ(board().lblCal_header.caption(), "VRK VCC Calibration 6/12/2008 3:40:21 PM");

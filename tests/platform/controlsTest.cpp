@@ -42,6 +42,8 @@ class SamplePanel final : public Panel {
         list.onClick([this] { log_.push_back("list " + decimalText(list.listIndex())); });
     }
 
+    void Form_Activate() override { log_.emplace_back("activate"); }
+
     Frame outer{*this, "outer"};
     Frame inner{*this, "inner"};
     Button button{*this, "button"};
@@ -73,6 +75,32 @@ class ControlsTest : public ::testing::Test {
     std::vector<std::string> raised() { return std::exchange(log, {}); }
     SamplePanel panel{context, log};
 };
+
+TEST_F(ControlsTest, APanelComesToTheFrontAgainHoweverItWasLeft) {
+    PanelSlot<SamplePanel> slot{context, "frmSample", "Sample",
+                                [this] { return std::make_shared<SamplePanel>(context, log); }};
+    const std::pair<const char*, std::function<void()>> ways[] = {{"hidden", [&] { slot.hide(); }},
+                                                                  {"unloaded", [&] { slot.unload(); }}};
+    for (const auto& [name, leave] : ways) {
+        SCOPED_TRACE(name);
+        slot.show();
+        EXPECT_THAT(raised(), ElementsAre("activate"));
+        leave();
+    }
+    slot.show();
+    EXPECT_THAT(raised(), ElementsAre("activate"));
+}
+
+TEST_F(ControlsTest, EscReachesTheInnermostActionThatCanBeStopped) {
+    const Activity outer(context.activities, "outer", [this] { log.emplace_back("outer"); });
+    {
+        const Activity inner(context.activities, "inner", [this] { log.emplace_back("inner"); });
+        EXPECT_TRUE(context.activities.abort());
+    }
+    const Activity deaf(context.activities, "deaf");
+    EXPECT_TRUE(context.activities.abort());
+    EXPECT_THAT(raised(), ElementsAre("inner", "outer"));
+}
 
 TEST_F(ControlsTest, GesturesAreRefusedByWhateverIsHiddenOrDisabled) {
     const std::pair<const char*, std::function<void(bool)>> rows[] = {

@@ -306,7 +306,8 @@ void ChannelStrip::setWide(bool wide) {
     layOutRead();
     layOutWrite();
     auto* halves = static_cast<QGridLayout*>(layout());
-    const int side = dp(wide ? kInset : kUnit);
+    // One less than the rhythm: four upright strips and a scroll bar then fit a window 1280 wide.
+    const int side = dp(wide ? kInset : kUnit - 1);
     halves->setContentsMargins(side, dp(kInset) - 2, side, dp(kInset));
     halves->setHorizontalSpacing(wide ? dp(16) : 0);
     halves->setVerticalSpacing(kUnit);

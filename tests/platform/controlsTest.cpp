@@ -102,6 +102,13 @@ TEST_F(ControlsTest, EscReachesTheInnermostActionThatCanBeStopped) {
     EXPECT_THAT(raised(), ElementsAre("inner", "outer"));
 }
 
+TEST_F(ControlsTest, OfManyResultsTheLastAreKept) {
+    for (std::size_t result = 0; result < ResultLog::kKept + 3; ++result)
+        context.results.add({});
+    EXPECT_EQ(context.results.kept().front().number, 4U);
+    EXPECT_EQ(context.results.kept().back().number, context.results.last());
+}
+
 TEST_F(ControlsTest, GesturesAreRefusedByWhateverIsHiddenOrDisabled) {
     const std::pair<const char*, std::function<void(bool)>> rows[] = {
         {"disabled",

@@ -69,9 +69,15 @@ TEST_F(Computer, IsReadFromThePlugUp) {
 TEST(LinkAdvice, TellsWhatIsDeniedAndWhichRuleMendsIt) {
     LinkDiagnosis diagnosis;
     diagnosis.devices = {{"/dev/hidraw0", true, true, false, {}}, {"/dev/hidraw1", true, true, true, {}}};
-    EXPECT_THAT(linkAdvice(diagnosis),
-                testing::ElementsAre(testing::AllOf(HasSubstr("/dev/hidraw0 cannot be written"),
-                                                    HasSubstr("Install the rule"))));
+    for (const auto& [readable, writable, words] : {std::tuple{true, false, "cannot be written."},
+                                                    {false, true, "cannot be read."},
+                                                    {false, false, "cannot be read or written."}}) {
+        diagnosis.devices[0].readable = readable;
+        diagnosis.devices[0].writable = writable;
+        EXPECT_THAT(linkAdvice(diagnosis),
+                    testing::ElementsAre(testing::AllOf(HasSubstr(std::string("/dev/hidraw0 ") + words),
+                                                        HasSubstr("Install the rule"))));
+    }
     diagnosis.ruleInstalled = true;
     EXPECT_THAT(linkAdvice(diagnosis).at(0), HasSubstr("plugdev"));
     EXPECT_FALSE(diagnosis.good());

@@ -174,6 +174,18 @@ TEST_F(Wire, FirstRequestThatDiffersIsToldAndEndsTheReplay) {
     EXPECT_THAT(cut.lastError(), HasSubstr("The recording ends before the reply to request 2\n"));
 }
 
+TEST_F(Wire, TheSameReportToAnotherBoardIsAnotherRequest) {
+    {
+        WireLog log(recorder_, clock_, path_, {});
+        for (const char* board : {"a", "b"})
+            recorder_.write(recorder_.open(board), reportOf({1, 6, 0xA0}));
+    }
+    ReplayHost replay(path_, clock_, kVendor, kProduct);
+    const Handle first = replay.open(replay.list().at(0).path);
+    EXPECT_TRUE(replay.write(first, reportOf({1, 6, 0xA0})));
+    EXPECT_FALSE(replay.write(first, reportOf({1, 6, 0xA0})));
+}
+
 TEST_F(Wire, BrokenLogsAreRefusedWithTheirLine) {
     const std::string head = "vrkbench wire log 1\n";
     const std::string good = "1 out 0 " + reportText(reportOf({1})) + '\n';

@@ -69,9 +69,9 @@ TEST_F(Computer, IsReadFromThePlugUp) {
 TEST(LinkAdvice, TellsWhatIsDeniedAndWhichRuleMendsIt) {
     LinkDiagnosis diagnosis;
     diagnosis.devices = {{"/dev/hidraw0", true, true, false, {}}, {"/dev/hidraw1", true, true, true, {}}};
-    for (const auto& [readable, writable, words] : {std::tuple{true, false, "cannot be written."},
-                                                    {false, true, "cannot be read."},
-                                                    {false, false, "cannot be read or written."}}) {
+    for (const auto& [readable, writable, words] : {std::tuple{true, false, "cannot be written by"},
+                                                    {false, true, "cannot be read by"},
+                                                    {false, false, "cannot be read or written by"}}) {
         diagnosis.devices[0].readable = readable;
         diagnosis.devices[0].writable = writable;
         EXPECT_THAT(linkAdvice(diagnosis),

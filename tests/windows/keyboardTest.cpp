@@ -45,6 +45,8 @@ class KeyboardTest : public WindowTest {
         ASSERT_TRUE(filter != nullptr && filter->hasFocus());
         QTest::keyClicks(filter, "Go to " + name);
         press(Qt::Key_Return);
+        (void)QTest::qWaitFor(
+            [&] { return workspace.front() != nullptr && workspace.front()->name() == name; });
     }
     QString text(const std::string& path) { return widget<QLabel>(kI2c, path).text(); }
 };

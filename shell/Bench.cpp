@@ -88,6 +88,13 @@ void Bench::followDevicePanels() {
             if (device && (event == SlotEvent::Loaded || event == SlotEvent::Activated))
                 lastDevicePanel_ = slot->name();
         }));
+    // The run-in test moves the part by reports of its own, past the boxes of the panel that opened it.
+    slotWatches_.push_back(UPDN_Runin.observe([this](SlotEvent event) {
+        if (auto* upDown = frmVRK_UD1.loadedPanel(); upDown != nullptr && event == SlotEvent::Activated)
+            upDown->pinsLent();
+        if (event == SlotEvent::Unloaded)
+            run_.ScriptAbort = true; // a run that is still on the stack must find its end
+    }));
 }
 
 DevicePanel* Bench::devicePanel() const {

@@ -34,15 +34,12 @@ PinPanel::PinPanel(PanelContext& panelContext, std::string name, std::string tit
 
 void PinPanel::ChOut_Click(int index) {
     const bool high = ChOut[index].checked();
-    const bool changed = (ShpOut[index].colour() == Colour::LightRed) != high;
     ShpOut[index].setColour(high ? Colour::LightRed : Colour::Black);
     const OutputPin& row = pins_.at(static_cast<std::size_t>(index));
     if (row.pin != OutputPin::kNoPin) {
         board().chkPData[row.pin].setValue(high ? 1 : 0);
         board().chkPData_Click(row.clickPin);
     }
-    if (changed)
-        edges_.emit({index, high, context().clock().now()});
     if (services().run.PinBatch)
         return;
     writePorts();
@@ -50,9 +47,44 @@ void PinPanel::ChOut_Click(int index) {
     afterPinWrite();
 }
 
-void PinPanel::cmdAbortIncr_Click(int /*part*/) {
+void PinPanel::setBit(int bit, bool high) {
+    const OutputPin& row = pins_.at(static_cast<std::size_t>(bit));
+    if (ChOut[bit].checked() != high)
+        ChOut[bit].setValue(high ? 1 : 0);
+    else if (row.pin != OutputPin::kNoPin && board().chkPData[row.pin].checked() != high)
+        ChOut_Click(bit);
+}
+
+void PinPanel::writePorts() {
+    board().cmdWrtPipe1_Click();
+    voltsStale("a pin was driven since");
+}
+
+void PinPanel::abortRun() {
     state_.IncrAbort = true;
     pump();
+}
+
+PinPanel::Run::Run(PinPanel& panel, const Button& pressed, const std::string& name)
+    : panel_(panel),
+      pressed_(pressed),
+      retries_(panel.link().retries()),
+      activity_(panel.context().activities, name, [&panel] { panel.state_.IncrAbort = true; }) {}
+
+void PinPanel::Run::tellEnd(const std::string& detail, const Reading& volts) const {
+    const bool read = volts.freshness()->state == Freshness::State::Fresh;
+    std::string text = activity_.name() + " done";
+    bool good = false;
+    if (!panel_.services().vccOn())
+        text = activity_.name() + " stopped: VCC went off";
+    else if (panel_.link().retries() != retries_)
+        text = activity_.name() + ": the link was lost meanwhile, edges may be missing";
+    else if (panel_.state_.IncrAbort)
+        text = activity_.name() + " aborted";
+    else
+        good = read;
+    panel_.tell(good, text, detail + (read ? ", wiper " + volts.caption() + " V" : ", wiper not read"),
+                &pressed_);
 }
 
 void PinPanel::waitLive(Milliseconds duration) const {
@@ -61,7 +93,7 @@ void PinPanel::waitLive(Milliseconds duration) const {
         return;
     }
     const Milliseconds end = context().clock().now() + duration;
-    while (context().clock().now() < end) {
+    while (context().clock().now() < end && !state_.IncrAbort) {
         wait(std::min(kSlice, end - context().clock().now()));
         pump();
     }

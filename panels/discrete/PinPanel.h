@@ -37,21 +37,12 @@ class PinPanel : public DevicePanel {
     /// Shows the bit and puts it into the motherboard's image; outside a batch the ports are written too, and
     /// afterPinWrite() runs.
     void ChOut_Click(int index);
-    void cmdAbortIncr_Click(int part);
 
     const std::vector<OutputPin>& pins() const { return pins_; }
     std::string busName() const override { return {}; }
     std::string busAddress() const override { return {}; }
-
-    /// A pin was driven: for the picture of the last edges. \param high the level from now on.
-    struct Edge {
-        int bit = 0;
-        bool high = false;
-        Milliseconds at{0}; ///< bench time
-    };
-    [[nodiscard]] Subscription observeEdges(std::function<void(const Edge&)> observer) {
-        return edges_.connect(std::move(observer));
-    }
+    /// Somebody else moves the part's pins, past this panel's boxes: the volts shown no longer hold.
+    void pinsLent() { voltsStale("another panel drives the pins since"); }
 
   protected:
     PinPanel(PanelContext& context, std::string name, std::string title, BenchServices& services,
@@ -62,20 +53,65 @@ class PinPanel : public DevicePanel {
     /// Changes bits without writing the ports: the caller writes once at the end.
     class Batch {
       public:
-        explicit Batch(RunState& run) : run_(run), before_(std::exchange(run.PinBatch, true)) {}
-        ~Batch() { run_.PinBatch = before_; }
+        explicit Batch(RunState& run) : run_(run) { run_.PinBatch = true; }
+        ~Batch() { run_.PinBatch = false; }
         Batch(const Batch&) = delete;
         Batch& operator=(const Batch&) = delete;
 
       private:
         RunState& run_;
-        bool before_;
+    };
+
+    /// Controls that refuse while it exists; each gets back the state that it had.
+    class Resting {
+      public:
+        explicit Resting(const std::vector<Control*>& controls) {
+            for (Control* control : controls)
+                if (control->enabled()) {
+                    control->setEnabled(false);
+                    taken_.push_back(control);
+                }
+        }
+        ~Resting() {
+            for (Control* control : taken_)
+                control->setEnabled(true);
+        }
+        Resting(const Resting&) = delete;
+        Resting& operator=(const Resting&) = delete;
+
+      private:
+        std::vector<Control*> taken_;
+    };
+
+    /// An action that moves pins for a while: Esc and the band's Abort reach it, and it tells what it came
+    /// to.
+    class Run {
+      public:
+        Run(PinPanel& panel, const Button& pressed, const std::string& name);
+        /// True once the user has asked it to stop, or VCC went off under it: a part without VCC takes no
+        /// edge, and its pins must not be driven.
+        bool stopped() const { return panel_.state_.IncrAbort || !panel_.services().vccOn(); }
+        void progress(int done, int total) { activity_.progress(done, total); }
+        /// \param detail behind the result. \param volts measured at the end.
+        void tellEnd(const std::string& detail, const Reading& volts) const;
+
+      private:
+        PinPanel& panel_;
+        const Button& pressed_;
+        unsigned retries_; ///< of the link ahead of the run
+        Activity activity_;
     };
 
     virtual void afterPinWrite() {}
-    void setBit(int bit, bool high) { ChOut[bit].setValue(high ? 1 : 0); }
-    void writePorts() const { board().cmdWrtPipe1_Click(); }
-    /// Waits with the window alive where the wait is long enough to be noticed.
+    virtual void voltsStale(const std::string& cause) = 0;
+    void supplyChanged() override { voltsStale("the supply changed since"); }
+    /// Two bits may share a pin: it takes the level that is asked for also where the bit's own box shows it
+    /// already and the other one has moved the pin since.
+    void setBit(int bit, bool high);
+    void writePorts();
+    void abortRun();
+    /// Waits with the window alive where the wait is long enough to be noticed. An abort ends it: nobody
+    /// waits out a period that was mistyped.
     void waitLive(Milliseconds duration) const;
     /// Number of a field; another text becomes `fallback`, in the field too. A field holds milliseconds or
     /// steps.
@@ -86,7 +122,6 @@ class PinPanel : public DevicePanel {
   private:
     std::vector<OutputPin> pins_;
     PinPanelState& state_;
-    Signal<const Edge&> edges_;
 };
 
 } // namespace vrk

@@ -47,7 +47,7 @@ frmVRK_PB1::frmVRK_PB1(PanelContext& panelContext, BenchServices& panelServices,
     for (int row = 0; row < lblWiperVolts.count(); ++row) {
         txtFactor[row].setText("2.0");
         txtFactor[row].setCaption("AD Factor");
-        cmdSampleWiper[row].setCaption("Rd Volts");
+        cmdSampleWiper[row].setCaption("Sample");
         lblWiperVolts[row].setCaption("0.000");
     }
     cmdMMenu.setCaption("Return to Main Menu");
@@ -57,8 +57,7 @@ frmVRK_PB1::frmVRK_PB1(PanelContext& panelContext, BenchServices& panelServices,
     wireClick(cmdSampleWiper, &frmVRK_PB1::cmdSampleWiper_Click);
     wireClick(ChlAutoCS, &frmVRK_PB1::ChlAutoCS_Click);
     wireClick(OptCS, &frmVRK_PB1::OptCS_Click);
-    cmdAbortIncr.onClick([this] { cmdAbortIncr_Click(0); });
-    action("cmdAbortIncr_Click", &frmVRK_PB1::cmdAbortIncr_Click);
+    wireClick(cmdAbortIncr, &frmVRK_PB1::cmdAbortIncr_Click);
 }
 
 void frmVRK_PB1::Form_Load() {
@@ -71,9 +70,9 @@ void frmVRK_PB1::Form_Load() {
     pump();
 }
 
-void frmVRK_PB1::supplyChanged() {
+void frmVRK_PB1::voltsStale(const std::string& cause) {
     for (auto& volts : lblWiperVolts)
-        volts->markStale("the supply changed since");
+        volts->markStale(cause);
 }
 
 std::vector<Control*> frmVRK_PB1::resting() {
@@ -103,7 +102,9 @@ void frmVRK_PB1::cmdIncr_Click(int index) {
     Button& pressed = cmdIncr[index];
     if (!requireVcc())
         return;
+    // Ahead of the first edge: an entry beyond all bounds must not leave the part selected.
     const Milliseconds period{std::max(0, countOf(txtDelay, 0))};
+    const int count = countOf(txtIncr[index], 1);
     DisabledWhile busy(resting());
     state().IncrAbort = false;
     pump();
@@ -111,17 +112,16 @@ void frmVRK_PB1::cmdIncr_Click(int index) {
         setBit(kCs, false);
     cmdAbortIncr.setEnabled(true);
     const OnScopeExit abortOff([this] { cmdAbortIncr.setEnabled(false); });
-    const int count = countOf(txtIncr[index], 1);
-    Activity activity(context().activities, pressed.caption(), [this] { state().IncrAbort = true; });
+    Run run(*this, pressed, pressed.caption());
     {
         const Batch batch(services().run);
         writePorts();
         waitLive(period);
     }
     int done = 0;
-    for (; done < count && !state().IncrAbort; ++done) {
+    for (; done < count && !run.stopped(); ++done) {
         press(index == 0 ? kUp : kDown, period);
-        activity.progress(done + 1, count);
+        run.progress(done + 1, count);
     }
     if (ChlAutoCS[1].checked())
         press(kStore, period);
@@ -129,17 +129,23 @@ void frmVRK_PB1::cmdIncr_Click(int index) {
     busy.release();
     cmdSampleWiper_Click(0);
     pump();
-    tell(!state().IncrAbort, state().IncrAbort ? "Presses aborted" : pressed.caption() + " done",
-         decimalText(done) + " presses, " + lblWiperVolts[0].caption() + " V", &pressed);
+    run.tellEnd(decimalText(done) + (done == 1 ? " press" : " presses"), lblWiperVolts[0]);
+}
+
+void frmVRK_PB1::cmdAbortIncr_Click() {
+    abortRun();
 }
 
 void frmVRK_PB1::cmdSequence_Click(int index) {
     Button& pressed = cmdSequence[index];
     RunState& run = services().run;
     run.PinBatch = false;
-    (void)requireVcc(); // the sequence runs all the same
-    const DisabledWhile busy(resting());
+    const bool powered = requireVcc(); // the sequence runs all the same
     const auto [up, down, store] = holds();
+    const DisabledWhile busy(resting());
+    state().IncrAbort = false;
+    // A hold that is long by mistake ends with an abort: the button is let go then.
+    const Activity activity(context().activities, pressed.caption(), [this] { state().IncrAbort = true; });
     const auto pressBoth = [this, &run](bool high) {
         {
             const Batch batch(run);
@@ -168,7 +174,9 @@ void frmVRK_PB1::cmdSequence_Click(int index) {
         pressBoth(index == 4);
         break;
     }
-    tell(true, pressed.caption() + " done", {}, &pressed);
+    const bool aborted = state().IncrAbort;
+    tell(powered && !aborted, pressed.caption() + (aborted ? " aborted" : " done"),
+         powered ? "" : "without VCC", &pressed);
 }
 
 void frmVRK_PB1::cmdAlloutsHigh_Click() {

@@ -36,6 +36,7 @@ class frmVRK_PB1 final : public PinPanel {
 
     /// Presses a button as often as the entry says.
     void cmdIncr_Click(int index);
+    void cmdAbortIncr_Click();
     void cmdSequence_Click(int index);
     void cmdAlloutsHigh_Click();
     void cmdSampleWiper_Click(int index);
@@ -43,8 +44,11 @@ class frmVRK_PB1 final : public PinPanel {
     void OptCS_Click(int index);
 
   protected:
-    StoreRules storeRules() const override { return {.pins = StoreRules::Pins::PushButton}; }
-    void supplyChanged() override;
+    /// With two parts the line of /STORE is a chip select.
+    StoreRules storeRules() const override {
+        return {.pins = OptCS[1].value() ? StoreRules::Pins::None : StoreRules::Pins::PushButton};
+    }
+    void voltsStale(const std::string& cause) override;
 
   private:
     /// Low for the time, then high for the time.

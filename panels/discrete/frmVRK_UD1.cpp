@@ -50,10 +50,10 @@ frmVRK_UD1::frmVRK_UD1(PanelContext& panelContext, BenchServices& panelServices,
     OptCS[0].showSelected();
     OptTaps[3].showSelected();
     lblWiperVolts.setCaption("0.000");
-    cmdSampleWiper.setCaption("Rd Volts");
+    cmdSampleWiper.setCaption("Sample");
     txtFactor.setText("2.0");
     txtFactor.setCaption("AD Factor");
-    cmdSampleBits.setCaption("Sample Bits");
+    cmdSampleBits.setCaption("Read Pins Back");
     cmdRunin.setCaption("Show Run In");
     cmdMMenu.setCaption("Return to Main Menu");
     for (int part = 0; part < kParts; ++part) {
@@ -109,13 +109,15 @@ void frmVRK_UD1::cmdIncr_Click(int index) {
     Button& pressed = cmdIncr[index];
     if (!requireVcc())
         return;
-    if (ChOut[kCs].checked()) // deselected: /INC must be high before the part is selected
-        setBit(kInc, true);
-    state().UDDevice = index < 2 ? 1 : 2;
-    const int part = state().UDDevice - 1;
+    const int part = index < 2 ? 0 : 1;
     const int first = kBitsOfPart * part;
+    // Ahead of the first edge: an entry beyond all bounds must not leave a part selected.
     const Milliseconds delay{std::max(0, countOf(txtDelay[part], 0))};
-    DisabledWhile busy(resting());
+    const int count = countOf(txtIncr[index], 1);
+    DisabledWhile busy(resting()); // the edges ahead of the pulses let events run already
+    if (ChOut[kCs].checked())      // deselected: /INC must be high before the part is selected
+        setBit(kInc, true);
+    state().UDDevice = part + 1;
     state().IncrAbort = false;
     pump();
     // The box of part #1 rules both parts.
@@ -123,9 +125,7 @@ void frmVRK_UD1::cmdIncr_Click(int index) {
         setBit(first + kCs, false);
     cmdAbortIncr[part].setEnabled(true);
     const OnScopeExit abortOff([this, part] { cmdAbortIncr[part].setEnabled(false); });
-    const int count = countOf(txtIncr[index], 1);
-    Activity activity(context().activities, pressed.caption() + " of part #" + decimalText(part + 1),
-                      [this] { state().IncrAbort = true; });
+    Run run(*this, pressed, pressed.caption() + " of part #" + decimalText(part + 1));
     {
         const Batch batch(services().run);
         setBit(first + kInc, true);
@@ -135,14 +135,14 @@ void frmVRK_UD1::cmdIncr_Click(int index) {
         pump();
     }
     int done = 1;
-    for (; done < count && !state().IncrAbort; ++done) {
+    for (; done < count && !run.stopped(); ++done) {
         setBit(first + kInc, false);
         pump();
         waitLive(delay);
         setBit(first + kInc, true);
         pump();
         waitLive(delay);
-        activity.progress(done, count);
+        run.progress(done, count);
     }
     // The last falling edge, after an abort as well; /INC stays low, which is where the end sequences begin.
     waitLive(delay);
@@ -154,16 +154,22 @@ void frmVRK_UD1::cmdIncr_Click(int index) {
     busy.release();
     cmdSampleWiper_Click(0);
     pump();
-    tell(!state().IncrAbort, state().IncrAbort ? "Pulses aborted" : pressed.caption() + " done",
-         decimalText(done) + " edges at part #" + decimalText(part + 1) + ", " + lblWiperVolts.caption() +
-             " V",
-         &pressed);
+    run.tellEnd(decimalText(done) + (done == 1 ? " edge" : " edges") + " of /INC", lblWiperVolts);
+}
+
+void frmVRK_UD1::cmdAbortIncr_Click(int /*part*/) {
+    abortRun();
 }
 
 void frmVRK_UD1::cmdSequence_Click(int index) {
     services().run.PinBatch = false;
     state().UDDevice = index < 2 ? 1 : 2;
-    (void)requireVcc(); // the sequence runs all the same
+    const bool powered = requireVcc(); // the sequence runs all the same
+    const bool stores = index % 2 == 0;
+    if (stores)
+        cmdSequence[index + 1].setEnabled(false);
+    // Its waits let events run; a second sequence inside this one would store once more.
+    const Resting alone(resting());
     const int first = kBitsOfPart * (state().UDDevice - 1);
     const auto step = [this, first](int bit, bool high, bool waits = true) {
         setBit(first + bit, high);
@@ -172,8 +178,7 @@ void frmVRK_UD1::cmdSequence_Click(int index) {
         wait(kSequenceStep);
         pump();
     };
-    if (index % 2 == 0) {
-        cmdSequence[index + 1].setEnabled(false);
+    if (stores) {
         // /CS rising with /INC high stores; the dip leaves the part deselected.
         step(kInc, true);
         step(kCs, true);
@@ -183,8 +188,8 @@ void frmVRK_UD1::cmdSequence_Click(int index) {
         step(kInc, false);
         step(kCs, true, false);
     }
-    tell(true, index % 2 == 0 ? "Store sequence sent" : "Deselected without a store",
-         "part #" + decimalText(state().UDDevice), &cmdSequence[index]);
+    tell(powered, stores ? "Store sequence sent" : "Deselected without a store",
+         "part #" + decimalText(state().UDDevice) + (powered ? "" : ", without VCC"), &cmdSequence[index]);
 }
 
 void frmVRK_UD1::cmdAlloutsHigh_Click(int index) {
@@ -208,12 +213,18 @@ void frmVRK_UD1::cmdAlloutsHigh_Click(int index) {
 
 void frmVRK_UD1::cmdSampleBits_Click() {
     board().cmdReadPipe1_Click();
+    const TextBox& port0 = board().txtPBufRd[0];
+    const TextBox& port1 = board().txtPBufRd[1];
+    for (const TextBox* port : {&port0, &port1})
+        if (port->freshness()->state != Freshness::State::Fresh)
+            return tell(false, "The pins were not read back", "the boxes stand as before", &cmdSampleBits);
+    const int p0 = hexToInt(port0.text());
+    const int p1 = hexToInt(port1.text());
     const Batch batch(services().run); // reading back drives no pin
-    const int p0 = hexToInt(board().txtPBufRd[0].text());
-    const int p1 = hexToInt(board().txtPBufRd[1].text());
     setBit(kCs, (p0 & 64) != 0);
     setBit(kInc, (p1 & 2) != 0);
     setBit(kUpDown, (p1 & 4) != 0);
+    tell(true, "Pins read back", "P0 " + port0.text() + ", P1 " + port1.text() + " hex", &cmdSampleBits);
 }
 
 void frmVRK_UD1::cmdSampleWiper_Click(int index) {

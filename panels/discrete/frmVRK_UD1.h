@@ -41,6 +41,7 @@ class frmVRK_UD1 final : public PinPanel {
 
     /// Pulses /INC as often as the entry says. An abort still gives the last edge.
     void cmdIncr_Click(int index);
+    void cmdAbortIncr_Click(int part);
     /// Ends the access to a part, with or without a store.
     void cmdSequence_Click(int index);
     void cmdAlloutsHigh_Click(int index);
@@ -54,10 +55,9 @@ class frmVRK_UD1 final : public PinPanel {
   protected:
     StoreRules storeRules() const override { return {.pins = StoreRules::Pins::UpDown}; }
     void afterPinWrite() override { cmdSampleWiper_Click(0); }
-    void supplyChanged() override { lblWiperVolts.markStale("the supply changed since"); }
+    void voltsStale(const std::string& cause) override { lblWiperVolts.markStale(cause); }
 
   private:
-    void pulse(int inc, Milliseconds delay, int count);
     std::vector<Control*> resting();
 
     std::function<void()> showRunIn_;

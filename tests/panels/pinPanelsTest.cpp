@@ -3,6 +3,7 @@
 #include "panels/discrete/frmVRK_UD1.h"
 #include "tests/support/TestBench.h"
 
+#include <map>
 #include <memory>
 #include <string>
 #include <vector>
@@ -35,10 +36,13 @@ class PinPanels : public TestBench {
     P& open(PanelSlot<P>& slot, const char* part, bool vcc = true) {
         bus.socket(part);
         loadConsoles();
+        board().setPin(frmMotherboardDAQ2::kPinMotherboardSwitch, 0); // as the start panel does
         EXPECT_TRUE(act([&slot] { slot.show(); }).done());
         if (vcc) {
             EXPECT_TRUE(slot->OptVCC[0].userClick().done());
         }
+        for (const std::string& edge : edges())
+            ports_[edge.substr(0, 2)] = edge;
         wire.clear();
         return *slot;
     }
@@ -47,6 +51,27 @@ class PinPanels : public TestBench {
         return (part == 1 ? state.part : state.part2)->wipers.at(0);
     }
     int stored() { return bus.state().part->nonvolatile.at(0); }
+    static void click(Control& control) {
+        if (auto* button = dynamic_cast<Button*>(&control))
+            (void)button->userClick();
+        else if (auto* box = dynamic_cast<CheckBox*>(&control))
+            (void)box->userClick();
+        else if (auto* option = dynamic_cast<OptionButton*>(&control))
+            (void)option->userClick();
+    }
+    /// What an action writes to P0 and P1 other than what stood there: "80 82, 90 04".
+    std::string moved(const std::function<void()>& action) {
+        wire.clear();
+        action();
+        std::string all;
+        for (const std::string& edge : edges()) {
+            std::string& before = ports_[edge.substr(0, 2)];
+            if ((edge.front() == '8' || edge.front() == '9') && before != edge)
+                all += (all.empty() ? "" : ", ") + edge;
+            before = edge;
+        }
+        return all;
+    }
     /// The pins' reports as address and value: "80 C0".
     std::vector<std::string> edges() {
         std::vector<std::string> all;
@@ -55,6 +80,9 @@ class PinPanels : public TestBench {
                 all.push_back(report.substr(9));
         return all;
     }
+
+  private:
+    std::map<std::string, std::string> ports_; ///< as written last
 };
 
 TEST_F(PinPanels, UpDownStepsStoreAndEndAtTheStops) {
@@ -110,6 +138,129 @@ TEST_F(PinPanels, AbortStillGivesTheLastEdgeAndTheButtonsBack) {
     (void)panel.cmdSequence[1].userClick();
     EXPECT_FALSE(edges().empty());
     EXPECT_EQ(boxes(), std::vector<std::string>(2, "VCC is not turned on. [OK]"));
+}
+
+/// What the actions put on the pins, in the order of the table: the port writes that change a port, P0 as 80
+/// with /CS1 40 and /CS2 80, P1 as 90 with /INC 02 and U/D 04.
+TEST_F(PinPanels, EachUpDownActionMovesItsPins) {
+    frmVRK_UD1& p = open(upDown, "UPDN100");
+    ASSERT_TRUE(p.OptChans[1].userClick().done());
+    for (const int box : {0, 1, 3})
+        (void)p.ChlAutoCS[box].userClick();
+    for (auto& count : p.txtIncr)
+        count->setText("2");
+    const struct {
+        const char* what;
+        Control& control;
+        const char* moved;
+    } kRows[] = {
+        {"/CS1 low", p.ChOut[0], "80 82"},
+        {"/CS1 high", p.ChOut[0], "80 C2"},
+        {"/CS2 low", p.ChOut[4], "80 42"},
+        {"all of part #2 high", p.cmdAlloutsHigh[1], "80 C2"},
+        {"U/D low", p.ChOut[2], "90 02"},
+        {"reserved", p.ChOut[3], ""},
+        {"all high", p.cmdAlloutsHigh[0], "90 06"},
+        {"up #1", p.cmdIncr[0], "80 82, 90 04, 90 06, 90 04, 80 C2"},
+        {"down #1", p.cmdIncr[1], "90 06, 80 82, 90 02, 90 00, 90 02, 90 00, 80 C2"},
+        // The two share /INC and U/D: how part #1 has left them must not spoil the first step of part #2.
+        {"up #2", p.cmdIncr[2], "90 02, 80 42, 90 06, 90 04, 90 06, 90 04, 80 C2"},
+        {"down #2", p.cmdIncr[3], "90 06, 80 42, 90 02, 90 00, 90 02, 90 00, 80 C2"},
+        {"store #1", p.cmdSequence[0], "90 02, 80 82, 80 C2"},
+        {"store #2", p.cmdSequence[2], "80 42, 80 C2"},
+        {"/CS1 low", p.ChOut[0], "80 82"},
+        {"no store #1", p.cmdSequence[1], "90 00, 80 C2"},
+        {"/CS2 low", p.ChOut[4], "80 42"},
+        {"no store #2", p.cmdSequence[3], "80 C2"},
+    };
+    for (const auto& row : kRows) {
+        if (&row.control == &p.cmdSequence[1])
+            (void)p.ChlAutoCS[1].userClick(); // it is not refused any more
+        if (&row.control == &p.cmdSequence[3])
+            (void)p.ChlAutoCS[3].userClick();
+        EXPECT_EQ(moved([&row] { click(row.control); }), row.moved) << row.what;
+    }
+    // A double click stores once.
+    const auto once = moved([&p] { click(p.cmdSequence[0]); });
+    at(100, [&p] { EXPECT_TRUE(p.cmdSequence[0].userClick().refused()); });
+    EXPECT_EQ(moved([&p] { click(p.cmdSequence[0]); }), "80 82, 80 C2");
+    EXPECT_FALSE(once.empty());
+}
+
+TEST_F(PinPanels, EachPushButtonActionMovesItsPins) {
+    frmVRK_PB1& p = open(buttons, "PB64");
+    for (auto& count : p.txtIncr)
+        count->setText("2");
+    const struct {
+        const char* what;
+        Control& control;
+        const char* moved;
+    } kRows[] = {
+        {"/CS1 low", p.ChOut[0], "80 86"},
+        {"/STORE low", p.ChOut[1], "80 06"},
+        {"/MUTE low", p.ChOut[2], "80 02"},
+        {"/UP low", p.ChOut[3], "90 04"},
+        {"/DOWN low", p.ChOut[4], "90 00"},
+        {"all high", p.cmdAlloutsHigh, "80 C6, 90 06"},
+        {"CS before", p.ChlAutoCS[0], ""},
+        {"twice up", p.cmdIncr[0], "80 86, 90 04, 90 06, 90 04, 90 06"},
+        {"store behind", p.ChlAutoCS[1], ""},
+        {"twice down", p.cmdIncr[1], "90 02, 90 06, 90 02, 90 06, 80 06, 80 86"},
+        {"held up", p.cmdSequence[0], "90 04, 90 06"},
+        {"held down", p.cmdSequence[1], "90 02, 90 06"},
+        {"store", p.cmdSequence[2], "80 06, 80 86"},
+        {"shutdown", p.cmdSequence[3], "90 00"},
+        {"up ends it on its pin alone", p.cmdSequence[0], "90 02"},
+        {"release", p.cmdSequence[4], "90 06"},
+        {"/DOWN low", p.ChOut[4], "90 02"},
+        {"shutdown all the same", p.cmdSequence[3], "90 00"},
+        {"release again", p.cmdSequence[4], "90 06"},
+        {"dual: part #2", p.OptCS[1], "80 46"},
+        {"part #1 again", p.OptCS[0], "80 C6, 80 86"},
+    };
+    for (const auto& row : kRows)
+        EXPECT_EQ(moved([&row] { click(row.control); }), row.moved) << row.what;
+    EXPECT_EQ(buttonState.UDDevice, 1);
+}
+
+/// After something went wrong or was left half done.
+TEST_F(PinPanels, NothingIsLeftBehindByARunThatEndsEarly) {
+    frmVRK_UD1& p = open(upDown, "UPDN100");
+    (void)p.ChlAutoCS[0].userClick();
+    p.txtIncr[0].setText("50");
+    const int start = position();
+    at(1000, [&p] { (void)p.OptVCC[1].userClick(); });
+    click(p.cmdIncr[0]);
+    EXPECT_EQ(bench.context().results.kept().back().text, "Up of part #1 stopped: VCC went off");
+    EXPECT_FALSE(bench.context().results.kept().back().good);
+    EXPECT_LT(position(), start + 40);
+    EXPECT_TRUE(p.cmdIncr[0].enabled() && p.cmdAlloutsHigh[1].enabled() && p.cmdSequence[3].enabled());
+    EXPECT_FALSE(p.cmdAbortIncr[0].enabled());
+    (void)p.OptVCC[0].userClick();
+    // An entry beyond all bounds is told before a pin moves.
+    p.txtIncr[0].setText("99999999999");
+    (void)p.ChOut[0].userClick();
+    EXPECT_EQ(moved([&p] { click(p.cmdIncr[0]); }), "");
+    EXPECT_EQ(boxes(), std::vector<std::string>{"Overflow [OK]"});
+    EXPECT_TRUE(p.cmdIncr[0].enabled());
+    // Pins that could not be read are not shown as read.
+    const bool high = p.ChOut[frmVRK_UD1::kUpDown].checked();
+    board().txtPBufRd[1].setText(high ? "00" : "06");
+    fault(sim::FaultKind::NoReply, 1, static_cast<int>(report::Command::SfrAccess), 1);
+    answer(Choice::Retry);
+    click(p.cmdSampleBits);
+    EXPECT_FALSE(bench.context().results.kept().back().good);
+    EXPECT_EQ(p.ChOut[frmVRK_UD1::kUpDown].checked(), high);
+    (void)boxes();
+    // A hold that is long by mistake can be ended, and the button is let go.
+    frmVRK_PB1& b = open(buttons, "PB64");
+    b.txtPressAndHold[0].setText("600000");
+    const Milliseconds began = clock.now();
+    at(2000, [this] { EXPECT_TRUE(bench.context().activities.abort()); });
+    click(b.cmdSequence[0]);
+    EXPECT_LT(clock.now() - began, Milliseconds{5000});
+    EXPECT_TRUE(b.ChOut[frmVRK_PB1::kUp].checked());
+    EXPECT_TRUE(b.cmdSequence[0].enabled());
 }
 
 TEST_F(PinPanels, NoSupplyActionMovesTheDirectionPin) {

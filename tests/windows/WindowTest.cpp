@@ -1,6 +1,8 @@
 #include "tests/windows/WindowTest.h"
 
 #include "platform/qt/theme.h"
+#include "views/pages/boxes.h"
+#include "views/workspace/Section.h"
 
 #include <QAbstractButton>
 #include <QCheckBox>
@@ -130,6 +132,21 @@ QWidget& WindowTest::widget(const char* panel, const std::string& path) {
     if (found == nullptr)
         throw std::runtime_error("no widget " + path);
     return *found;
+}
+
+QString WindowTest::place(const QWidget& widget) {
+    for (const QWidget* at = widget.parentWidget(); at != nullptr; at = at->parentWidget()) {
+        const bool titled = dynamic_cast<const BoxFrame*>(at) != nullptr ||
+                            dynamic_cast<const qt::GroupWidget*>(at) != nullptr ||
+                            at->objectName().startsWith("figure.");
+        if (titled && !at->accessibleName().isEmpty())
+            return at->accessibleName();
+        if (const auto* section = dynamic_cast<const Section*>(at))
+            return section->title();
+        if (at->objectName() == "head")
+            return "head";
+    }
+    return {};
 }
 
 void clickOn(QWidget& widget) {

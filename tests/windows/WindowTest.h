@@ -74,6 +74,8 @@ class WindowTest : public ::testing::Test {
         return dynamic_cast<W&>(widget(panel, path));
     }
     void click(const char* panel, const std::string& path);
+    /// The title of the box or section that the widget stands in; "head" above them all.
+    static QString place(const QWidget& widget);
     void bringToFront(const char* panel);
     void openI2c(bool vccOn = true);
     /// Replaces the text of a box and commits it, key by key.

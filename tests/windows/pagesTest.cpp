@@ -31,18 +31,6 @@ class PagesTest : public WindowTest {
         QTest::keyClick(&workspace, static_cast<Qt::Key>(code), with);
         QTest::qWait(1);
     }
-    /// The title of the box that the widget stands in; "head" above them all.
-    static QString place(const QWidget& widget) {
-        for (const QWidget* at = widget.parentWidget(); at != nullptr; at = at->parentWidget()) {
-            if (dynamic_cast<const BoxFrame*>(at) != nullptr ||
-                dynamic_cast<const qt::GroupWidget*>(at) != nullptr)
-                if (!at->accessibleName().isEmpty())
-                    return at->accessibleName();
-            if (at->objectName() == "head")
-                return "head";
-        }
-        return {};
-    }
 };
 
 /// Fields, lamps and buttons that could be taken for one another: what each is called, and where it stands.

@@ -80,6 +80,35 @@ void sweep(frmVRK_User1& panel) {
         }
 }
 
+void shootPinPages(WindowBench& bench, Shooter& shooter) {
+    Bench& b = bench.bench;
+    bench.bus.socket("UPDN100");
+    (void)b.frmStartup->cboVRKSelect.userSelect(frmStartup::kUpDown);
+    frmVRK_UD1& upDown = *b.frmVRK_UD1;
+    (void)upDown.OptVCC[0].userClick();
+    (void)upDown.OptChans[1].userClick();
+    (void)upDown.ChlAutoCS[0].userClick();
+    (void)upDown.cmdSequence[0].userClick();
+    (void)upDown.cmdIncr[0].userClick();
+    shooter.shoot("updown");
+    UPDN_Runin& runIn = *b.UPDN_Runin;
+    (void)upDown.cmdRunin.userClick();
+    runIn.txtTestQty.setText("4000");
+    bench.bus.fault({.kind = sim::FaultKind::Noise, .times = 100000, .counts = 3});
+    (void)runIn.cmdRunInitial.userClick();
+    shooter.shoot("runin");
+    (void)upDown.cmdMMenu.userClick();
+    bench.bus.socket("PB64");
+    (void)b.frmStartup->cboVRKSelect.userSelect(frmStartup::kPushButton);
+    frmVRK_PB1& buttons = *b.frmVRK_PB1;
+    (void)buttons.OptVCC[0].userClick();
+    (void)buttons.ChlAutoCS[1].userClick();
+    (void)buttons.cmdIncr[0].userClick();
+    shooter.shoot("pushbutton");
+    (void)buttons.cmdMMenu.userClick();
+    bench.bus.socket("KV4074");
+}
+
 int shootAll(const QString& folder, const QString& shade) {
     WindowBench bench(folder.toStdString());
     Shooter shooter(bench, folder, shade);
@@ -87,6 +116,7 @@ int shootAll(const QString& folder, const QString& shade) {
     Workspace& workspace = bench.workspace;
     const auto show = [&b](PanelSlotBase& slot) { (void)b.events().deliver([&slot] { slot.show(); }); };
     shooter.shoot("home");
+    shootPinPages(bench, shooter); // ahead of what opens the dock
 
     (void)b.events().deliver([&b] { b.Doco.load(); });
     (void)b.Doco->ChkTrace[2].userClick();

@@ -57,22 +57,6 @@ class BarScale final : public QWidget {
     int maximum_ = 128;
 };
 
-/// The step buttons take what the slider takes, and look like it.
-class EnabledLike final : public QObject {
-  public:
-    EnabledLike(QWidget& follower, QWidget& leader) : QObject(&follower), follower_(follower) {
-        leader.installEventFilter(this);
-    }
-
-  private:
-    bool eventFilter(QObject* leader, QEvent* event) override {
-        if (event->type() == QEvent::EnabledChange)
-            follower_.setEnabled(static_cast<QWidget*>(leader)->isEnabled());
-        return false;
-    }
-    QWidget& follower_;
-};
-
 /// Numbers stand under one another by their last digit.
 class RightAligned final : public QStyledItemDelegate {
   public:
@@ -194,7 +178,7 @@ QPushButton* ChannelStrip::stepButton(const QString& sign, int by, ChannelBlock&
         if (to != slider.value())
             (void)slider.userDrag(to);
     });
-    new EnabledLike(*button, *slider_);
+    followEnabled(*button, *slider_);
     return button;
 }
 

@@ -74,6 +74,13 @@ QWidget* byteField(PageUi& page, TextBox& box) {
     return field;
 }
 
+void followEnabled(QWidget& follower, QWidget& leader) {
+    follower.setEnabled(leader.isEnabled());
+    auto* listener = new Listener(leader, {QEvent::EnabledChange},
+                                  [&follower, &leader] { follower.setEnabled(leader.isEnabled()); });
+    listener->setParent(&follower); // the leader may outlive it
+}
+
 void summarise(PageUi& page, Section& section, std::function<QString()> folded,
                std::function<QString()> unfolded, const std::vector<Control*>& watched) {
     section.setSummary([&section, folded = std::move(folded), unfolded = std::move(unfolded)] {

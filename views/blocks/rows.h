@@ -32,6 +32,9 @@ QWidget* wideButton(QWidget* button, int width);
 /// A field for a hexadecimal byte or address.
 QWidget* byteField(PageUi& page, TextBox& box);
 
+/// A button of the view's own takes what its control's widget takes, and looks like it.
+void followEnabled(QWidget& follower, QWidget& leader);
+
 /// Keeps a section's summary up to date. \param folded, unfolded words for either state of the section; both
 /// are asked again when one of `watched` changes.
 void summarise(PageUi& page, Section& section, std::function<QString()> folded,

@@ -1,15 +1,350 @@
 #include "panels/discrete/UPDN_Runin.h"
+#include "platform/qt/theme.h"
+#include "platform/runtime/text.h"
+#include "views/blocks/pinLines.h"
+#include "views/blocks/rows.h"
+#include "views/pages/boxes.h"
+#include "views/pages/consoleWords.h"
 #include "views/pages/pageMakers.h"
 #include "views/pages/plainPage.h"
+#include "views/pages/runInPicture.h"
+#include "views/plot/Plot.h"
 #include "views/workspace/Page.h"
+#include "views/workspace/Section.h"
+
+#include <QCheckBox>
+#include <QGridLayout>
+#include <QLabel>
+#include <QPainter>
+#include <QPushButton>
+
+#include <array>
+#include <memory>
 
 namespace vrk {
 
-void makeRunInPage(PageUi& page, UPDN_Runin&) {
+using namespace qt;
+
+namespace {
+
+constexpr double kDigits = 38.0 / 13;
+constexpr int kInTheLoop = 3; ///< first stage of the loop
+constexpr int kRowHeight = 25;
+
+/// One figure of the run, to be read from a metre away. Red and with a sign once it tells a failure.
+class FigureBox final : public QWidget {
+  public:
+    FigureBox(const QString& title, QLabel* value, const QString& words) : words_(quietText(words)) {
+        setObjectName("figure." + title);
+        setAccessibleName(title);
+        title_->setText(title);
+        title_->setTone(Tone::Quiet);
+        lamp_->setColour(Colour::LightRed);
+        lamp_->hide();
+        value->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+        value->setAccessibleName(title);
+        words_->setFont(textFont(kSmall));
+        words_->setAlignment(Qt::AlignRight);
+        auto* all = tightColumn({row({lamp_, title_, stretch}), right(value), words_});
+        all->setContentsMargins(12, kUnit - 2, 12, kUnit - 2);
+        setLayout(all);
+    }
+    void setWords(const QString& words) { words_->setText(words); }
+    void setFailed(bool failed) {
+        failed_ = failed;
+        setShown(*lamp_, failed);
+        title_->setTone(failed ? Tone::Failed : Tone::Quiet);
+        update();
+    }
+    bool failed() const { return failed_; }
+
+  protected:
+    void paintEvent(QPaintEvent*) override {
+        QPainter painter(this);
+        painter.setRenderHint(QPainter::Antialiasing);
+        painter.setPen(failed_ ? toneColour(Tone::Failed) : palette().color(QPalette::Mid));
+        painter.setBrush(failed_ ? colours().failureGround : palette().color(QPalette::Base));
+        painter.drawRoundedRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5), 3, 3);
+    }
+
+  private:
+    LampWidget* lamp_ = new LampWidget;
+    ToneLabel* title_ = new ToneLabel;
+    QLabel* words_;
+    bool failed_ = false;
+};
+
+int endStep(const UPDN_Runin& p) {
+    try {
+        return runInEndStep(decimalInt(p.txtTestQty.text()), decimalInt(p.txtLogSteps.text()));
+    } catch (const Fault&) {
+        return 0; // beyond all numbers; Run Test says so
+    }
+}
+
+/// What the page keeps of the run that it shows.
+struct Shown {
+    RunInPicture picture;
+    RunInClock clock;
+    int step = 0; ///< judged in the loop so far
+};
+
+QWidget* figures(PageUi& page, UPDN_Runin& p, const std::shared_ptr<Shown>& shown) {
+    PanelUi& ui = page.ui();
+    const auto own = [](const char* name, const char* widest) {
+        auto* value = new ValueLabel(widest, kDigits);
+        value->setText(kNeverRead);
+        value->setObjectName(name);
+        return value;
+    };
+    auto* steps = new FigureBox("Steps done", ui.value(p.lblRUnCount[0], "0000000", kDigits), {});
+    auto* fails = new FigureBox("Fails", ui.value(p.lblRUnCount[1], "000000", kDigits), "outside the limit");
+    ValueLabel* elapsed = own("run.elapsed", "000:00:00");
+    ValueLabel* left = own("run.left", "000:00");
+    auto* elapsedBox = new FigureBox("Elapsed", elapsed, "hours:minutes:seconds");
+    auto* leftBox = new FigureBox("Left", left, "hours:minutes");
+    auto* position = new FigureBox("Position", ui.value(p.lblPosition, "00000", kDigits), "tally of steps");
+    for (TextBox* entry : {&p.txtTestQty, &p.txtLogSteps})
+        ui.watch(*entry, [steps, &p] {
+            const int end = endStep(p);
+            steps->setWords(end == 0 ? QString("the entries make no run")
+                                     : QString("of %1, the true end").arg(end));
+        });
+    ui.watch(p.lblRUnCount[1], [fails, &p] {
+        fails->setFailed(isNumeric(p.lblRUnCount[1].caption()) && decimalInt(p.lblRUnCount[1].caption()) > 0);
+    });
+    ui.watch(p.Shp_Test_Status[0], [&p, shown, elapsed, left] {
+        if (p.Shp_Test_Status[0].colour() != Colour::LightBlue)
+            return;
+        shown->clock.begin(p.context().clock().now());
+        shown->step = 0;
+        shown->picture.begin(endStep(p));
+        elapsed->setText("0:00:00");
+        left->setText(kNeverRead);
+    });
+    ui.watch(p.lblRUnCount[0], [&p, shown, elapsed, left] {
+        if (!isNumeric(p.lblRUnCount[0].caption()))
+            return;
+        shown->clock.round(p.context().clock().now());
+        elapsed->setText(runInTimeText(shown->clock.elapsed()));
+        left->setText(
+            runInTimeText(shown->clock.left(endStep(p) - decimalInt(p.lblRUnCount[0].caption()))).chopped(3));
+    });
+    QWidget* abort = largeButton(ui(p.cmdAbortRun), 56);
+    auto* run = ui(p.cmdRunInitial);
+    run->setFixedHeight(dp(32));
+    makeAccent(*run);
+    auto* buttons = block(tightColumn({abort, run}));
+    buttons->setMinimumWidth(dp(150));
+    auto* all = row({steps, fails, elapsedBox, leftBox, position, buttons});
+    const std::array<int, 6> shares = {24, 16, 24, 18, 15, 20};
+    for (std::size_t at = 0; at < shares.size(); ++at)
+        all->setStretch(static_cast<int>(at), shares.at(at));
+    return block(all);
+}
+
+/// Fills the picture from what the panel shows of each stage.
+void followStages(PageUi& page, UPDN_Runin& p, const std::shared_ptr<Shown>& shown) {
+    PanelUi& ui = page.ui();
+    ui.watch(p.lblTestLimit,
+             [&p, shown] { shown->picture.setLimit(leadingNumber(p.lblTestLimit.caption())); });
+    for (int stage = kInTheLoop; stage < UPDN_Runin::kStages; ++stage)
+        ui.watch(p.Shp_Test_Status[stage], [&p, shown, stage] {
+            const Colour colour = p.Shp_Test_Status[stage].colour();
+            if (colour != Colour::LightGreen && colour != Colour::LightRed)
+                return;
+            shown->picture.add(++shown->step, leadingNumber(p.lvlWipError[stage].caption()),
+                               colour == Colour::LightRed);
+        });
+}
+
+QWidget* stageTable(PageUi& page, UPDN_Runin& p, QLabel* progress) {
+    PanelUi& ui = page.ui();
+    auto* lines = new QGridLayout;
+    lines->setContentsMargins(kUnit, 2, kUnit, 2);
+    lines->setHorizontalSpacing(kUnit);
+    lines->setVerticalSpacing(0);
+    static constexpr std::array<const char*, 7> kHeads = {
+        "", "Stimulus", "Steps", "Position Tally", "Calculated  Volts", "Measured  Volts", "Error Volts"};
+    for (int column = 0; column < static_cast<int>(kHeads.size()); ++column) {
+        auto* head = columnTitle(kHeads.at(static_cast<std::size_t>(column)));
+        if (column > 1)
+            head->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+        lines->addWidget(head, 0, column);
+    }
+    for (int stage = 0; stage < UPDN_Runin::kStages; ++stage) {
+        const QString which = QString("stage %1").arg(stage);
+        auto* lamp = ui(p.Shp_Test_Status[stage], "Verdict of " + which);
+        lamp->setRole(LampWidget::Role::Stage);
+        auto* count = entry(ui, p.txtInitialIncr[stage], 5, "Steps of " + which);
+        auto* name = ui(p.lblInitialSet[stage]);
+        name->setBuddy(count); // and "&&" is one "&"
+        keepWithoutMnemonic(*name);
+        auto* tally = readBack(ui, p.txtWiperLoc[stage], 6, "Position tally of " + which);
+        auto* calculated = readBack(ui, p.txtWiperVolts[stage], 8, "Calculated volts of " + which);
+        for (KeyLineEdit* field : {count, tally, calculated})
+            field->setAlignment(Qt::AlignRight);
+        for (KeyLineEdit* field : {tally, calculated})
+            field->setFocusPolicy(Qt::ClickFocus); // the run fills them: not on the keyboard's way
+        auto* measured = ui.value(p.lvlWipV[stage], "00.00000");
+        measured->setAccessibleName("Measured volts of " + which);
+        auto* error = ui.value(p.lvlWipError[stage], "-00.0000");
+        error->setAccessibleName("Error volts of " + which);
+        for (ValueLabel* value : {measured, error})
+            value->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+        lines->setRowMinimumHeight(stage + 1, dp(kRowHeight));
+        int column = 0;
+        for (QWidget* each :
+             std::initializer_list<QWidget*>{lamp, name, count, tally, calculated, measured, error}) {
+            const bool number = column > 1;
+            lines->addWidget(each, stage + 1, column,
+                             Qt::Alignment(number ? Qt::AlignRight : Qt::AlignLeft) | Qt::AlignVCenter);
+            ++column;
+        }
+        Lamp& status = p.Shp_Test_Status[stage];
+        ui.watch(status, [name, error, progress, stage, &status] {
+            const bool now = status.colour() == Colour::LightBlue;
+            QFont font = name->font();
+            font.setBold(now);
+            name->setFont(font);
+            error->setTone(status.colour() == Colour::LightRed ? Tone::Failed : Tone::Plain);
+            if (now)
+                progress->setText(
+                    QString("row %1 of %2 in progress").arg(stage + 1).arg(UPDN_Runin::kStages));
+        });
+    }
+    lines->setColumnStretch(1, 1);
+    auto* framed = new BoxFrame(lines, BoxFrame::Ground::Base);
+    lines->setContentsMargins(kUnit, 4, kUnit, 4);
+    framed->setAccessibleName("Stages");
+    return framed;
+}
+
+QWidget* settingsBox(PageUi& page, UPDN_Runin& p) {
+    PanelUi& ui = page.ui();
+    const auto count = [&ui](TextBox& box, int characters) {
+        auto* field = ui(box, characters);
+        field->setAlignment(Qt::AlignRight);
+        return field;
+    };
+    auto* quantity = count(p.txtTestQty, 8);
+    auto* log = count(p.txtLogSteps, 6);
+    auto* positions = count(p.txtWipPositions, 6);
+    auto* tolerance = count(p.txtLimitDiv, 5);
+    auto* id = ui(p.txtRunInID, 24);
+    id->setPlainText(true);
+    id->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+    const auto value = [&ui](Label& label, const char* widest, const char* name) {
+        auto* shown = ui.value(label, widest);
+        shown->setAccessibleName(name);
+        return shown;
+    };
+    auto* entries = tightColumn({
+        row({captionOf(p.txtTestQty, quantity), quantity, stretch, captionOf(p.txtLogSteps, log), log}),
+        row({captionOf(p.txtWipPositions, positions), positions, stretch, captionOf(p.txtLimitDiv, tolerance),
+             tolerance, quietText("of one step")}),
+        row({ui(p.ChkLogAll), ui(p.ChkFast), stretch}),
+        row({caption("Test", id), id}),
+    });
+    auto* group = ui.frame(p.Frame2, {}, entries);
+    auto* results = tightColumn({
+        row({"Max V", value(p.lblWIPRange[0], "00.00000", "Max V"), "Min V",
+             value(p.lblWIPRange[1], "00.00000", "Min V"), stretch}),
+        row({"Calc Volts Per Step", value(p.lblVoltsPer, "0.0000", "Calc volts per step"), stretch,
+             "Calc Limit ±", value(p.lblTestLimit, "0.00000", "Calc limit, volts"), "V"}),
+        row({"Last sample", value(p.lblWiperVolts[0], "00.00000", "Last sample, volts"), "V", stretch,
+             "Position by volts", value(p.lblCalcPosbyVolts[0], "00000", "Position by volts")}),
+    });
+    auto* content = column({group, separator(Qt::Horizontal), results, stretch});
+    auto* framed = new BoxFrame(content, BoxFrame::Ground::Window);
+    framed->setAccessibleName("Settings");
+    return framed;
+}
+
+QWidget* logBox(PageUi& page, UPDN_Runin& p) {
+    PanelUi& ui = page.ui();
+    auto* log = ui(p.rtxt1);
+    log->setAccessibleName("Logged Data");
+    log->setMinimumHeight(log->fontMetrics().lineSpacing() * 3);
+    log->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
+    auto* path = ui(p.txtFilePath, 20);
+    path->setPlainText(true);
+    path->setAccessibleName("File of the log");
+    auto* lines = quietText({});
+    lines->setObjectName("log.lines");
+    ui.watch(p.rtxt1, [lines, &p] { lines->setText(QString("%1 lines").arg(p.rtxt1.lineCount())); });
+    auto* all = tightColumn({row({heading("Logged Data"), lines, stretch, path, ui(p.cmdBrowse),
+                                  ui(p.chkAppend), ui(p.cmdStartRec), ui(p.cndTclear)}),
+                             log});
+    all->setStretch(1, 1);
+    return block(all);
+}
+
+/// The panel's own pins: what they drive goes straight out, past the boxes of the up/down panel.
+void addPinsSection(PageUi& page, UPDN_Runin& p) {
+    PanelUi& ui = page.ui();
+    static constexpr std::array<const char*, 8> kPlaces = {"P0.6", "P1.1", "P1.2", "", "", "", "", ""};
+    static constexpr int kBitsOfPart = 4;
+    std::vector<PinLine> pins;
+    for (int bit = 0; bit < p.ChOut.count(); ++bit)
+        pins.push_back({p.ChOut[bit], p.ShpOut[bit], kPlaces.at(static_cast<std::size_t>(bit)),
+                        plainCaption(p.ChOut[bit]) + QString(" of part #%1").arg(bit / kBitsOfPart + 1)});
+    std::vector<Item> steps;
+    for (const int way : {0, 1}) {
+        const QString name = plainCaption(p.cmdIncr[way]);
+        auto* count = ui(p.txtIncr[way], 5);
+        count->setAlignment(Qt::AlignRight);
+        count->setAccessibleName("Steps " + name.toLower());
+        auto* button = plainButton(ui, p.cmdIncr[way]);
+        button->setAccessibleName(name);
+        steps.emplace_back(count);
+        steps.emplace_back(button);
+    }
+    std::vector<Item> high;
+    for (auto& button : p.cmdAlloutsHigh) {
+        auto* widget = plainButton(ui, *button);
+        widget->setAccessibleName(QString("Set All High of part #%1").arg(button->index() + 1));
+        high.emplace_back(widget);
+    }
+    auto* sample = plainButton(ui, p.cmdSampleWiper[0]);
+    page.addSection("Pins by hand",
+                    block(rows({ui.frame(p.FrmStaticIO, {}, column({pinLines(page, pins)})), row(high),
+                                row(steps), row({ui(p.cmdSequence), sample, stretch})})));
+}
+
+} // namespace
+
+void makeRunInPage(PageUi& page, UPDN_Runin& p) {
+    PanelUi& ui = page.ui();
     page.setHelpPage("Run-in");
     page.withoutDock();
     page.startsWithInspectorFolded();
-    page.setContent(everyControl(page));
+    auto* progress = quietText({});
+    progress->setObjectName("run.progress");
+    page.addHeadItem(progress);
+    const auto shown = std::make_shared<Shown>();
+    QWidget* upper = figures(page, p, shown);
+    followStages(page, p, shown);
+    auto* middle = row({stageTable(page, p, progress), settingsBox(page, p)});
+    middle->setStretch(0, 5);
+    middle->setStretch(1, 4);
+    QWidget* log = logBox(page, p);
+    addPinsSection(page, p);
+    if (QWidget* rest = everyControl(page))
+        page.addSection("Further", rest);
+    ui.watch(p.cmdAbortRun, [progress, &p] {
+        if (!p.cmdAbortRun.enabled())
+            progress->setText({});
+    });
+    page.onRead("Sample the wiper", [&p] { (void)p.cmdSampleWiper[0].userClick(); });
+    page.onWrite("Run Test", [&p] { (void)p.cmdRunInitial.userClick(); });
+    page.addKey(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_S), "Save the log",
+                [&p] { (void)p.cmdStartRec.userClick(); });
+    auto* all = column({upper, middle, &shown->picture.plot(), log});
+    all->setStretch(2, 3);
+    all->setStretch(3, 2);
+    page.setFirstFocus(qobject_cast<QWidget*>(&ui.find(p.cmdRunInitial)->target()));
+    page.setContent(block(all));
 }
 
 } // namespace vrk

@@ -55,7 +55,7 @@ QWidget* everyControl(PageUi& page) {
         items.clear();
     };
     for (Control* control : page.panel().controls()) {
-        if (page.ui().find(*control) != nullptr)
+        if (page.ui().find(*control) != nullptr || control->kind() == Control::Kind::Timer)
             continue;
         if (name == nullptr || control->name() != *name) {
             endLine();
@@ -66,7 +66,7 @@ QWidget* everyControl(PageUi& page) {
             items.emplace_back(widget);
     }
     endLine();
-    return block(column(lines));
+    return lines.empty() ? nullptr : block(column(lines));
 }
 
 } // namespace vrk

@@ -278,7 +278,7 @@ void Band::showSource() {
         part_->fontMetrics().elidedText(name, Qt::ElideRight, dp(partCell_->width() > dp(220) ? 214 : 160)) +
         "  ▾");
     part_->setToolTip(name);
-    part_->setEnabled(any ? page_->panel().enabled() : true);
+    part_->setEnabled(any ? page_->panel().enabled() && !source_.parts.empty() : true);
     const QString address = source_.address ? source_.address() : QString();
     address_->setText(address.isEmpty() ? (any ? "no bus" : kNeverRead) : address);
     address_->setFont(address.isEmpty() ? textFont(1.0) : valueFont(kDigits));

@@ -93,7 +93,8 @@ void shootPinPages(WindowBench& bench, Shooter& shooter) {
     shooter.shoot("updown");
     UPDN_Runin& runIn = *b.UPDN_Runin;
     (void)upDown.cmdRunin.userClick();
-    runIn.txtTestQty.setText("4000");
+    runIn.txtTestQty.setText("800");
+    runIn.txtLogSteps.setText("200");
     bench.bus.fault({.kind = sim::FaultKind::Noise, .times = 100000, .counts = 3});
     (void)runIn.cmdRunInitial.userClick();
     shooter.shoot("runin");

@@ -3,7 +3,6 @@
 #include "panels/DevicePanel.h"
 
 #include <string>
-#include <utility>
 #include <vector>
 
 namespace vrk {

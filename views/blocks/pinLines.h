@@ -5,8 +5,6 @@
 
 #include <vector>
 
-class QLabel;
-
 namespace vrk {
 
 class CheckBox;

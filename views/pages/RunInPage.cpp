@@ -10,7 +10,6 @@
 #include "views/pages/runInPicture.h"
 #include "views/plot/Plot.h"
 #include "views/workspace/Page.h"
-#include "views/workspace/Section.h"
 
 #include <QCheckBox>
 #include <QGridLayout>

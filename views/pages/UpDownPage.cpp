@@ -3,12 +3,10 @@
 #include "views/blocks/blocks.h"
 #include "views/blocks/lastEdges.h"
 #include "views/blocks/pinLines.h"
-#include "views/blocks/rows.h"
 #include "views/pages/boxes.h"
 #include "views/pages/pageMakers.h"
 #include "views/workspace/Band.h"
 #include "views/workspace/Page.h"
-#include "views/workspace/Section.h"
 
 #include <QCheckBox>
 #include <QGridLayout>

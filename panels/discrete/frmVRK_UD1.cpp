@@ -3,6 +3,7 @@
 #include "platform/runtime/text.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace vrk {
 

@@ -8,13 +8,12 @@
 #include "views/workspace/Band.h"
 #include "views/workspace/Page.h"
 
+#include <QApplication>
 #include <QCheckBox>
 #include <QGridLayout>
 #include <QLabel>
 #include <QPushButton>
 #include <QRadioButton>
-
-#include <QApplication>
 
 #include <array>
 #include <memory>

@@ -12,6 +12,7 @@ void ScriptDebugger::setBreakpoints(std::set<int> lines) {
 void ScriptDebugger::toggleBreakpoint(int line) {
     if (breakpoints_.erase(line) == 0)
         breakpoints_.insert(line);
+    breakpointsChanged_.emit();
     changed_.emit();
 }
 
@@ -28,23 +29,28 @@ void ScriptDebugger::resume(bool stepping) {
 
 void ScriptDebugger::beforeRow(int row) {
     const bool first = std::exchange(first_, false);
-    if (running_ && ((stepping_ && !first) || breakpoints_.contains(row)))
-        stand(row);
+    if (!running_)
+        return;
+    if (breakpoints_.contains(row))
+        stand(row, Reason::Breakpoint);
+    else if (stepping_ && !first)
+        stand(row, Reason::Step);
 }
 
 void ScriptDebugger::afterFail(int row) {
     // A row that is run again while the run stands has stopped it already.
     if (!running_ || !pauseOnFail || paused_)
         return;
-    stand(row);
+    stand(row, Reason::Fail);
     first_ = stepping_; // standing behind a row, a step runs the next one
 }
 
-void ScriptDebugger::stand(int row) {
+void ScriptDebugger::stand(int row, Reason reason) {
     if (paused_ || abort_)
         return;
     paused_ = true;
     at_ = row;
+    reason_ = reason;
     changed_.emit();
     try {
         while (paused_ && !abort_)

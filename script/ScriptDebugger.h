@@ -4,8 +4,17 @@
 #include "script/ScriptRun.h"
 
 #include <set>
+#include <string>
 
 namespace vrk {
+
+/// Where breakpoints outlive the program, by the path of their script.
+class BreakpointStore {
+  public:
+    virtual ~BreakpointStore() = default;
+    virtual std::set<int> breakpoints(const std::string& path) const = 0;
+    virtual void keepBreakpoints(const std::string& path, const std::set<int>& lines) = 0;
+};
 
 /// Stops a run between its rows: at breakpoints, behind each row while stepping, behind a failed row if
 /// wanted. While it stands everything else of the program works; going on goes on in place.
@@ -23,6 +32,9 @@ class ScriptDebugger final : public ScriptGate {
     bool paused() const { return paused_; }
     /// Row that the run stands at: the next to run, or the failed one it stands behind. 0 while none does.
     int pausedAt() const { return paused_ ? at_ : 0; }
+    enum class Reason { Breakpoint, Step, Fail };
+    /// Why it stands, or stood last.
+    Reason reason() const { return reason_; }
 
     /// Goes on to the next breakpoint or to the end.
     void go() { resume(false); }
@@ -38,12 +50,17 @@ class ScriptDebugger final : public ScriptGate {
         return changed_.connect(std::move(observer));
     }
 
+    /// The user has set or cleared one.
+    [[nodiscard]] Subscription observeBreakpoints(std::function<void()> observer) {
+        return breakpointsChanged_.connect(std::move(observer));
+    }
+
     void beforeRow(int row) override;
     void afterFail(int row) override;
 
   private:
     void resume(bool stepping);
-    void stand(int row);
+    void stand(int row, Reason reason);
 
     ScriptHost& host_;
     const bool& abort_;
@@ -53,7 +70,9 @@ class ScriptDebugger final : public ScriptGate {
     bool stepping_ = false;
     bool first_ = false; ///< no row of the run has begun
     int at_ = 0;
+    Reason reason_ = Reason::Breakpoint;
     Signal<> changed_;
+    Signal<> breakpointsChanged_;
 };
 
 } // namespace vrk

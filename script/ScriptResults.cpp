@@ -39,6 +39,8 @@ std::string ScriptResults::verdict() const {
 
 void ResultCollector::begin(const std::string& script, const std::string& bus, const WallTime& started) {
     results_ = {};
+    last_.clear();
+    passBegan_ = {};
     results_.script = script;
     results_.bus = bus;
     results_.started = started;
@@ -73,6 +75,7 @@ void ResultCollector::passBegan(int /*first*/, int /*last*/) {
     anyRow_ = false;
     lastEnded_ = kNone;
     open_.clear();
+    last_.clear();
     passBegan_ = host_.now();
     listNotReached();
 }
@@ -115,7 +118,36 @@ void ResultCollector::rowBegan(int row) {
     if (!inPass_ && open_.empty() && all.size() >= kMostByHand)
         all.erase(all.begin());
     open_.push_back(all.size());
+    if (inPass_) {
+        Ran& ran = last_[row];
+        ran.at = all.size();
+        ++ran.runs;
+    }
     all.push_back(std::move(result));
+}
+
+const RowResult* ResultCollector::latest(int row) const {
+    for (auto at = results_.byHand.rbegin(); at != results_.byHand.rend() && at->began >= passBegan_; ++at)
+        if (at->line == row)
+            return &*at;
+    const auto found = last_.find(row);
+    return found == last_.end() ? nullptr : &results_.passes.back().rows[found->second.at];
+}
+
+int ResultCollector::runs(int row) const {
+    const auto found = last_.find(row);
+    int count = found == last_.end() ? 0 : found->second.runs;
+    for (auto at = results_.byHand.rbegin(); at != results_.byHand.rend() && at->began >= passBegan_; ++at)
+        count += at->line == row ? 1 : 0;
+    return count;
+}
+
+void ResultCollector::newTable() {
+    last_.clear();
+    if (inPass_)
+        return; // the run ends at its next row, and tells what it came to
+    results_ = {};
+    open_.clear();
 }
 
 RowResult* ResultCollector::current() {

@@ -68,6 +68,13 @@ class ResultCollector final : public ScriptObserver {
     const ScriptResults& results() const { return results_; }
     /// The row that rowEnded() told of last; nullptr before the first, or once its pass is over.
     const RowResult* lastEnded() const;
+    /// What the row came to when it ran last: in the pass that runs or ran last, or by hand since. nullptr if
+    /// it has not run.
+    const RowResult* latest(int row) const;
+    /// How often the row has run since the last pass began.
+    int runs(int row) const;
+    /// Another script is in the table: of its rows nothing is known, and no run of it has been.
+    void newTable();
     /// A new run: of what, and when.
     void begin(const std::string& script, const std::string& bus, const WallTime& started);
     /// The run is over. \param end as its last pass told, or what a program knows better: a lost link, an
@@ -103,7 +110,12 @@ class ResultCollector final : public ScriptObserver {
     bool anyRow_ = false; ///< the pass has begun one
     Milliseconds passBegan_{0};
     std::size_t lastEnded_ = kNone; ///< its place among the rows
-    std::vector<std::size_t> open_; ///< places of the rows that have begun, the innermost last
+    std::vector<std::size_t> open_;   ///< places of the rows that have begun, the innermost last
+    struct Ran {
+        std::size_t at = 0; ///< place of the last time in the pass
+        int runs = 0;
+    };
+    std::map<int, Ran> last_; ///< rows that have run in the last pass
 };
 
 } // namespace vrk

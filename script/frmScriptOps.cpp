@@ -46,6 +46,7 @@ frmScriptOps::frmScriptOps(PanelContext& panelContext, Uses uses)
     run_.observe(*this);
     wireFiles();
     wireRuns();
+    wireRecording();
     showBus();
 }
 
@@ -77,6 +78,12 @@ void frmScriptOps::wireFiles() {
     wireClick(cmdReload2, &frmScriptOps::cmdReload2_Click);
     wireClick(cmdBrowse, &frmScriptOps::cmdBrowse_Click);
     wireClick(cmdStartRec, &frmScriptOps::cmdStartRec_Click);
+    cmdStartRec[0].onClick([this] {
+        if (ask && unreadRows() > 0)
+            ask(Question::SaveUnread, [this] { cmdStartRec_Click(0); });
+        else
+            cmdStartRec_Click(0);
+    });
     action("UpdateExpected", &frmScriptOps::UpdateExpected);
     action("Auto_Script_Save", &frmScriptOps::Auto_Script_Save);
     txtI2CAdr.onKeyPress([this](int key) {
@@ -149,9 +156,12 @@ void frmScriptOps::ReadScriptFile() {
     request.filter = "Tessmark Script Files |*.txt|All Files|*.*";
     request.defaultExtension = "*.txt";
     const auto path = context().dialogs.chooseFile(request);
-    if (!path || path->empty())
-        return;
-    chosenPath_ = *path;
+    if (path && !path->empty() && mayDiscard())
+        openFile(*path);
+}
+
+void frmScriptOps::openFile(const std::string& path) {
+    chosenPath_ = path;
     script_.ScriptLoaded = true;
     try {
         LoadScriptFile();
@@ -172,6 +182,15 @@ void frmScriptOps::LoadScriptFile() {
     const std::string title = titleOf(chosenPath_);
     if (lines.empty())
         throw Fault(title + " is empty");
+    unsaved_ = false;
+    showRecording();
+    loadedPath_ = chosenPath_;
+    takeLines(lines, title);
+    cmdReload2.setEnabled(true);
+    tell(true, title + " loaded", decimalText(script_.TotalLines) + " lines", &vbalGrid1);
+}
+
+void frmScriptOps::takeLines(const std::vector<std::string>& lines, const std::string& title) {
     uses_.run.ScriptAbort = uses_.run.ScriptAbort || script_.ScriptRunning;
     debugger_.go();
     setRunButtons(false);
@@ -182,8 +201,11 @@ void frmScriptOps::LoadScriptFile() {
     txtScriptLine1.setText(shortTime(context().clock().wallTime()));
     rehearsal_.reset();
     lblRehearsal.setCaption("");
-    loadedPath_ = chosenPath_;
     loadedForSpi_ = uses_.mode.SPIBusMode;
+    collector_.newTable();
+    for (auto& report : cmdReport)
+        report->setEnabled(!results().passes.empty());
+    takeBreakpoints();
     {
         // Also what was read ahead of a line that stops the load.
         const OnScopeExit show([this] {
@@ -195,9 +217,33 @@ void frmScriptOps::LoadScriptFile() {
     }
     frmScriptExec.setEnabled(true);
     lblCaption.setCaption("[ " + title + " ]    Script IC Send / Receive");
-    cmdReload2.setEnabled(true);
-    setRunButtons(true);
-    tell(true, title + " loaded", decimalText(script_.TotalLines) + " lines", &vbalGrid1);
+    setRunButtons(!recording_);
+}
+
+void frmScriptOps::showLoaded() {
+    lblCaption.setCaption("[ " + titleOf(loadedPath_) + " ]    Script IC Send / Receive");
+}
+
+std::string frmScriptOps::pathOfScript() const {
+    return loadedPath_.empty() ? std::string() : inWorkingFolder(loadedPath_).lexically_normal().string();
+}
+
+void frmScriptOps::takeBreakpoints() {
+    const std::string path = pathOfScript();
+    if (path == breakpointPath_ && !path.empty())
+        return; // the same file again
+    if (path.empty() && recorded_.size() > 1)
+        return; // the recording goes on
+    breakpointPath_ = path;
+    debugger_.setBreakpoints(uses_.breakpoints != nullptr && !path.empty()
+                                 ? uses_.breakpoints->breakpoints(path)
+                                 : std::set<int>());
+}
+
+void frmScriptOps::keepBreakpoints() {
+    breakpointPath_ = pathOfScript();
+    if (uses_.breakpoints != nullptr && !breakpointPath_.empty())
+        uses_.breakpoints->keepBreakpoints(breakpointPath_, debugger_.breakpoints());
 }
 
 void frmScriptOps::setRunButtons(bool enabled) {

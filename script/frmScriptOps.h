@@ -6,6 +6,7 @@
 #include "script/ScriptCheck.h"
 #include "script/ScriptDebugger.h"
 #include "script/ScriptFile.h"
+#include "script/ScriptRecorder.h"
 #include "script/ScriptRehearsal.h"
 #include "script/ScriptResults.h"
 #include "script/ScriptRun.h"
@@ -31,6 +32,8 @@ class frmScriptOps final : public Panel, public ActivePanel, private ScriptField
         std::function<std::string()> deviceAddress;
         /// Makes a simulated bench for rehearsals; empty: there are none.
         RehearsalFactory rehearsalBench{};
+        /// Where breakpoints outlive the program; nullptr: they go with it.
+        BreakpointStore* breakpoints = nullptr;
     };
 
     frmScriptOps(PanelContext& context, Uses uses);
@@ -92,8 +95,18 @@ class frmScriptOps final : public Panel, public ActivePanel, private ScriptField
     Button cmdRehearse{*this, "cmdRehearse"};
     Label lblRehearsal{*this, "lblRehearsal"};
 
+    // What is done on the I2C panel, as rows of a new script
+    Button cmdRecord{*this, "cmdRecord"};
+    Button cmdRecordStop{*this, "cmdRecordStop"};
+    Button cmdRecordSave{*this, "cmdRecordSave"};
+
+    /// Reports of the last run: JUnit, JSON, CSV
+    ControlArray<Button> cmdReport{*this, "cmdReport", 0, 2};
+
     /// Asks for a file and loads it; what stops the load is told in lblLoadStatus.
     void ReadScriptFile();
+    /// The same of a file that is known.
+    void openFile(const std::string& path);
     /// Loads the file chosen. \throws Fault; a file that cannot be read leaves the script that is loaded
     void LoadScriptFile();
     void cmdReload2_Click();
@@ -121,12 +134,39 @@ class frmScriptOps final : public Panel, public ActivePanel, private ScriptField
     /// Runs a row again; the result that it had stays in the list.
     void RetryRow(int row);
     ScriptDebugger& debugger() { return debugger_; }
+    const ScriptDebugger& debugger() const { return debugger_; }
+
+    /// What a window asks ahead of a gesture that cannot be undone. Called by name, an action does as told.
+    enum class Question {
+        SaveUnread, ///< rows that were never read would be written as "--"
+        ManyWrites  ///< the rehearsal says that the run wears the part's non-volatile cells
+    };
+    /// Gets the question and what to do once the user agrees. Empty: nobody asks.
+    std::function<void(Question question, std::function<void()> goOn)> ask;
+    std::string questionText(Question question) const;
+    /// The gestures behind a window's own buttons: with the question, where there is one.
+    void userRunFromHere(int row);
+    void userRunSelection(int first, int last);
+
+    void cmdRecord_Click();
+    void cmdRecordStop_Click();
+    void cmdRecordSave_Click();
+    bool recording() const { return recording_; }
+    /// What was recorded is in no file.
+    bool unsavedRecording() const { return unsaved_; }
+    void cmdReport_Click(int index);
 
     void cmdRehearse_Click();
     /// Of the script as it is loaded; nothing if it was not rehearsed.
     const std::optional<Rehearsal>& rehearsal() const { return rehearsal_; }
 
     const ScriptResults& results() const { return collector_.results(); }
+    /// As in ResultCollector.
+    const RowResult* latest(int row) const { return collector_.latest(row); }
+    int rowRuns(int row) const { return collector_.runs(row); }
+    /// The innermost row that has begun and not ended; 0: none.
+    int rowInProgress() const { return openRows_.empty() ? 0 : openRows_.back(); }
+    int lastOfMainPart() const { return script_.EndMainStep - 1; }
     const std::vector<ScriptFinding>& findings() const { return findings_; }
     /// The file in the table, empty if there is none.
     const std::string& scriptPath() const { return loadedPath_; }
@@ -136,10 +176,27 @@ class frmScriptOps final : public Panel, public ActivePanel, private ScriptField
     [[nodiscard]] Subscription observeScript(std::function<void()> observer) {
         return scriptChanged_.connect(std::move(observer));
     }
+    /// A row begins, or has ended. Rows nest.
+    [[nodiscard]] Subscription observeRows(std::function<void(int row, bool began)> observer) {
+        return rowSteps_.connect(std::move(observer));
+    }
 
   private:
     void wireRuns();
     void wireFiles();
+    void wireRecording();
+    void takeLines(const std::vector<std::string>& lines, const std::string& title);
+    void showLoaded();
+    void showRecording();
+    void record(const I2cTransfer& transfer);
+    /// A recording that was never saved is asked for. \return true if it may go
+    bool mayDiscard();
+    std::string pathOfScript() const;
+    void keepBreakpoints();
+    void takeBreakpoints();
+    void askForRun(bool endless, std::function<void()> run);
+    void debuggerMoved();
+    void tellFail(int row);
     void mirror(int row, int column);
     void mirrorAll();
     void showLoadFault(const std::string& reason);
@@ -162,6 +219,7 @@ class frmScriptOps final : public Panel, public ActivePanel, private ScriptField
     void passBegan(int first, int last) override;
     void passEnded(ScriptEnd end) override;
     void rowBegan(int row) override;
+    void rowEnded(int row) override;
 
     Uses uses_;
     ScriptState& script_;
@@ -176,10 +234,19 @@ class frmScriptOps final : public Panel, public ActivePanel, private ScriptField
     std::vector<ScriptFinding> findings_;
     std::optional<Rehearsal> rehearsal_;
     std::vector<std::unique_ptr<Activity>> activities_; ///< one for each run on the stack
+    ScriptRecorder recorder_;
+    std::vector<std::string> recorded_;
+    bool recording_ = false;
+    bool unsaved_ = false; ///< what was recorded is in no file
+    std::vector<int> openRows_;
+    std::string breakpointPath_; ///< of the script that the breakpoints belong to
     int firstRow_ = 1;
     int lastRow_ = 0;
     Subscription debuggerWatch_;
+    Subscription breakpointWatch_;
+    Subscription transfers_;
     Signal<> scriptChanged_;
+    Signal<int, bool> rowSteps_;
 };
 
 } // namespace vrk

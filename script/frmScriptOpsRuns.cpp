@@ -2,6 +2,7 @@
 
 #include "platform/runtime/text.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace vrk {
@@ -79,7 +80,60 @@ void frmScriptOps::wireRuns() {
     action("RunFromHere", &frmScriptOps::RunFromHere);
     action("RunSelection", &frmScriptOps::RunSelection);
     action("RetryRow", &frmScriptOps::RetryRow);
-    debuggerWatch_ = debugger_.observe([this] { cmdGo.setEnabled(debugger_.paused()); });
+    cmdExecAll.onClick([this] { askForRun(false, [this] { cmdExecAll_Click(); }); });
+    cmdRunContinuous.onClick([this] { askForRun(true, [this] { cmdRunContinuous_Click(); }); });
+    cmdStep.onClick([this] { askForRun(false, [this] { cmdStep_Click(); }); });
+    debuggerWatch_ = debugger_.observe([this] { debuggerMoved(); });
+    breakpointWatch_ = debugger_.observeBreakpoints([this] { keepBreakpoints(); });
+}
+
+void frmScriptOps::debuggerMoved() {
+    cmdGo.setEnabled(debugger_.paused());
+    if (debugger_.paused() && debugger_.reason() == ScriptDebugger::Reason::Fail)
+        tellFail(debugger_.pausedAt());
+}
+
+void frmScriptOps::tellFail(int row) {
+    const RowResult* result = latest(row);
+    if (result == nullptr)
+        return;
+    tell(false,
+         "Row " + script_.table.text(row, ScriptColumn::Line) + " failed: expected " + result->expected +
+             ", read " + (result->read.empty() ? "nothing" : result->read),
+         decimalText(number(Text::RdFails)) + " of " +
+             decimalText(number(Text::RdFails) + number(Text::RdPass)) + " comparisons",
+         &vbalGrid1);
+}
+
+void frmScriptOps::askForRun(bool endless, std::function<void()> run) {
+    // Without an end any write is too many.
+    const int writes = rehearsal_ ? rehearsal_->totalWrites() : 0;
+    const bool many = writes > (endless ? 0 : Rehearsal::kManyWrites);
+    if (ask && many && !script_.ScriptRunning)
+        ask(Question::ManyWrites, std::move(run));
+    else
+        run();
+}
+
+std::string frmScriptOps::questionText(Question question) const {
+    if (question == Question::SaveUnread)
+        return decimalText(unreadRows()) +
+               " rows with expected data were never read: \"--\" would be written in their place.";
+    std::string registers;
+    if (rehearsal_)
+        for (const auto& [reg, count] : rehearsal_->nonvolatileWrites)
+            registers += (registers.empty() ? " (" : ", ") + decimalText(count) + " to " + reg;
+    return "Each pass writes the part's non-volatile cells " +
+           decimalText(rehearsal_ ? rehearsal_->totalWrites() : 0) + " times" + registers +
+           (registers.empty() ? "" : ")") + ": they wear.";
+}
+
+void frmScriptOps::userRunFromHere(int row) {
+    askForRun(false, [this, row] { RunFromHere(row); });
+}
+
+void frmScriptOps::userRunSelection(int first, int last) {
+    askForRun(false, [this, first, last] { RunSelection(first, last); });
 }
 
 TextBox& frmScriptOps::box(Text field) {
@@ -124,9 +178,20 @@ void frmScriptOps::passBegan(int first, int last) {
     uses_.services.link.activePanel = this;
     firstRow_ = first;
     lastRow_ = last;
+    cmdRecord.setEnabled(false);
+    for (auto& report : cmdReport)
+        report->setEnabled(true);
+}
+
+void frmScriptOps::rowEnded(int row) {
+    if (!openRows_.empty())
+        openRows_.pop_back();
+    rowSteps_.emit(row, false);
 }
 
 void frmScriptOps::rowBegan(int row) {
+    openRows_.push_back(row);
+    rowSteps_.emit(row, true);
     if (!activities_.empty() && row >= firstRow_ && row <= lastRow_)
         activities_.back()->progress(row - firstRow_, lastRow_ - firstRow_ + 1);
 }
@@ -135,12 +200,20 @@ void frmScriptOps::passEnded(ScriptEnd end) {
     cmdAbort.setEnabled(false);
     frmDataRecord.setEnabled(true);
     setRunButtons(true);
+    showRecording();
     const PassResult& pass = results().passes.back();
     const bool good = pass.failed == 0 && pass.errors == 0 && end == ScriptEnd::Completed;
+    const auto bad = std::find_if(pass.rows.begin(), pass.rows.end(),
+                                  [](const RowResult& row) { return row.verdict >= RowVerdict::Fail; });
+    std::string detail = pass.errors == 0 ? "" : decimalText(pass.errors) + " rows in error; ";
+    if (bad != pass.rows.end())
+        detail += "first in row " + decimalText(bad->line) +
+                  (bad->verdict == RowVerdict::Error ? ": " + bad->why
+                                                     : ": expected " + bad->expected + ", read " + bad->read);
     tell(good,
          "Script " + std::string(scriptEndName(end)) + ": " + decimalText(pass.passed) + " passed, " +
              decimalText(pass.failed) + " failed",
-         pass.errors == 0 ? "" : decimalText(pass.errors) + " rows in error", &txtRdFails);
+         detail, &vbalGrid1);
     scriptChanged_.emit();
 }
 
@@ -187,6 +260,8 @@ void frmScriptOps::ExecStep(int row, int /*column*/) {
 }
 
 void frmScriptOps::vbalGrid1_Click() {
+    if (recording_)
+        return; // a row's own transfers are no gestures to be recorded
     if (vbalGrid1.row() >= 1 && vbalGrid1.row() <= script_.table.rows())
         run_.runRow(vbalGrid1.row());
 }

@@ -9,6 +9,7 @@ Bench::Bench(const Parts& parts)
     : context_{parts.events, parts.dialogs, parts.clipboard, parts.programFolder, parts.workingFolder},
       link_(context_, parts.host, trace_),
       rehearsalBench_(parts.rehearsalBench),
+      breakpoints_(parts.breakpoints),
       frmStartup(context_, "frmStartup", "VRK Evaluation",
                  [this] {
                      return std::make_shared<class frmStartup>(
@@ -52,7 +53,8 @@ Bench::Bench(const Parts& parts)
                    [this] {
                        return std::make_shared<class frmScriptOps>(
                            context_, frmScriptOps::Uses{services_, busMode_, run_, script_,
-                                                        [this] { return scriptAddress(); }, rehearsalBench_});
+                                                        [this] { return scriptAddress(); }, rehearsalBench_,
+                                                        breakpoints_});
                    }),
       motherboard_(context_, link_, analog_, supply_, frmMotherboardDAQ2),
       services_{

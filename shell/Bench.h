@@ -37,6 +37,8 @@ class Bench final : private ShellControl, private ProductTable {
         std::filesystem::path workingFolder;
         /// Makes a simulated bench to rehearse a script on; empty: scripts cannot be rehearsed.
         RehearsalFactory rehearsalBench{};
+        /// Where the breakpoints of scripts outlive the program; nullptr: they go with it.
+        BreakpointStore* breakpoints = nullptr;
     };
 
     explicit Bench(const Parts& parts);
@@ -60,6 +62,9 @@ class Bench final : private ShellControl, private ProductTable {
     const std::vector<PanelRow>& panelTable() const { return table_; }
     /// The device panel that was in front last, and still lives; nullptr if there is none.
     DevicePanel* devicePanel() const;
+
+    /// For which bus the product table and the scripts work.
+    const BusMode& busMode() const { return busMode_; }
 
     SharedValues& sharedValues() { return sharedValues_; }
     /// An action of a module that is no panel (`initSupplyDefaults`, `initHIDConnection`); nullptr if there
@@ -102,6 +107,7 @@ class Bench final : private ShellControl, private ProductTable {
     PinPanelState pushButton_;
     RunInState runIn_;
     RehearsalFactory rehearsalBench_;
+    BreakpointStore* breakpoints_;
     std::string lastDevicePanel_; ///< name; the panel may be gone
     std::string tableOpener_;     ///< name of the panel that the product table stands for
 

@@ -1,5 +1,6 @@
 #include "apps/vrkbench/Desktop.h"
 
+#include "apps/rehearsal/SimulatedRehearsal.h"
 #include "apps/vrkbench/SimulatedSocket.h"
 #include "link/reportLayout.h"
 #include "platform/files/files.h"
@@ -48,12 +49,17 @@ Desktop::Desktop(const DesktopOptions& options)
     hid::requireOtherFile(options.replay, options.wireLog);
     if (!options.wireLog.empty())
         log_.emplace(recorder_, clock_, options.wireLog, complain);
-    bench_ = std::make_unique<Bench>(Bench::Parts{.events = events_,
-                                                  .dialogs = dialogs_,
-                                                  .clipboard = clipboard_,
-                                                  .host = recorder_,
-                                                  .programFolder = programFolder(options.folder),
-                                                  .workingFolder = std::filesystem::current_path()});
+    makeSettings(options.settings);
+    const std::filesystem::path folder = programFolder(options.folder);
+    bench_ = std::make_unique<Bench>(
+        Bench::Parts{.events = events_,
+                     .dialogs = dialogs_,
+                     .clipboard = clipboard_,
+                     .host = recorder_,
+                     .programFolder = folder,
+                     .workingFolder = std::filesystem::current_path(),
+                     .rehearsalBench = [this, folder] { return rehearsalBench(folder); },
+                     .breakpoints = breakpoints_ ? &*breakpoints_ : nullptr});
     dialogs_.onFurther = [this](const std::string& text) {
         PanelContext& context = bench_->context();
         Result further;
@@ -66,7 +72,6 @@ Desktop::Desktop(const DesktopOptions& options)
         supplies_.leaveAsTheyAre(); // a report that is not in the recording would pass for a difference
     if (kind_ == BoardKind::Real)
         plugs_.emplace(patient_, events_);
-    makeSettings(options.settings);
     workspace_ = std::make_unique<Workspace>(viewContext(), settings_.get());
 }
 
@@ -119,7 +124,20 @@ void Desktop::makeSettings(bool wanted) {
     settings_ =
         std::make_unique<QSettings>(QSettings::IniFormat, QSettings::UserScope, "vrkbench", "workspace");
     dialogs_.lastFolder = [this] { return settings_->value("files/folder").toString(); };
+    breakpoints_.emplace(*settings_);
     dialogs_.folderUsed = [this](const QString& folder) { settings_->setValue("files/folder", folder); };
+}
+
+std::unique_ptr<RehearsalBench> Desktop::rehearsalBench(const std::filesystem::path& folder) const {
+    RehearsalSetUp setUp{.bus = bench_->busMode().SPIBusMode ? ScriptedBus::SPI : ScriptedBus::I2C,
+                         .part = {},
+                         .folder = folder};
+    // "KV4071, I2C, Single Channel, 128 Tap ZQM"
+    if (const auto* panel = dynamic_cast<const WiperPanel*>(bench_->devicePanel())) {
+        const std::string& product = panel->lblProduct.caption();
+        setUp.part = product.substr(0, product.find(','));
+    }
+    return makeRehearsalBench(setUp);
 }
 
 ViewContext Desktop::viewContext() {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "apps/vrkbench/BreakpointSettings.h"
 #include "apps/vrkbench/PlugWatch.h"
 #include "link/SupplyGuard.h"
 #include "platform/hid/PatientHost.h"
@@ -68,6 +69,7 @@ class Desktop {
     void makeSettings(bool wanted);
     ViewContext viewContext();
     void openPart();
+    std::unique_ptr<RehearsalBench> rehearsalBench(const std::filesystem::path& folder) const;
 
     RealClock clock_;
     EventLoop events_{clock_};
@@ -83,10 +85,11 @@ class Desktop {
     hid::PatientHost patient_;
     hid::WireRecorder recorder_;
     std::optional<hid::WireLog> log_;
+    std::unique_ptr<QSettings> settings_;
+    std::optional<BreakpointSettings> breakpoints_;
     SupplyGuard supplies_; ///< after the bench at the end, when the link has closed its handles
     std::unique_ptr<Bench> bench_;
     std::optional<PlugWatch> plugs_;
-    std::unique_ptr<QSettings> settings_;
     std::unique_ptr<Workspace> workspace_;
 };
 

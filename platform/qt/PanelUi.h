@@ -58,6 +58,8 @@ class PanelUi {
     void watch(Control& control, std::function<void()> show);
     /// Ends the subscription with the panel.
     void keep(Subscription subscription) { watches_.push_back(std::move(subscription)); }
+    /// A binding that a view has made by itself, for a widget of its own kind.
+    void adopt(Binding* binding) { bindings_.push_back(binding); }
     /// Ties a menu's own entry in its menu bar.
     void tieMenu(MenuEntry& control, QAction& action) { bindings_.push_back(bind(control, action)); }
     /// A second, silent picture of a text: a band's, a heading's.

@@ -17,6 +17,7 @@ class ScriptBench : public I2cPanelTest {
     ScriptState script;
     PortState& ports = bench.services().ports;
     RehearsalFactory rehearsals;
+    BreakpointStore* breakpoints = nullptr;
 
     void SetUp() override { openI2c(); }
     frmScriptOps& panel() { return *slot; }
@@ -56,7 +57,7 @@ class ScriptBench : public I2cPanelTest {
                                          bench.context(),
                                          frmScriptOps::Uses{bench.services(), mode, run, script,
                                                             [this] { return i2c().txtDeviceAdr.text(); },
-                                                            rehearsals});
+                                                            rehearsals, breakpoints});
                                  }};
 
     ConsoleBus scriptBus{bench.services()};

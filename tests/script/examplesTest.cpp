@@ -99,6 +99,18 @@ TEST_F(ScriptExamplesTest, RehearsalKnowsRowsThatNoPartCanPass) {
                 ::testing::HasSubstr(R"("nonvolatileWrites":{"all":1},"neverPass":[4,5,6,7,9]}})"));
     EXPECT_THAT(boxes(), IsEmpty());
 
+    // Of many writes a window asks; without an end any are too many.
+    std::vector<std::string> asked;
+    panel().ask = [&](frmScriptOps::Question question, const std::function<void()>& goOn) {
+        asked.push_back(panel().questionText(question));
+        EXPECT_TRUE(goOn);
+    };
+    wire.clear();
+    ASSERT_TRUE(panel().cmdRunContinuous.userClick().done());
+    EXPECT_THAT(asked, ElementsAre(::testing::HasSubstr("1 times (1 to all)")));
+    EXPECT_THAT(transfers(), IsEmpty());
+    panel().ask = {};
+
     panel().chkAOF.setValue(1);
     ASSERT_TRUE(panel().cmdRehearse.userClick().done());
     EXPECT_THAT(panel().rehearsal()->wouldFail, ElementsAre(2));

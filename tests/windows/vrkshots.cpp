@@ -1,8 +1,10 @@
 /// Writes pictures of the workspace at work: `vrkshots FOLDER [--light | --dark]`, at 1280 x 720 and
 /// 1600 x 1000. The device pixel ratio comes from QT_SCALE_FACTOR.
 
+#include "platform/files/files.h"
 #include "platform/qt/theme.h"
 #include "tests/windows/WindowBench.h"
+#include "views/pages/scriptRows.h"
 #include "views/workspace/Dock.h"
 #include "views/workspace/Help.h"
 
@@ -10,10 +12,12 @@
 #include <QDir>
 #include <QFontDatabase>
 #include <QTest>
+#include <QTimer>
 
 #include <cstdio>
 #include <cstdlib>
 #include <string>
+#include <utility>
 
 using namespace vrk;
 
@@ -110,6 +114,47 @@ void shootPinPages(WindowBench& bench, Shooter& shooter) {
     bench.bus.socket("KV4074");
 }
 
+/// A script with every kind of row, one of which fails and one warns.
+constexpr const char* kScript =
+    "# limits.txt: wiper limits and ACR\n`A50\n02,80, # WR register\n00,3F, # mid scale\n"
+    "`w100\n00,,3F # check\n00,7F,7F # top\n00,00,00 # bottom\n00,40,40\n"
+    "00,FF,FF # reads back 7F\n00,2A,2A # stored\n`w400\n00,,2A # after the store\n"
+    "02,80,80 # WR register again\n00,15,15\n`w # look at the scope\n"
+    "03,55,55 # general register\n`G1234\n00,00,00\n`S\n`ENDM\n";
+
+/// Loaded, running, paused at a breakpoint, failed with its bytes in the dock.
+void shootScript(WindowBench& bench, Shooter& shooter, const QString& folder) {
+    Bench& b = bench.bench;
+    bench.bus.socket("KV4071");
+    (void)b.frmVRK_User1->mnu_KV4071.userClick();
+    (void)b.frmVRK_User1->mnuScriptShow.userClick();
+    frmScriptOps& script = *b.frmScriptOps;
+    const std::string path = (folder + "/limits.txt").toStdString();
+    replaceFile(path, kScript);
+    script.openFile(path);
+    bench.workspace.dock().setFolded(true);
+    shooter.shoot("script-loaded");
+    script.debugger().setBreakpoints({13, 19});
+    bool running = false;
+    const auto watch = script.observeRows([&](int row, bool began) {
+        if (row == 7 && began && !std::exchange(running, true))
+            shooter.shoot("script-running");
+    });
+    QTimer paused;
+    QObject::connect(&paused, &QTimer::timeout, [&] {
+        if (!script.debugger().paused())
+            return;
+        paused.stop();
+        shooter.shoot("script-paused");
+        if (auto* table = dynamic_cast<StepTable*>(bench.workspace.page("frmScriptOps")->find("vbalGrid1")))
+            table->mark(10);
+        shooter.shoot("script-failed");
+        (void)script.cmdAbort.userClick();
+    });
+    paused.start(50);
+    (void)script.cmdExecAll.userClick();
+}
+
 int shootAll(const QString& folder, const QString& shade) {
     WindowBench bench(folder.toStdString());
     Shooter shooter(bench, folder, shade);
@@ -146,6 +191,7 @@ int shootAll(const QString& folder, const QString& shade) {
     workspace.showHelp("I2C panel");
     shooter.shoot("help");
     workspace.help().hide();
+    shootScript(bench, shooter, folder);
     show(b.ProductExec);
     (void)b.events().deliver([&b] {
         b.ProductExec->ReadParameters(std::string(VRK_EXAMPLES) + "/parts-I2C.csv");

@@ -20,6 +20,7 @@ namespace vrk {
 
 class Section;
 struct PageRow;
+struct WireExcerpt;
 
 /// An action of a page that a key does.
 struct PageKey {
@@ -83,6 +84,12 @@ class PageUi final : public QObject {
         if (onOpenPlot)
             onOpenPlot();
     }
+    /// Shows reports in the dock's tab of bytes. \param open brings the tab into sight; else they are shown
+    /// where it is in sight already.
+    void showWire(const WireExcerpt& excerpt, bool open) const {
+        if (onShowWire)
+            onShowWire(excerpt, open);
+    }
     /// Opens another page, as its entry in the rail does. \param name as in the table of pages.
     void openPage(const QString& name) const {
         if (onOpenPage)
@@ -139,6 +146,7 @@ class PageUi final : public QObject {
     QAction* findAction(const QString& name) const;
     std::function<void()> onOpenPlot;
     std::function<void(const QString&)> onOpenPage;
+    std::function<void(const WireExcerpt&, bool open)> onShowWire;
     /// The content's least size has changed: what gives way to it may be another.
     std::function<void()> onLeastSize;
     /// Widgets of the head that belong to the workspace: the button that takes the page out.

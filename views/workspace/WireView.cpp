@@ -6,11 +6,15 @@
 #include "platform/qt/theme.h"
 
 #include <QApplication>
+#include <QByteArray>
 #include <QClipboard>
+#include <QGridLayout>
 #include <QHeaderView>
+#include <QLabel>
 #include <QPushButton>
 #include <QTableView>
 
+#include <algorithm>
 #include <array>
 
 namespace vrk {
@@ -61,14 +65,29 @@ QString i2cWords(const hid::Report& report) {
         .arg(where, hex(report, report::kI2cPayload, registers + count).left(60));
 }
 
+/// A reply says what it brings only together with what was asked.
+QString replyWords(const hid::Report& reply, const hid::Report* request) {
+    if (reply[report::kErrorByte] != 0)
+        return "error " + hex(reply[report::kErrorByte]);
+    if (request == nullptr)
+        return "good";
+    const auto command = static_cast<report::Command>((*request)[report::kCommandByte]);
+    std::size_t count = 0;
+    if (command == report::Command::I2cTransfer && ((*request)[report::kI2cAddress] & 1U) != 0)
+        count = (*request)[report::kI2cCount];
+    else if (command == report::Command::SpiTransfer && (*request)[report::kSpiRead] != 0)
+        count = (*request)[report::kSpiCount];
+    return count == 0 ? QString("good") : "good, data " + hex(reply, report::kFirstData, count).left(60);
+}
+
 } // namespace
 
-QString reportWords(const hid::WireEvent& event) {
+QString reportWords(const hid::WireEvent& event, const hid::WireEvent* request) {
     const hid::Report& report = event.report;
     if (event.failed)
         return "the board did not take the report";
     if (event.direction == hid::WireEvent::Direction::In)
-        return report[report::kErrorByte] == 0 ? "good" : "error " + hex(report[report::kErrorByte]);
+        return replyWords(report, request == nullptr ? nullptr : &request->report);
     const std::uint8_t number = report[report::kCommandByte];
     if (number >= report::kCommandCount)
         return "unknown command " + hex(number);
@@ -100,7 +119,7 @@ class WireView::Model final : public QAbstractTableModel {
     explicit Model(WireView& view) : QAbstractTableModel(&view), view_(view) {}
     void refresh() {
         beginResetModel();
-        rows_ = static_cast<int>(view_.reports_.size());
+        rows_ = static_cast<int>(view_.count());
         endResetModel();
     }
     int rowCount(const QModelIndex& parent) const override { return parent.isValid() ? 0 : rows_; }
@@ -113,12 +132,14 @@ class WireView::Model final : public QAbstractTableModel {
     }
     QVariant data(const QModelIndex& index, int role) const override {
         const auto row = static_cast<std::size_t>(index.row());
-        if (row >= view_.reports_.size())
+        if (row >= view_.count())
             return {};
-        const hid::WireEvent& event = view_.reports_[row];
+        const hid::WireEvent& event = view_.shown(row);
         const bool out = event.direction == hid::WireEvent::Direction::Out;
         if (role == Qt::ForegroundRole) {
-            const bool bad = event.failed || (!out && event.report[report::kErrorByte] != 0);
+            // Of a row that failed the last reply brought what was not expected.
+            const bool last = view_.excerpt_ && view_.excerpt_->failed && row + 1 == view_.count();
+            const bool bad = event.failed || (!out && (last || event.report[report::kErrorByte] != 0));
             if (bad && index.column() == 3)
                 return colours().failure;
             return index.column() == 0 ? QVariant(toneColour(Tone::Quiet)) : QVariant();
@@ -129,14 +150,14 @@ class WireView::Model final : public QAbstractTableModel {
             return {};
         switch (index.column()) {
         case 0:
-            return QString("+%1 ms").arg((event.at - view_.start_).count());
+            return QString("+%1 ms").arg((event.at - view_.shownStart()).count());
         case 1:
             return out ? "out" : "in";
         case 2:
             return role == Qt::ToolTipRole ? hex(event.report, 0, event.report.size())
                                            : shortHex(event.report);
         default:
-            return reportWords(event);
+            return view_.wordsOf(row);
         }
     }
 
@@ -145,8 +166,69 @@ class WireView::Model final : public QAbstractTableModel {
     int rows_ = 0;
 };
 
+/// Left of an excerpt's reports: what was expected, what was read, and the bits in which they differ.
+class WireView::Head final : public QWidget {
+  public:
+    Head() : title_(heading({})), bits_(quietText({})), note_(quietText({})) {
+        setObjectName("wire.head");
+        for (QLabel* value : {&expected_, &read_}) {
+            value->setTextFormat(Qt::PlainText);
+            value->setFont(valueFont(kStripScale));
+            value->setTextInteractionFlags(Qt::TextSelectableByMouse);
+        }
+        bits_->setFont(valueFont());
+        for (QLabel* words : std::initializer_list<QLabel*>{&expected_, &read_, bits_, note_}) {
+            words->setWordWrap(true);
+            words->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+        }
+        auto* facts = grid({{"expected", &expected_}, {"read", &read_}, {"differ in", bits_}});
+        facts->setColumnStretch(1, 1);
+        auto* all = column({qt::row({&lamp_, title_, stretch}), facts, note_, stretch});
+        all->setContentsMargins(kUnit, kUnit / 2, kUnit, kUnit / 2);
+        setLayout(all);
+        setFixedWidth(dp(220));
+        hide();
+    }
+    void show(const WireExcerpt& excerpt) {
+        title_->setText(excerpt.title);
+        lamp_.setColour(excerpt.failed ? Colour::LightRed : Colour::LightGreen);
+        expected_.setText(excerpt.expected.isEmpty() ? kNeverRead : excerpt.expected);
+        read_.setText(excerpt.read.isEmpty() ? kNeverRead : excerpt.read);
+        read_.setTone(excerpt.failed ? Tone::Failed : Tone::Plain);
+        bits_->setText(differingBits(excerpt));
+        note_->setText(excerpt.note);
+        setVisible(true);
+    }
+
+  private:
+    /// "byte 0: 1000 0000", of the first byte that differs.
+    static QString differingBits(const WireExcerpt& excerpt) {
+        const QByteArray expected = QByteArray::fromHex(excerpt.expected.toLatin1());
+        const QByteArray read = QByteArray::fromHex(excerpt.read.toLatin1());
+        for (qsizetype at = 0; at < std::min(expected.size(), read.size()); ++at) {
+            const int bits = (expected[at] ^ read[at]) & 0xFF;
+            if (bits != 0)
+                return QString("byte %1: %2")
+                    .arg(at)
+                    .arg(QString("%1").arg(bits, 8, 2, QChar('0')).insert(4, ' '));
+        }
+        return kNeverRead;
+    }
+
+    LampWidget lamp_;
+    QLabel* title_;
+    ToneLabel expected_;
+    ToneLabel read_;
+    QLabel* bits_;
+    QLabel* note_;
+};
+
 WireView::WireView(hid::WireRecorder& wire, EventLoop& events)
-    : events_(events), model_(new Model(*this)), table_(new QTableView), note_(quietText({})) {
+    : events_(events),
+      head_(new Head),
+      model_(new Model(*this)),
+      table_(new QTableView),
+      note_(quietText({})) {
     setObjectName("wire");
     table_->setObjectName("wire.table");
     table_->setAccessibleName("Reports of the last action");
@@ -167,7 +249,9 @@ WireView::WireView(hid::WireRecorder& wire, EventLoop& events)
     QObject::connect(copy, &QPushButton::clicked, this,
                      [this] { QApplication::clipboard()->setText(text()); });
     tools_ = block(qt::row({stretch, note_, copy}));
-    setLayout(qt::column({table_}));
+    auto* all = qt::row({head_, table_});
+    all->setStretch(1, 1);
+    setLayout(all);
     layout()->setContentsMargins(0, 0, 0, 0);
     lag_.setSingleShot(true);
     lag_.setInterval(kShowMs);
@@ -186,6 +270,7 @@ void WireView::take(const hid::WireEvent& event) {
         reports_.clear();
         dropped_ = 0;
         start_ = event.at;
+        excerpt_.reset();
     }
     reports_.push_back(event);
     if (reports_.size() > kMost) {
@@ -201,9 +286,29 @@ void WireView::showEvent(QShowEvent* event) {
     showReports();
 }
 
+void WireView::showExcerpt(const WireExcerpt& excerpt) {
+    excerpt_ = excerpt;
+    head_->show(excerpt);
+    if (isVisible())
+        showReports();
+}
+
+Milliseconds WireView::shownStart() const {
+    return excerpt_ ? excerpt_->reports.empty() ? Milliseconds{0} : excerpt_->reports.front().at : start_;
+}
+
+QString WireView::wordsOf(std::size_t row) const {
+    const hid::WireEvent& event = shown(row);
+    const bool answers = event.direction == hid::WireEvent::Direction::In && row > 0 &&
+                         shown(row - 1).direction == hid::WireEvent::Direction::Out;
+    return reportWords(event, answers ? &shown(row - 1) : nullptr);
+}
+
 void WireView::showReports() {
+    head_->setVisible(excerpt_.has_value());
     note_->setText(
-        dropped_ == 0
+        excerpt_ ? QString("%1 reports of this row").arg(excerpt_->reports.size())
+        : dropped_ == 0
             ? QString("%1 reports").arg(reports_.size())
             : QString("last %1 of %2 reports").arg(reports_.size()).arg(reports_.size() + dropped_));
     model_->refresh();
@@ -211,11 +316,13 @@ void WireView::showReports() {
 
 QString WireView::text() const {
     QString all;
-    for (const hid::WireEvent& event : reports_)
+    for (std::size_t row = 0; row < count(); ++row) {
+        const hid::WireEvent& event = shown(row);
         all += QString("+%1 ms\t%2\t%3\t%4\n")
-                   .arg((event.at - start_).count())
+                   .arg((event.at - shownStart()).count())
                    .arg(event.direction == hid::WireEvent::Direction::Out ? "out" : "in",
-                        hex(event.report, 0, event.report.size()), reportWords(event));
+                        hex(event.report, 0, event.report.size()), wordsOf(row));
+    }
     return all;
 }
 

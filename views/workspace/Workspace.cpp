@@ -220,6 +220,13 @@ PageUi* Workspace::make(PanelSlotBase& slot) {
             if (name == other.name)
                 open(other);
     };
+    page->onShowWire = [this](const WireExcerpt& excerpt, bool open) {
+        if (wire_ == nullptr)
+            return;
+        wire_->showExcerpt(excerpt);
+        if (open)
+            openDock(Dock::Wire);
+    };
     if (row->place == PagePlace::Page) {
         auto* out = new QToolButton;
         out->setObjectName("takeOut");
@@ -454,6 +461,10 @@ void Workspace::open(const PageRow& row) {
     PanelSlotBase* slot = *row.slot == '\0' ? nullptr : context_.bench.findPanel(row.slot);
     if (slot == nullptr)
         return;
+    if (slot == &context_.bench.frmScriptOps)
+        if (auto* wiper = dynamic_cast<WiperPanel*>(context_.bench.devicePanel());
+            wiper != nullptr && !wiper->mnuScriptShow.userClick().refused())
+            return; // scripts of the bus that is worked on
     if (const PageRow* beside = findPageRow(row.beside); beside != nullptr && !slot->visible()) {
         open(*beside);
         if (!context_.bench.findPanel(beside->slot)->visible())

@@ -257,6 +257,9 @@ QString Workspace::lossOnClosing() const {
         loss += QString::fromStdString(running->name()) + " runs and is broken off.";
     else if (context_.bench.events().depth() > 0)
         loss += "An action runs and is broken off.";
+    if (const auto* script = context_.bench.frmScriptOps.loadedPanel();
+        script != nullptr && script->unsavedRecording())
+        loss += "The recorded script is in no file: it is lost.";
     if (band_->supplyOn())
         loss += "VCC goes off: what the part has not stored is lost.";
     return loss.join('\n');

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <functional>
+
+class QWidget;
+
+namespace vrk {
+
+class PageUi;
+class frmScriptOps;
+
+/// Parts of the script page. What shows a run is brought up to date by the function given back.
+struct LivePart {
+    QWidget* widget = nullptr;
+    std::function<void()> refresh;
+};
+
+/// The counts in large digits, and the passes of the run.
+LivePart makeScriptCounts(PageUi& page, frmScriptOps& panel);
+
+/// A question that stands on the page until it is answered: nothing else has to wait for it.
+QWidget* makeScriptQuestions(PageUi& page, frmScriptOps& panel);
+
+/// Sections of the inspector. \param mark marks a row of the table
+std::function<void()> addScriptSections(PageUi& page, frmScriptOps& panel, std::function<void(int row)> mark);
+
+} // namespace vrk

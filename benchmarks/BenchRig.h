@@ -31,6 +31,14 @@ struct BenchRig {
         bench.frmStartup->cboVRKSelect.userSelect(frmStartup::kI2C);
         bench.frmVRK_User1->OptVCC[0].userClick();
     }
+    /// The SPI panel with its part and VCC on.
+    void openSpi() {
+        bus.socket("KV4184");
+        bench.start();
+        bench.frmStartup->cboVRKSelect.userSelect(frmStartup::kSPI);
+        bench.frmVRK_SPI1->mnuKV4184.userClick();
+        bench.frmVRK_SPI1->OptVCC[0].userClick();
+    }
 };
 
 /// As the link appends: the message's pieces, then the line break by itself.

@@ -14,6 +14,8 @@ struct PortState {
     CheckedArray<std::uint8_t, 11> PBuf;
     bool pipeWriteBusy = false;           ///< the six registers are going out
     CheckedArray<std::uint8_t, 6> SPIBuf; ///< bytes of the last SPI action that keeps them
+    /// Name of the device panel whose part's pins stand in the image.
+    std::string pinsOf{};
 };
 
 struct SupplyState {

@@ -21,6 +21,8 @@ DevicePanel::~DevicePanel() {
 
 void DevicePanel::Form_Activate() {
     becomeActive();
+    if (std::exchange(services_.ports.pinsOf, name()) != name())
+        placePins();
     if (!OptVCC[1].value())
         return;
     OptVCC_Click(1);
@@ -44,6 +46,7 @@ void DevicePanel::cmdMMenu_Click() {
     OptVCC[1].setValue(true);
     OptVCC_Click(1);
     pump();
+    beforeMenu();
     services_.state.returningToMenu = true;
     services_.shell.unloadCompanions(*this);
     services_.shell.hidePanel(*this);

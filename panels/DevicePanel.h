@@ -58,6 +58,11 @@ class DevicePanel : public Panel,
 
     bool drivesPins() const override { return services_.link.activePanel == this; }
 
+    /// The part's pins as this panel's boxes say, in the image; another panel's part was on the board before.
+    /// The ports are written with the supply that follows.
+    virtual void placePins() {}
+    /// On the way back to the start panel, with VCC off: puts back what others share.
+    virtual void beforeMenu() {}
     /// Says so when VCC is off. \return true if it is on
     bool requireVcc();
 

@@ -1,8 +1,20 @@
 #include "panels/WiperPanel.h"
 
+#include "panels/blocks/choices.h"
+#include "platform/runtime/text.h"
+
 #include <utility>
 
 namespace vrk {
+
+namespace {
+int selectedOption(const ControlArray<OptionButton>& options) {
+    for (const auto& option : options)
+        if (option->value())
+            return option->index();
+    return -1;
+}
+} // namespace
 
 WiperPanel::WiperPanel(PanelContext& panelContext, std::string name, std::string title,
                        BenchServices& panelServices, WiperState& state, const char* shutdownCaption)
@@ -17,6 +29,86 @@ WiperPanel::WiperPanel(PanelContext& panelContext, std::string name, std::string
     lblProduct.setCaption("Manual Setup");
     cboRegSize.setCaption("Address Size");
     cboDataSize.setCaption("Data Size");
+    cmdReadAllWipers.setCaptions({"Read All", "Set Write = Read"});
+    cmdShowq4410.setCaption("Show Instruction Set Form");
+    cmdStoreWCRs.setCaption("Store WCRs >> R0");
+    for (Button* button : {&cmdShowq4410, &cmdStoreWCRs}) {
+        button->setContainer(Frq4410Show);
+        button->setEnabled(false);
+        button->setToolTip("The panel of instructions is not in this version");
+    }
+    Frq4410Show.setVisible(false);
+    wireClick(cmdReadAllWipers, &WiperPanel::cmdReadAllWipers_Click);
+}
+
+void WiperPanel::cmdReadAllWipers_Click(int index) {
+    bool stopped = false;
+    Activity activity(context().activities, cmdReadAllWipers[index].caption(),
+                      [&stopped] { stopped = true; });
+    for (int channel = 0; channel < wipers.channelCount && !stopped; ++channel) {
+        if (index == 0) {
+            if (!mayExchange())
+                break; // once, not for each channel
+            cmdI2Read_Click(channel);
+        } else {
+            wipers.WiperWrite[kWiperElement] = hexToInt(lblPotReadhex[channel].caption());
+            // The box of channel 1 for every channel: the button's own index is used there, and users read
+            // it so.
+            txtDECDataWrt[1].setText(decimalText(wipers.WiperWrite[kWiperElement]));
+            moveControls(channel, wipers.WiperWrite[kWiperElement] + 1);
+            pump();
+        }
+        activity.progress(channel + 1, wipers.channelCount);
+    }
+    pump();
+}
+
+void WiperPanel::chooseFromTable() {
+    ProductTable& table = services().products;
+    if (choosing_) {
+        table.open(bus(), *this); // once more to the front; who waits for it goes on waiting
+        return;
+    }
+    choosing_ = true;
+    const OnScopeExit chosen([this] { choosing_ = false; });
+    beforeTable();
+    {
+        // What stands under the table waits with the action that opened it.
+        const OnScopeExit usable([this] { setEnabled(true); });
+        setEnabled(false);
+        table.open(bus(), *this);
+        while (!table.returned())
+            events().waitForEvents();
+    }
+    if (link().activePanel != this)
+        return; // the panel was left meanwhile: nothing is taken
+    if (!table.selected()) {
+        context().say("No Device was selected from the list");
+    } else if (const std::string fault = tableRowFault(table); !fault.empty()) {
+        context().say("This row cannot be taken: " + fault + ".");
+    } else {
+        dropPending();
+        countAnew();
+        takeTableRow(table);
+    }
+    afterTable();
+}
+
+void WiperPanel::selectSizes(int tapsWithoutOption) {
+    resetChannelRegisters();
+    if (const auto option = channelOption(wipers.channelCount))
+        OptChans[*option].setValue(true);
+    if (const auto option = tapOption(wipers.TapCount); option && wipers.TapCount != tapsWithoutOption)
+        OptTaps[*option].setValue(true);
+    if (const int option = selectedOption(OptChans); option >= 0)
+        OptChans_Click(option);
+    if (const int option = selectedOption(OptTaps); option >= 0)
+        OptTaps_Click(option);
+}
+
+void WiperPanel::placePins() {
+    clearAddressPins();
+    raiseAddressPins();
 }
 
 void WiperPanel::supplyChanged() {

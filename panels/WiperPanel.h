@@ -24,6 +24,15 @@ class WiperPanel : public DevicePanel,
     Label lblProduct{*this, "lblProduct"};
     ComboBox cboRegSize{*this, "cboRegSize"};
     ComboBox cboDataSize{*this, "cboDataSize"};
+    /// 0 "Read All", 1 "Set Write = Read"
+    ControlArray<Button> cmdReadAllWipers{*this, "cmdReadAllWipers", 0, 1};
+    /// Shown for the quad parts with instructions.
+    Frame Frq4410Show{*this, "Frq4410Show"};
+    Button cmdShowq4410{*this, "cmdShowq4410"};
+    Button cmdStoreWCRs{*this, "cmdStoreWCRs"};
+
+    /// 0 reads every channel, 1 takes what was read as the values to write
+    void cmdReadAllWipers_Click(int index);
 
     /// Scripts of the bus that this panel works on.
     void mnuScriptShow_Click() { services().shell.openScripts(bus()); }
@@ -39,6 +48,8 @@ class WiperPanel : public DevicePanel,
 
     bool productStarts(std::string_view start) const { return startsWith(lblProduct.caption(), start); }
     void afterVccSwitch() override { ChkShutDown2_Click(); }
+    void showTransfer(bool read, Colour colour) override { Shape1[read ? 2 : 1].setColour(colour); }
+    void placePins() override;
     void supplyChanged() override;
     void addressChanged() override;
     void partChanged() override;
@@ -46,6 +57,23 @@ class WiperPanel : public DevicePanel,
     void measureWiper(Reading& volts) override { measure(volts); }
     /// Both sizes list "None", one and two bytes; one byte is chosen.
     void fillSizes();
+
+    /// Opens the product table, disables this panel and stands until the user has returned. A row is checked
+    /// whole before anything of it is taken; a panel that was left meanwhile takes nothing.
+    void chooseFromTable();
+    /// Before the table opens.
+    virtual void beforeTable() {}
+    /// What is wrong with the row chosen, in words; empty if the panel can take it.
+    virtual std::string tableRowFault(const ProductTable& table) const = 0;
+    virtual void takeTableRow(const ProductTable& table) = 0;
+    /// With a row taken or without.
+    virtual void afterTable() {}
+    /// Selects the options of the part's channels and taps, and runs their clicks. A number without an option
+    /// leaves the one that stands. \param tapsWithoutOption a number of taps that counts as such.
+    void selectSizes(int tapsWithoutOption = 0);
+
+  private:
+    bool choosing_ = false; ///< the product table stands for this panel
 };
 
 } // namespace vrk

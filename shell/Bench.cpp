@@ -34,6 +34,8 @@ Bench::Bench(const Parts& parts)
                          }),
       frmVRK_User1(context_, "frmVRK_User1", "VRK I2C Evaluation",
                    [this] { return std::make_shared<class frmVRK_User1>(context_, services_, i2cWipers_); }),
+      frmVRK_SPI1(context_, "frmVRK_SPI1", "VRK SPI Evaluation",
+                  [this] { return std::make_shared<class frmVRK_SPI1>(context_, services_, spiWipers_); }),
       frmVRK_UD1(context_, "frmVRK_UD1", "VRK Up/Down Evaluation",
                  [this] {
                      return std::make_shared<class frmVRK_UD1>(context_, services_, upDown_,

@@ -9,6 +9,7 @@
 #include "panels/discrete/frmVRK_PB1.h"
 #include "panels/discrete/frmVRK_UD1.h"
 #include "panels/i2c/frmVRK_User1.h"
+#include "panels/spi/frmVRK_SPI1.h"
 #include "platform/controls/Panel.h"
 #include "platform/controls/SharedValues.h"
 #include "platform/hid/HidHost.h"
@@ -103,6 +104,7 @@ class Bench final : private ShellControl, private ProductTable {
     RunState run_;
     ScriptState script_;
     WiperState i2cWipers_;
+    WiperState spiWipers_;
     PinPanelState upDown_;
     PinPanelState pushButton_;
     RunInState runIn_;
@@ -117,6 +119,7 @@ class Bench final : private ShellControl, private ProductTable {
     PanelSlot<class frmMainF340> frmMainF340;
     PanelSlot<class frmMotherboardDAQ2> frmMotherboardDAQ2;
     PanelSlot<class frmVRK_User1> frmVRK_User1;
+    PanelSlot<class frmVRK_SPI1> frmVRK_SPI1;
     PanelSlot<class frmVRK_UD1> frmVRK_UD1;
     PanelSlot<class frmVRK_PB1> frmVRK_PB1;
     PanelSlot<class UPDN_Runin> UPDN_Runin;

@@ -89,6 +89,7 @@ void Bench::registerSharedValues() {
     publish(all, run_);
     publish(all, script_);
     publish(all, i2cWipers_, frmVRK_User1.name());
+    publish(all, spiWipers_, frmVRK_SPI1.name());
     publish(all, upDown_, frmVRK_UD1.name());
     publish(all, pushButton_, frmVRK_PB1.name());
     publish(all, runIn_, UPDN_Runin.name());

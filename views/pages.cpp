@@ -23,7 +23,7 @@ const std::vector<PageRow>& pageRows() {
     static const std::vector<PageRow> kRows = {
         {"frmStartup", "Home", "", Sign::Home, 0, page<frmStartup, makeHomePage>},
         {"frmVRK_User1", "I2C", "Parts", Sign::I2c, frmStartup::kI2C, page<frmVRK_User1, makeI2cPanelView>},
-        {"", "SPI", "Parts", Sign::Spi, frmStartup::kSPI, nullptr},
+        {"frmVRK_SPI1", "SPI", "Parts", Sign::Spi, frmStartup::kSPI, page<frmVRK_SPI1, makeSpiPanelView>},
         {"frmVRK_UD1", "Up/Down", "Parts", Sign::UpDown, frmStartup::kUpDown,
          page<frmVRK_UD1, makeUpDownPage>},
         {"frmVRK_PB1", "Push Button", "Parts", Sign::PushButton, frmStartup::kPushButton,

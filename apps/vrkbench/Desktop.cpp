@@ -7,7 +7,7 @@
 #include "platform/hid/HidapiHost.h"
 #include "platform/hid/ReplayHost.h"
 #include "platform/qt/theme.h"
-#include "views/pages.h"
+#include "sim/PartCatalogue.h"
 #include "views/replayDifference.h"
 
 #include <QApplication>
@@ -37,6 +37,25 @@ std::string knownPart(const std::string& wanted) {
     for (const std::string& name : parts)
         text += " " + name;
     throw UsageError(text);
+}
+
+/// Row of the start panel's list that opens the panel for a simulated part.
+int familyOf(const std::string& part) {
+    using Model = sim::PartFacts::Model;
+    switch (sim::partFacts(part).model) {
+    case Model::SpiRegisters:
+    case Model::SpiInstructions:
+        return frmStartup::kSPI;
+    case Model::UpDown:
+        return frmStartup::kUpDown;
+    case Model::PushButton:
+        return frmStartup::kPushButton;
+    case Model::I2cRegisters:
+    case Model::I2cInstructions:
+    case Model::Banks:
+        break;
+    }
+    return frmStartup::kI2C;
 }
 
 } // namespace
@@ -159,23 +178,15 @@ void Desktop::open() {
 }
 
 void Desktop::openPart() {
-    const auto opens = [this](const PageRow& row) {
-        if (*row.slot == '\0' || row.startRow == 0)
-            return false;
-        (void)bench_->frmStartup->cboVRKSelect.userSelect(row.startRow);
-        auto* panel = dynamic_cast<WiperPanel*>(bench_->devicePanel());
-        if (panel == nullptr)
-            return false;
-        for (MenuEntry* entry : panel->partEntries())
-            if (entry->caption().find(partToOpen_) != std::string::npos) {
-                (void)entry->userClick();
-                return true;
-            }
-        return true; // the panel of its family: there is no entry for it
-    };
-    for (const PageRow& row : pageRows())
-        if (opens(row))
+    (void)bench_->frmStartup->cboVRKSelect.userSelect(familyOf(partToOpen_));
+    auto* panel = dynamic_cast<WiperPanel*>(bench_->devicePanel());
+    if (panel == nullptr)
+        return; // a part without a choice of parts on its panel
+    for (MenuEntry* entry : panel->partEntries())
+        if (entry->caption().find(partToOpen_) != std::string::npos) {
+            (void)entry->userClick();
             return;
+        }
 }
 
 int Desktop::run() {

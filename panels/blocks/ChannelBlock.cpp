@@ -254,7 +254,7 @@ void ChannelBlock::transferred(int index, Transfer kind, bool good) {
     Control& field = write ? static_cast<Control&>(CMDxMIT[index]) : lblPotRead[index];
     host().tell(false,
                 std::string(write ? "Write of" : "Read of") + " channel " + decimalText(index) + " failed",
-                "bus status " + decimalText(services_.link.i2cStatus), &field);
+                failureDetail(), &field);
 }
 
 void ChannelBlock::showPosition(int index, std::optional<int> read) {

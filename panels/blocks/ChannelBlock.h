@@ -128,6 +128,8 @@ class ChannelBlock : public PanelBlock {
     /// Reads into WiperRead(6). \return nothing if the read failed: what WiperRead(6) then holds may be
     /// anything, and is shown but never taken for a reading.
     virtual std::optional<int> readWiper(int channel) = 0;
+    /// Why the last exchange failed, in words.
+    virtual std::string failureDetail() const = 0;
     /// What is shown of a value above the taps.
     virtual int shownPosition(int value) const = 0;
     /// Least digits of a position read, in hexadecimal.

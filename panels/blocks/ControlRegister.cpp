@@ -1,5 +1,6 @@
 #include "panels/blocks/ControlRegister.h"
 
+#include "link/readings.h"
 #include "platform/runtime/text.h"
 
 namespace vrk {
@@ -61,6 +62,62 @@ void ControlRegister::chkShutdown_Click() {
         image_ &= 0xFF & ~kRunning;
     lblShutDown.setVisible(!chkShutdown.checked());
     txtACR[0].setText(hexText(image_));
+}
+
+std::vector<Control*> ControlRegister::registerButtons(RegisterAction action) {
+    if (isControl(action))
+        return {&cmdACRRead, &cmdACRWrite};
+    return {&cmdGPRead, &cmdWriteGP};
+}
+
+bool ControlRegister::hasRegister(RegisterAction action) {
+    if (registerAddress(action).text() != "NA")
+        return true;
+    noRegister(action);
+    host().context().say(isControl(action) ? "This device has no ACR Register"
+                                           : "This device has no GP Register");
+    return false;
+}
+
+void ControlRegister::exchange(RegisterAction action) {
+    const Pace pace = registerPace(action);
+    if (pace.before > Milliseconds{0})
+        host().wait(pace.before);
+    if (!hasRegister(action))
+        return;
+    DisabledWhile busy(registerButtons(action));
+    host().pump();
+    showOutcome(action, exchangeRegister(action));
+    afterRegister(action);
+    host().pump();
+    if (pace.after > Milliseconds{0})
+        host().wait(pace.after);
+    busy.release();
+    host().pump();
+}
+
+void ControlRegister::showOutcome(RegisterAction action, const RegisterOutcome& outcome) {
+    const Control* field = isControl(action) ? &txtACR[0] : static_cast<Control*>(&txtGPWrite);
+    if (action == RegisterAction::ControlRead) {
+        field = &txtACR[1];
+        txtACR[1].setText(outcome.read);
+        markReading(txtACR[1], outcome.trusted);
+    } else if (action == RegisterAction::GeneralRead) {
+        field = &lblGPRead;
+        lblGPRead.setCaption(outcome.read);
+        markReading(lblGPRead, outcome.trusted);
+    }
+    const Colour colour = outcome.lamp ? Colour::LightGreen : Colour::LightRed;
+    Shape2[static_cast<int>(action)].setColour(colour);
+    showTransfer(isRead(action), colour);
+    host().tell(outcome.trusted,
+                (isRead(action) ? "Read of register " : "Write of register ") +
+                    registerAddress(action).text() + (outcome.trusted ? "" : " failed"),
+                outcome.trusted ? "" : outcome.detail, field);
+}
+
+void ControlRegister::watchRegisterAddress(TextBox& address, Control& reading) {
+    address.onChange([&reading] { reading.markStale("the register's address changed since"); });
 }
 
 void ControlRegister::markRegistersStale(const std::string& cause) {

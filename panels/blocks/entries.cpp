@@ -2,46 +2,45 @@
 
 #include "platform/runtime/text.h"
 
+#include <memory>
+#include <utility>
+
 namespace vrk {
 
 namespace {
 constexpr int kDigits = 3;
 constexpr int kHighest = 256;
 
-void makeHexEntry(TextBox& box, const std::function<void()>& check, std::function<void()> onEnter) {
-    box.setMaxLength(kDigits);
-    box.onKeyPress([check, onEnter = std::move(onEnter)](int key) {
-        const int passed = hexKeyFilter(key);
-        if (passed == kEnterKey) {
-            check();
-            if (onEnter)
-                onEnter();
-        }
-        return passed;
-    });
-    box.onLostFocus(check);
+void tidy(TextBox& box, const HexEntry& entry, int highest) {
+    box.setText(upperCase(box.text()));
+    if (entry.mayBeNone && box.text() == "NA")
+        return;
+    const int value = hexToInt(box.text());
+    if (value <= 0 || value > highest)
+        box.setText(entry.fallback);
 }
 
-void tidy(TextBox& box, const std::string& fallback) {
-    box.setText(upperCase(box.text()));
-    const int value = hexToInt(box.text());
-    if (value <= 0 || value > kHighest)
-        box.setText(fallback);
+void run(const std::function<void()>& handler) {
+    if (handler)
+        handler();
 }
 } // namespace
 
-void hexEntry(TextBox& box, const std::string& fallback, std::function<void()> onEnter) {
-    makeHexEntry(
-        box, [&box, fallback] { tidy(box, fallback); }, std::move(onEnter));
-}
-
-void hexEntryOrNone(TextBox& box, const std::string& fallback) {
-    makeHexEntry(box,
-                 [&box, fallback] {
-                     if (box.text() != "NA")
-                         tidy(box, fallback);
-                 },
-                 {});
+void hexEntry(TextBox& box, HexEntry entry) {
+    box.setMaxLength(kDigits);
+    const auto rules = std::make_shared<const HexEntry>(std::move(entry));
+    box.onKeyPress([&box, rules](int key) {
+        const int passed = hexKeyFilter(key);
+        if (passed == kEnterKey) {
+            tidy(box, *rules, kHighest);
+            run(rules->onEnter);
+        }
+        return passed;
+    });
+    box.onLostFocus([&box, rules] {
+        tidy(box, *rules, rules->highestWhenLeft);
+        run(rules->onLeave);
+    });
 }
 
 } // namespace vrk

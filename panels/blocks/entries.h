@@ -7,12 +7,21 @@
 
 namespace vrk {
 
-/// Makes a box one for a hexadecimal byte: only hexadecimal keys pass; on Enter and when it is left the text
-/// is upper-cased and a value outside 1 to 256 becomes `fallback`. \param onEnter runs after Enter has tidied
-/// the text.
-void hexEntry(TextBox& box, const std::string& fallback, std::function<void()> onEnter = {});
+/// What a box for a hexadecimal byte does with its text.
+struct HexEntry {
+    /// Takes the place of a value outside 1 to the highest.
+    std::string fallback = "00";
+    /// Highest value that stays when the box is left; on Enter it is always 256.
+    int highestWhenLeft = 256;
+    /// True where "NA" stands for a register or address that the part does not have, and stays.
+    bool mayBeNone = false;
+    /// Run after the text has been tidied.
+    std::function<void()> onEnter{};
+    std::function<void()> onLeave{};
+};
 
-/// The same for a box in which "NA" stands for a register or address that the part does not have, and stays.
-void hexEntryOrNone(TextBox& box, const std::string& fallback);
+/// Makes a box one for a hexadecimal byte: only hexadecimal keys pass; on Enter and when it is left the text
+/// is upper-cased and a value out of range becomes the fallback.
+void hexEntry(TextBox& box, HexEntry entry = {});
 
 } // namespace vrk

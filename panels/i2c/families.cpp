@@ -26,7 +26,6 @@ enum DirectPin : int { kScl = 2, kCs = 3, kUpDown = 4 };
 
 void frmVRK_User1::wireFamilies() {
     Frq4410Show.setCaption("Q4410/9");
-    Frq4410Show.setVisible(false);
     frq331x.setCaption("Q3318/9 Table 3 Instruction Set");
     for (int index = 0; index < txtWrQ3319.count(); ++index) {
         const std::string name = index == 0 ? "Wiper" : "Data " + decimalText(index - 1);
@@ -162,13 +161,24 @@ void frmVRK_User1::labelBank() {
     Chq4422_Click(kCs);
 }
 
-void frmVRK_User1::Chq4422_Click(int /*index*/) {
+void frmVRK_User1::placePins() {
+    if (Frq4422.visible())
+        placeDirectPins();
+    else
+        WiperPanel::placePins();
+}
+
+void frmVRK_User1::placeDirectPins() {
     constexpr int kFirstPin = 6;
     for (int pin = 0; pin < Chq4422.count(); ++pin)
         board().chkPData[kFirstPin + pin].setValue(0);
     for (int pin = 0; pin < Chq4422.count(); ++pin)
         if (Chq4422[pin].checked())
             board().chkPData[kFirstPin + pin].setValue(1);
+}
+
+void frmVRK_User1::Chq4422_Click(int /*index*/) {
+    placeDirectPins();
     pump();
     board().cmdWrtPipe1_Click();
     pump();
@@ -236,16 +246,21 @@ void frmVRK_User1::cdmAuto_Init_Click() {
              {Choice::Ok, Choice::Cancel}}) == Choice::Cancel ||
         !mayStore(kDataRegisters))
         return;
+    constexpr int kBanks = 4;
+    bool stopped = false;
+    Activity activity(context().activities, cdmAuto_Init.caption(), [&stopped] { stopped = true; });
     setDirectPin(kCs, 1);
-    for (int bank = 1; bank <= 4; ++bank) {
+    for (int bank = 1; bank <= kBanks && !stopped; ++bank) {
         opt4422[bank].setValue(true);
         opt4422_Click(bank);
-        for (int channel = 0; channel < kChannels; ++channel) {
+        for (int channel = 0; channel < kChannels && !stopped; ++channel) {
             // Each register gets the number of its own place.
             txtHexDataWrt[channel].setText(hexText(channel * 16 + bank - 1, 2));
             txtHexDataWrt_KeyPress(channel, kEnterKey);
+            activity.progress((bank - 1) * kChannels + channel + 1, kBanks * kChannels);
         }
     }
+    // Stopped or not, the part is left with its wipers in reach.
     opt4422[0].setValue(true);
     opt4422_Click(0);
 }

@@ -24,7 +24,7 @@ void frmVRK_User1::wireSetup() {
     cmdSampleWiper.setCaptions({"Rd Volts", "Rd Volts", "Rd Volts", "Rd Volts"});
     for (auto& button : cmdI2Read)
         button->setToolTip("Executes an I2C read of the VRK's wiper position.");
-    hexEntry(txtDeviceAdr, "50");
+    hexEntry(txtDeviceAdr, {.fallback = "50"});
     wireClick(mnu_I2cList, &frmVRK_User1::mnu_I2cList_Click);
     wireClick(mnu_KV4071, &frmVRK_User1::mnu_KV4071_Click);
     wireClick(mnu_KV4074, &frmVRK_User1::mnu_KV4074_Click);
@@ -228,6 +228,10 @@ std::optional<int> frmVRK_User1::readWiper(int channel) {
     if (link().transfers() == before || !lastTransferGood())
         return std::nullopt;
     return wipers.WiperRead[kWiperElement];
+}
+
+std::string frmVRK_User1::failureDetail() const {
+    return "bus status " + decimalText(link().i2cStatus);
 }
 
 int frmVRK_User1::shownPosition(int value) const {

@@ -37,17 +37,8 @@ class frmVRK_User1 final : public WiperPanel {
     Label Label2{*this, "Label2"};
     TextBox txtACRAddress{*this, "txtACRAddress"};
     TextBox txtGPAddress{*this, "txtGPAddress"};
-    ControlArray<Button> cmdReadAllWipers{*this, "cmdReadAllWipers", 0, 1};
-
-    void cmdACRRead_Click() override;
-    void cmdACRWrite_Click() override;
-    void cmdGPRead_Click() override;
-    void cmdWriteGP_Click() override;
-    /// 0 reads every channel, 1 takes what was read as the values to write
-    void cmdReadAllWipers_Click(int index);
 
     // Groups that one family shows
-    Frame Frq4410Show{*this, "Frq4410Show"};
     Frame Frq4422{*this, "Frq4422"};
     Frame frq331x{*this, "frq331x"};
     ControlArray<TextBox> txtWrQ3319{*this, "txtWrQ3319", 0, 4};
@@ -94,6 +85,7 @@ class frmVRK_User1 final : public WiperPanel {
 
   protected:
     void partChanged() override;
+    void placePins() override;
     void addressChanged() override;
     void supplyChanged() override;
 
@@ -103,14 +95,19 @@ class frmVRK_User1 final : public WiperPanel {
     void wireFamilies();
     void markDataRegistersStale(const std::string& cause);
     void leaveFamily();
-    void takeTableRow();
+    void beforeTable() override;
+    std::string tableRowFault(const ProductTable& table) const override;
+    void takeTableRow(const ProductTable& table) override;
+    void afterTable() override;
     void applyFamily();
     void beforeRead(int channel) override;
     bool writeWiper(int channel) override;
     std::optional<int> readWiper(int channel) override;
+    std::string failureDetail() const override;
     int shownPosition(int value) const override;
     void labelBank();
     void transferInstruction(const char* instruction);
+    void placeDirectPins();
     void setDirectPin(int index, int value);
     void choosePart(const I2cPartFacts& part);
     void setAddressBytes();
@@ -123,15 +120,16 @@ class frmVRK_User1 final : public WiperPanel {
     bool lastTransferGood() const;
     void writeOutcome();
     void readOutcome();
-    /// True if the part has no control register; then the user has been told and the buttons stay off.
-    bool hasNoControlRegister();
-    bool hasNoGeneralRegister();
-    /// Lamp of the register and of the panel after an exchange with one of its registers.
-    void showRegisterOutcome(int registerLamp, int panelLamp, const std::string& what, const Control& field);
+    Pace registerPace(RegisterAction action) const override;
+    TextBox& registerAddress(RegisterAction action) override;
+    void noRegister(RegisterAction action) override;
+    RegisterOutcome exchangeRegister(RegisterAction action) override;
+    void afterRegister(RegisterAction action) override;
+    std::string readRegister(RegisterAction action);
+    void writeRegister(RegisterAction action);
 
     std::string lastAddressText_ = "50";
     OptionGroup bankGroup_;
-    bool choosing_ = false;      ///< the product table stands for this panel
     bool familyOptions_ = false; ///< a family has changed captions and bus options
     Subscription clocks_;
 };

@@ -1,82 +1,36 @@
-#include "panels/blocks/choices.h"
+#include "panels/blocks/tableRows.h"
 #include "panels/i2c/frmVRK_User1.h"
 #include "platform/runtime/text.h"
 
 namespace vrk {
 
 namespace {
+/// Columns of the product table that are this bus's own.
+enum Column : int { kAcrAddress = 5, kAcr = 6, kGeneralRegister = 7, kRegisterSize = 12, kDataSize = 13 };
+} // namespace
 
-/// Columns of the product table.
-enum Column : int {
-    kProduct = 1,
-    kChannelCount = 2,
-    kTaps = 3,
-    kAddress = 4,
-    kAcrAddress = 5,
-    kAcr = 6,
-    kGeneralRegister = 7,
-    kRegisterSize = 12,
-    kDataSize = 13
-};
-
-std::string twoDigits(const std::string& text) {
-    return text.size() == 1 ? "0" + text : text;
-}
-
-int selectedOption(const ControlArray<OptionButton>& options) {
-    for (const auto& option : options)
-        if (option->value())
-            return option->index();
-    return -1;
-}
-
-bool isHexByte(const std::string& text) {
-    return !text.empty() && text.size() <= 2 &&
-           text.find_first_not_of("0123456789ABCDEFabcdef") == std::string::npos;
-}
-
-bool isWholeUpTo(const std::string& text, int most) {
-    if (!isNumeric(text))
-        return false;
-    const double value = leadingNumber(text);
-    return value >= 0 && value <= most && value == static_cast<int>(value);
-}
-
-/// What is wrong with a row of the table; empty if the panel can take it.
-std::string rowFault(const ProductTable& table) {
-    constexpr int kMostTaps = 1024;
-    const auto complaint = [&table](int column, const char* wanted) {
-        return "column " + decimalText(column) + " holds \"" + table.field(column) + "\", not " + wanted;
-    };
-    if (!isWholeUpTo(table.field(kChannelCount), WiperPanel::kChannels) ||
-        decimalInt(table.field(kChannelCount)) < 1)
-        return complaint(kChannelCount, "a number of channels from 1 to 4");
-    if (!isWholeUpTo(table.field(kTaps), kMostTaps) || decimalInt(table.field(kTaps)) < 1)
-        return complaint(kTaps, "a number of taps up to 1024");
-    if (!isHexByte(table.field(kAddress)))
-        return complaint(kAddress, "a bus address of two hexadecimal digits");
+std::string frmVRK_User1::tableRowFault(const ProductTable& table) const {
+    if (std::string fault = sizesFault(table); !fault.empty())
+        return fault;
+    if (!isHexByte(table.field(kTableAddress)))
+        return cellFault(table, kTableAddress, "a bus address of two hexadecimal digits");
     for (const int column : {kAcrAddress, kAcr})
         if (table.field(column) != "NA" && !isHexByte(table.field(column)))
-            return complaint(column, "a byte of two hexadecimal digits or NA");
+            return cellFault(table, column, "a byte of two hexadecimal digits or NA");
     const std::string general = table.field(kGeneralRegister);
     if (general != "NA" && !isHexByte(general.substr(0, 1)))
-        return complaint(kGeneralRegister, "a register's hexadecimal digit or NA");
+        return cellFault(table, kGeneralRegister, "a register's hexadecimal digit or NA");
     for (const int column : {kRegisterSize, kDataSize})
-        if (isNumeric(table.field(column)) && !isWholeUpTo(table.field(column), 2))
-            return complaint(column, "a size of 0, 1 or 2 bytes");
+        if (isNumeric(table.field(column)) && !isWholeBetween(table.field(column), 0, 2))
+            return cellFault(table, column, "a size of 0, 1 or 2 bytes");
     return {};
 }
 
-} // namespace
-
 void frmVRK_User1::mnu_I2cList_Click() {
-    ProductTable& table = services().products;
-    if (choosing_) {
-        table.open(ProductTable::Bus::I2C, *this); // once more to the front; who waits for it goes on waiting
-        return;
-    }
-    choosing_ = true;
-    const OnScopeExit chosen([this] { choosing_ = false; });
+    chooseFromTable();
+}
+
+void frmVRK_User1::beforeTable() {
     pump();
     dropPending();
     for (Frame* frame : {&fraADDRSelect, &SSFrame2, &FrmShutdown, &frmRegisterWrite})
@@ -93,20 +47,9 @@ void frmVRK_User1::mnu_I2cList_Click() {
     clearAddressPins();
     board().chkPData[frmMotherboardDAQ2::kPinShutdown].setValue(1);
     board().cmdWrtPipe1_Click();
-    {
-        // What stands under the table waits with the action that opened it.
-        const OnScopeExit usable([this] { setEnabled(true); });
-        setEnabled(false);
-        table.open(ProductTable::Bus::I2C, *this);
-        while (!table.returned())
-            events().waitForEvents();
-    }
-    if (link().activePanel != this)
-        return; // the panel was left meanwhile: nothing is taken
-    if (table.selected())
-        takeTableRow();
-    else
-        context().say("No Device was selected from the list");
+}
+
+void frmVRK_User1::afterTable() {
     numberChannels();
     SSFrame2.setCaption("ACR Register Control");
     Label2.setCaption("ACR Address");
@@ -114,40 +57,25 @@ void frmVRK_User1::mnu_I2cList_Click() {
     applyFamily();
 }
 
-void frmVRK_User1::takeTableRow() {
-    const ProductTable& table = services().products;
-    if (const std::string fault = rowFault(table); !fault.empty()) {
-        context().say("This row cannot be taken: " + fault + ".");
-        return;
-    }
-    dropPending();
-    countAnew();
+void frmVRK_User1::takeTableRow(const ProductTable& table) {
     txtACRAddress.setText(twoDigits(table.field(kAcrAddress)));
     txtACR[0].setText(twoDigits(table.field(kAcr)));
     const std::string general = table.field(kGeneralRegister);
     const bool none = general == "NA";
     lblGDRs.setCaption(none ? "None Available" : general);
     txtGPAddress.setText(none ? "NA" : "0" + general.substr(0, 1));
-    txtDeviceAdr.setText(table.field(kAddress));
-    wipers.TapCount = toInt16(decimalInt(table.field(kTaps)));
-    wipers.channelCount = toInt16(decimalInt(table.field(kChannelCount)));
-    lblProduct.setCaption(table.field(kProduct));
+    txtDeviceAdr.setText(table.field(kTableAddress));
+    wipers.TapCount = toInt16(decimalInt(table.field(kTableTaps)));
+    wipers.channelCount = toInt16(decimalInt(table.field(kTableChannels)));
+    lblProduct.setCaption(table.field(kTableProduct));
     const auto selectSize = [](ComboBox& list, const std::string& text) {
         list.setListIndex(isNumeric(text) ? decimalInt(text) : 1);
     };
     selectSize(cboRegSize, table.field(kRegisterSize));
     selectSize(cboDataSize, table.field(kDataSize));
-    resetChannelRegisters();
-    if (const auto option = channelOption(wipers.channelCount))
-        OptChans[*option].setValue(true); // else the panel keeps the option that it had
     // 512 taps select nothing here: no I2C part has them, and the panel keeps the option that it had.
     constexpr int kNotOnI2c = 512;
-    if (const auto option = tapOption(wipers.TapCount); option && wipers.TapCount != kNotOnI2c)
-        OptTaps[*option].setValue(true);
-    if (const int option = selectedOption(OptChans); option >= 0)
-        OptChans_Click(option);
-    if (const int option = selectedOption(OptTaps); option >= 0)
-        OptTaps_Click(option);
+    selectSizes(kNotOnI2c);
     setAddressBytes();
     lastAddressText_ = txtDeviceAdr.text();
     txtCalcAddr.setText(lastAddressText_);

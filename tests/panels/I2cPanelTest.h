@@ -18,11 +18,6 @@ class I2cPanelTest : public TestBench {
         ASSERT_TRUE((i2c().*entry).userClick().done());
         wire.clear();
     }
-    /// Types over the whole text, then Enter.
-    void enter(TextBox& box, const std::string& text) {
-        type(box, text);
-        (void)box.userEnter();
-    }
     /// Has the product table filled with these fields of one part, up to "Data Size", chosen and returned
     /// from; returns what was said. Fields: part, channels, taps, address, control register and its byte,
     /// general register, four that the panel leaves alone, size of address and data.
@@ -31,18 +26,7 @@ class I2cPanelTest : public TestBench {
             "Description,Part,Channels,Taps,Adr,ACR Adr,ACR,GP,a,b,c,d,Adr Size,Size,Notes\r\n";
         for (int copy = 1; copy <= rows; ++copy)
             file += "row " + decimalText(copy) + "," + fields + ",\r\n";
-        dialogs.answerFile(folder.write("parts.csv", file).string());
-        at(200, [this, row] {
-            (void)bench.ProductExec->cmdLoadParam.userClick();
-            (void)bench.ProductExec->tGrid.userSelect(row, 0);
-            (void)bench.ProductExec->cmdReturn.userClick();
-        });
-        EXPECT_TRUE(i2c().mnu_I2cList.userClick().done());
-        std::vector<std::string> said = boxes();
-        std::erase_if(said, [](const std::string& box) {
-            return box.find("[") == 0 || box.find(".csv]") != std::string::npos || box == " []";
-        });
-        return said;
+        return chooseFrom(i2c().mnu_I2cList, folder.write("parts.csv", file).string(), row);
     }
     /// Values that went to a port's latch, without repetitions.
     std::vector<int> latch(const char* address, int mask) {

@@ -90,48 +90,6 @@ TEST_F(ProductTableTest, EveryI2cRowOfTheExampleWorksWithoutFurtherSetting) {
     }
 }
 
-TEST_F(ProductTableTest, EverySpiRowOfTheExampleHoldsTheFramesOfItsPart) {
-    openI2c();
-    useSpi();
-    load(example("parts-SPI.csv"));
-    ASSERT_GE(table().tGrid.rows(), 4);
-    // Sends a command byte and its data as the row says, behind the ID if there is one, and returns the
-    // last byte that came back.
-    const auto frame = [this](const std::string& command, const std::string& data, int length) {
-        int place = 1;
-        if (chosen(4) != "NA")
-            board().txtSPIWrite3Data[place++].setText(chosen(4));
-        board().txtSPIWrite3Data[place++].setText(command);
-        for (board().txtSPIWrite3Data[place++].setText(data); place <= 5; ++place)
-            board().txtSPIWrite3Data[place].setText("00");
-        board().txtSPIWrQty3.setText(decimalText(length));
-        board().cmdSPIOWrite3_Click();
-        return board().txtSPIORead3[length - 1].text();
-    };
-    for (int row = 1; row < table().tGrid.rows() - 1; ++row) {
-        SCOPED_TRACE(row);
-        ASSERT_TRUE(table().tGrid.userSelect(row, 3).done());
-        (void)i2c().OptVCC[1].userClick();
-        bus.socket(chosen(1));
-        (void)i2c().OptVCC[0].userClick();
-        const int writeLength = decimalInt(chosen(14));
-        const int readLength = decimalInt(chosen(15));
-        EXPECT_EQ(bus.state().part->wipers.size(), static_cast<std::size_t>(decimalInt(chosen(2))));
-        const auto there = [&](int write, int read, int offset, const std::string& data) {
-            frame(hexText(hexToInt(chosen(write)) + offset, 2), data, writeLength);
-            EXPECT_EQ(frame(hexText(hexToInt(chosen(read)) + offset, 2), "00", readLength), data);
-        };
-        there(7, 5, 0, chosen(6)); // the control register: volatile accesses from here
-        there(9, 8, 0, "5A");
-        for (int channel = 0; channel < decimalInt(chosen(2)); ++channel) {
-            const int position = decimalInt(chosen(3)) - 1 - channel;
-            there(10, 11, channel, hexText(position, 2));
-            EXPECT_EQ(bus.state().part->wipers.at(static_cast<std::size_t>(channel)), position);
-        }
-        EXPECT_EQ(bus.state().part->nonvolatileWrites, 1); // the general register's
-    }
-}
-
 TEST_F(ProductTableTest, FileIsCutIntoRowsByCountingFields) {
     bench.start();
     // Blanks go, quotes keep commas; a short line takes from the next one; the mark counts in front alone.

@@ -48,6 +48,30 @@ void TestBench::openI2c(bool vccOn) {
     wire.clear();
 }
 
+void TestBench::openSpi(bool vccOn) {
+    ASSERT_TRUE(bench.start().done());
+    ASSERT_TRUE(startup().cboVRKSelect.userSelect(frmStartup::kSPI).done());
+    if (vccOn) {
+        ASSERT_TRUE(spi().OptVCC[0].userClick().done());
+    }
+    wire.clear();
+}
+
+std::vector<std::string> TestBench::chooseFrom(MenuEntry& list, const std::string& file, int row) {
+    dialogs.answerFile(file);
+    at(200, [this, row] {
+        (void)bench.ProductExec->cmdLoadParam.userClick();
+        (void)bench.ProductExec->tGrid.userSelect(row, 0);
+        (void)bench.ProductExec->cmdReturn.userClick();
+    });
+    EXPECT_TRUE(list.userClick().done());
+    std::vector<std::string> said = boxes();
+    std::erase_if(said, [](const std::string& box) {
+        return box.find("[") == 0 || box.find(".csv]") != std::string::npos || box == " []";
+    });
+    return said;
+}
+
 void TestBench::type(TextBox& box, const std::string& text) {
     ASSERT_TRUE(box.userType(text).done()) << box.path();
     pump();

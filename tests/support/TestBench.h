@@ -49,12 +49,15 @@ class TestBench : public ::testing::Test {
     frmMainF340& console() { return *bench.frmMainF340; }
     frmMotherboardDAQ2& board() { return *bench.frmMotherboardDAQ2; }
     frmVRK_User1& i2c() { return *bench.frmVRK_User1; }
+    frmVRK_SPI1& spi() { return *bench.frmVRK_SPI1; }
     modHID& link() { return bench.link(); }
 
     /// Starts, and loads both consoles as a selection does.
     void loadConsoles();
     /// Starts, opens the I2C panel, and switches VCC on unless told otherwise.
     void openI2c(bool vccOn = true);
+    /// The same for the SPI panel.
+    void openSpi(bool vccOn = true);
 
     /// Runs code as an action, so that its end of the program or its fault is caught as a window would.
     Outcome act(const std::function<void()>& action) { return events.deliver(action); }
@@ -62,6 +65,13 @@ class TestBench : public ::testing::Test {
     void at(int ms, std::function<void()> gesture) { events.postAfter(Milliseconds(ms), std::move(gesture)); }
     /// Types and lets every key be handled.
     void type(TextBox& box, const std::string& text);
+    /// Types over the whole text, then Enter.
+    void enter(TextBox& box, const std::string& text) {
+        type(box, text);
+        (void)box.userEnter();
+    }
+    /// Has the product table read the file, the row chosen and returned from. \return what was said
+    std::vector<std::string> chooseFrom(MenuEntry& list, const std::string& file, int row);
     void pump() { events.runDue(); }
     void answer(Choice choice, std::function<void()> before = {}) {
         dialogs.answer({choice, std::move(before)});

@@ -176,6 +176,34 @@ void WindowTest::openI2c(bool vccOn) {
         click("frmVRK_User1", "OptVCC(0)");
 }
 
+namespace {
+/// The strip, section or head that the widget stands in.
+std::string placeOf(const QWidget& shown) {
+    for (const QWidget* at = &shown; at != nullptr; at = at->parentWidget()) {
+        const std::string name = at->objectName().toStdString();
+        for (const char* place : {"strip(", "section.", "head"})
+            if (name.starts_with(place))
+                return name;
+    }
+    return {};
+}
+} // namespace
+
+void WindowTest::choose(const char* panel, const char* entry) {
+    page(panel).findAction(entry)->trigger();
+    QTest::qWait(1);
+}
+
+void WindowTest::expectPlaces(const char* panel, const std::vector<Place>& places) {
+    for (const Place& row : places) {
+        SCOPED_TRACE(row.path);
+        const QWidget& shown = widget(panel, row.path);
+        EXPECT_TRUE(shown.accessibleName().startsWith(QString::fromUtf8(row.name)))
+            << shown.accessibleName().toStdString();
+        EXPECT_EQ(placeOf(shown), row.place);
+    }
+}
+
 void WindowTest::enter(const char* panel, const std::string& path, const char* text) {
     QWidget& box = widget(panel, path);
     QTest::mouseClick(&box, Qt::LeftButton);

@@ -10,6 +10,7 @@
 #include <functional>
 #include <gtest/gtest.h>
 #include <string>
+#include <vector>
 
 class QDialog;
 
@@ -80,6 +81,15 @@ class WindowTest : public ::testing::Test {
     void openI2c(bool vccOn = true);
     /// Replaces the text of a box and commits it, key by key.
     void enter(const char* panel, const std::string& path, const char* text);
+    /// A part from the panel's menu.
+    void choose(const char* panel, const char* entry);
+    /// Where a control stands, "section.Supply", "strip(1)" or "head", and how its accessible name begins.
+    struct Place {
+        const char* path;
+        const char* name;
+        const char* place;
+    };
+    void expectPlaces(const char* panel, const std::vector<Place>& places);
     static void settle() { QTest::qWait(260); } ///< longer than the lag of the enabled states
 };
 

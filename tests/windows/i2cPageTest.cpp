@@ -20,25 +20,12 @@ class I2cPageTest : public WindowTest {
         openI2c();
         choose("mnu_KV4074");
     }
-    void choose(const char* entry) {
-        page(kI2c).findAction(entry)->trigger();
-        QTest::qWait(1);
-    }
+    void choose(const char* entry) { WindowTest::choose(kI2c, entry); }
     QString text(const std::string& path) { return widget<QLabel>(kI2c, path).text(); }
     QString word(const std::string& lamp) { return widget<qt::LampWidget>(kI2c, lamp).word(); }
     Plot& plot() { return widget<Plot>(kI2c, "wiperPlot"); }
     std::size_t points(std::size_t channel) {
         return plot().model().panes.at(0).series.at(channel).points.size();
-    }
-    /// The strip, section or head that the widget stands in.
-    std::string placeOf(const QWidget& shown) {
-        for (const QWidget* at = &shown; at != nullptr; at = at->parentWidget()) {
-            const std::string name = at->objectName().toStdString();
-            for (const char* place : {"strip(", "section.", "head"})
-                if (name.starts_with(place))
-                    return name;
-        }
-        return {};
     }
     void type(const char* path, const char* words) {
         auto& field = widget<QLineEdit>(kI2c, path);
@@ -49,78 +36,67 @@ class I2cPageTest : public WindowTest {
 };
 
 TEST_F(I2cPageTest, EachFieldStandsInItsPlaceUnderItsName) {
-    struct Row {
-        const char* path;
-        const char* name;
-        const char* place;
-    };
-    const Row rows[] = {
-        {"cmdReadAllWipers(0)", "Read All", "head"},
-        {"cmdReadAllWipers(1)", "Set Write = Read", "head"},
-        {"cmdMMenu", "Main Menu", "head"},
-        {"lblPotRead(1)", "Position read, channel 1", "strip(1)"},
-        {"lblPotReadhex(2)", "Position read, hexadecimal, channel 2", "strip(2)"},
-        {"lblWiperVolts(3)", "Wiper volts, channel 3", "strip(3)"},
-        {"ProgressBar1(1)", "Position read as a bar, channel 1", "strip(1)"},
-        {"Slider1(2)", "Position, channel 2", "strip(2)"},
-        {"txtDECDataWrt(1)", "Position to write, decimal, channel 1", "strip(1)"},
-        {"txtHexDataWrt(3)", "Position to write, hexadecimal, channel 3", "strip(3)"},
-        {"CMDxMIT(2)", "Write channel 2", "strip(2)"},
-        {"cmdI2Read(1)", "Read channel 1", "strip(1)"},
-        {"cmdSampleWiper(3)", "Read volts of channel 3", "strip(3)"},
-        {"ChkAutoRead(1)", "Auto Read, channel 1", "strip(1)"},
-        {"txtFactor(2)", "AD factor, channel 2", "strip(2)"},
-        {"List1(3)", "Positions, channel 3", "strip(3)"},
-        {"OptVCC(0)", "VCC on", "section.Supply"},
-        {"OptVCC(1)", "VCC off", "section.Supply"},
-        {"OptVM(0)", "V− on", "section.Supply"},
-        {"OptVM(1)", "V− off", "section.Supply"},
-        {"ShpVCCon", "VCC", "section.Supply"},
-        {"ShVM", "V−", "section.Supply"},
-        {"CboVCC", "VCC", "section.Supply"},
-        {"lblVCCVolts", "VCC measured", "section.Supply"},
-        {"lblSPICode", "Code of the level", "section.Supply"},
-        {"txtADOffset", "Offset", "section.Supply"},
-        {"txtADGain", "Gain", "section.Supply"},
-        {"OptChans(2)", "4 channels", "section.Set-up"},
-        {"OptTaps(3)", "100 taps", "section.Set-up"},
-        {"cboRegSize", "Address Size", "section.Set-up"},
-        {"cboDataSize", "Data Size", "section.Set-up"},
-        {"txtCalcAddr", "Address computed from the pins", "section.Set-up"},
-        {"txtDeviceAdr", "Address", "section.Set-up"},
-        {"txtACRAddress", "Control register's address", "section.Control register"},
-        {"txtACR(0)", "control register, to write", "section.Control register"},
-        {"txtACR(1)", "control register, as read", "section.Control register"},
-        {"cmdACRWrite", "Write control register", "section.Control register"},
-        {"cmdACRRead", "Read control register", "section.Control register"},
-        {"Shape2(0)", "ACR write", "section.Control register"},
-        {"Shape2(1)", "ACR read", "section.Control register"},
-        {"ChkShutDown2", "/ShutDown /Wp", "section.Shutdown pin"},
-        {"txtGPAddress", "General purpose register's address", "section.General Purpose Register"},
-        {"txtGPWrite", "general purpose register, to write", "section.General Purpose Register"},
-        {"cmdWriteGP", "Write general purpose register", "section.General Purpose Register"},
-        {"cmdGPRead", "Read general purpose register", "section.General Purpose Register"},
-        {"Shape2(2)", "Register write", "section.General Purpose Register"},
-        {"Shape2(3)", "Register read", "section.General Purpose Register"},
-        {"txtWrQ3319(3)", "Data 2, to write", "section.Q3318/9"},
-        {"CMDq331X_Write(2)", "Write Data 1", "section.Q3318/9"},
-        {"CMDq331X_Read(4)", "Read Data 3", "section.Q3318/9"},
-        {"lblBank", "Bank chosen", "section.Q4422"},
-        {"lblNvWrites", "Non-volatile writes since", "section.Non-volatile writes"},
-        {"lblNvRegisters", "Non-volatile writes by register", "section.Non-volatile writes"},
-        {"txtNvBudget", "Warn above", "section.Non-volatile writes"},
-        {"ShpAttach", "USB Attach", "section.Status"},
-        {"Shp_USB_Transfer", "USB Comm", "section.Status"},
-        {"Shape1(1)", "Write VRK", "section.Status"},
-        {"Shape1(2)", "Read VRK", "section.Status"},
-    };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.path);
-        const QWidget& shown = widget(kI2c, row.path);
-        EXPECT_TRUE(shown.accessibleName().startsWith(QString::fromUtf8(row.name)))
-            << shown.accessibleName().toStdString();
-        EXPECT_EQ(placeOf(shown), row.place);
-    }
+    expectPlaces(
+        kI2c, {
+                  {"cmdReadAllWipers(0)", "Read All", "head"},
+                  {"cmdReadAllWipers(1)", "Set Write = Read", "head"},
+                  {"cmdMMenu", "Main Menu", "head"},
+                  {"lblPotRead(1)", "Position read, channel 1", "strip(1)"},
+                  {"lblPotReadhex(2)", "Position read, hexadecimal, channel 2", "strip(2)"},
+                  {"lblWiperVolts(3)", "Wiper volts, channel 3", "strip(3)"},
+                  {"ProgressBar1(1)", "Position read as a bar, channel 1", "strip(1)"},
+                  {"Slider1(2)", "Position, channel 2", "strip(2)"},
+                  {"txtDECDataWrt(1)", "Position to write, decimal, channel 1", "strip(1)"},
+                  {"txtHexDataWrt(3)", "Position to write, hexadecimal, channel 3", "strip(3)"},
+                  {"CMDxMIT(2)", "Write channel 2", "strip(2)"},
+                  {"cmdI2Read(1)", "Read channel 1", "strip(1)"},
+                  {"cmdSampleWiper(3)", "Read volts of channel 3", "strip(3)"},
+                  {"ChkAutoRead(1)", "Auto Read, channel 1", "strip(1)"},
+                  {"txtFactor(2)", "AD factor, channel 2", "strip(2)"},
+                  {"List1(3)", "Positions, channel 3", "strip(3)"},
+                  {"OptVCC(0)", "VCC on", "section.Supply"},
+                  {"OptVCC(1)", "VCC off", "section.Supply"},
+                  {"OptVM(0)", "V− on", "section.Supply"},
+                  {"OptVM(1)", "V− off", "section.Supply"},
+                  {"ShpVCCon", "VCC", "section.Supply"},
+                  {"ShVM", "V−", "section.Supply"},
+                  {"CboVCC", "VCC", "section.Supply"},
+                  {"lblVCCVolts", "VCC measured", "section.Supply"},
+                  {"lblSPICode", "Code of the level", "section.Supply"},
+                  {"txtADOffset", "Offset", "section.Supply"},
+                  {"txtADGain", "Gain", "section.Supply"},
+                  {"OptChans(2)", "4 channels", "section.Set-up"},
+                  {"OptTaps(3)", "100 taps", "section.Set-up"},
+                  {"cboRegSize", "Address Size", "section.Set-up"},
+                  {"cboDataSize", "Data Size", "section.Set-up"},
+                  {"txtCalcAddr", "Address computed from the pins", "section.Set-up"},
+                  {"txtDeviceAdr", "Address", "section.Set-up"},
+                  {"txtACRAddress", "Control register's address", "section.Control register"},
+                  {"txtACR(0)", "control register, to write", "section.Control register"},
+                  {"txtACR(1)", "control register, as read", "section.Control register"},
+                  {"cmdACRWrite", "Write control register", "section.Control register"},
+                  {"cmdACRRead", "Read control register", "section.Control register"},
+                  {"Shape2(0)", "ACR write", "section.Control register"},
+                  {"Shape2(1)", "ACR read", "section.Control register"},
+                  {"ChkShutDown2", "/ShutDown /Wp", "section.Shutdown pin"},
+                  {"txtGPAddress", "General purpose register's address", "section.General Purpose Register"},
+                  {"txtGPWrite", "general purpose register, to write", "section.General Purpose Register"},
+                  {"cmdWriteGP", "Write general purpose register", "section.General Purpose Register"},
+                  {"cmdGPRead", "Read general purpose register", "section.General Purpose Register"},
+                  {"Shape2(2)", "Register write", "section.General Purpose Register"},
+                  {"Shape2(3)", "Register read", "section.General Purpose Register"},
+                  {"txtWrQ3319(3)", "Data 2, to write", "section.Q3318/9"},
+                  {"CMDq331X_Write(2)", "Write Data 1", "section.Q3318/9"},
+                  {"CMDq331X_Read(4)", "Read Data 3", "section.Q3318/9"},
+                  {"lblBank", "Bank chosen", "section.Q4422"},
+                  {"lblNvWrites", "Non-volatile writes since", "section.Non-volatile writes"},
+                  {"lblNvRegisters", "Non-volatile writes by register", "section.Non-volatile writes"},
+                  {"txtNvBudget", "Warn above", "section.Non-volatile writes"},
+                  {"ShpAttach", "USB Attach", "section.Status"},
+                  {"Shp_USB_Transfer", "USB Comm", "section.Status"},
+                  {"Shape1(1)", "Write VRK", "section.Status"},
+                  {"Shape1(2)", "Read VRK", "section.Status"},
+              });
 }
 
 TEST_F(I2cPageTest, AFailedReadMarksItsOwnChannelUntilTheNextGoodOne) {

@@ -183,8 +183,8 @@ TEST_F(HomePageTest, CardsFollowThePartInTheSocket) {
     auto& card = dynamic_cast<BoxFrame&>(widget(kHome, "card.I2C"));
     EXPECT_TRUE(card.marked());
     EXPECT_EQ(text(kHome, "card.words.I2C"), "socket holds KV4071");
-    EXPECT_EQ(text(kHome, "card.words.SPI"), "not in this version");
-    EXPECT_FALSE(widget(kHome, "open.SPI").isEnabled());
+    EXPECT_EQ(text(kHome, "card.words.SPI"), "other part in the socket");
+    EXPECT_FALSE(widget(kHome, "open.Calibration").isEnabled());
 
     part.setFocus();
     QTest::keyClick(&part, Qt::Key_Down);

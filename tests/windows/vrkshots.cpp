@@ -63,9 +63,7 @@ class Shooter {
 };
 
 /// Sets every channel and reads it back, then sweeps channel 0 and 1 for the picture of volts over position.
-void workThePart(frmVRK_User1& panel) {
-    (void)panel.mnu_KV4074.userClick();
-    (void)panel.OptVCC[0].userClick();
+void workChannels(WiperPanel& panel) {
     for (int channel = 0; channel < WiperPanel::kChannels; ++channel) {
         panel.txtDECDataWrt[channel].userSelect(0, 9);
         for (const char digit : std::to_string(24 + 29 * channel))
@@ -74,6 +72,12 @@ void workThePart(frmVRK_User1& panel) {
         (void)panel.cmdI2Read[channel].userClick();
     }
     (void)panel.cmdACRRead.userClick();
+}
+
+void workThePart(frmVRK_User1& panel) {
+    (void)panel.mnu_KV4074.userClick();
+    (void)panel.OptVCC[0].userClick();
+    workChannels(panel);
 }
 
 void sweep(frmVRK_User1& panel) {
@@ -155,6 +159,26 @@ void shootScript(WindowBench& bench, Shooter& shooter, const QString& folder) {
     (void)script.cmdExecAll.userClick();
 }
 
+/// The SPI panel with four channels and with one.
+void shootSpi(WindowBench& bench, Shooter& shooter) {
+    Bench& b = bench.bench;
+    (void)b.frmVRK_User1->cmdMMenu.userClick();
+    bench.bus.socket("KV4184");
+    (void)b.frmStartup->cboVRKSelect.userSelect(frmStartup::kSPI);
+    frmVRK_SPI1& panel = *b.frmVRK_SPI1;
+    (void)panel.mnuKV4184.userClick();
+    (void)panel.OptVCC[0].userClick();
+    workChannels(panel);
+    panel.txtDeviceAdr.setText("54");
+    (void)panel.cmdI2Read[2].userClick(); // no part there
+    bench.workspace.openDock(Dock::Plot);
+    shooter.shoot("spi-4");
+    (void)panel.cmdSlave.userClick();
+    (void)panel.OptChans[0].userClick();
+    (void)panel.cmdI2Read[0].userClick();
+    shooter.shoot("spi-1");
+}
+
 int shootAll(const QString& folder, const QString& shade) {
     WindowBench bench(folder.toStdString());
     Shooter shooter(bench, folder, shade);
@@ -199,6 +223,8 @@ int shootAll(const QString& folder, const QString& shade) {
         (void)b.ProductExec->tGrid.userSelect(2, 0);
     });
     shooter.shoot("table");
+    (void)b.events().deliver([&b] { b.ProductExec.hide(); });
+    shootSpi(bench, shooter);
     return shooter.failures();
 }
 

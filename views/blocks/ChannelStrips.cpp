@@ -8,6 +8,8 @@
 #include <QApplication>
 #include <QBoxLayout>
 
+#include <utility>
+
 namespace vrk {
 
 using namespace qt;
@@ -30,13 +32,18 @@ ChannelStrips::ChannelStrips(PageUi& page, WiperPanel& panel) {
     connect(qApp, &QApplication::focusChanged, this, [this] {
         for (int channel = 0; channel < ChannelBlock::kChannels; ++channel)
             if (strips_.at(static_cast<std::size_t>(channel))->hasKeyboard())
-                inHand_ = channel;
+                setInHand(channel);
     });
 }
 
 ChannelStrips::~ChannelStrips() {
     // A strip that goes with the keyboard on it moves the focus, when the strips before it are gone already.
     disconnect(qApp, nullptr, this, nullptr);
+}
+
+void ChannelStrips::setInHand(int channel) {
+    if (std::exchange(inHand_, channel) != channel && onInHand)
+        onInHand(channel);
 }
 
 void ChannelStrips::showUsed(const ChannelBlock& block) {
@@ -46,7 +53,7 @@ void ChannelStrips::showUsed(const ChannelBlock& block) {
         setShown(*strips_.at(static_cast<std::size_t>(channel)), shown);
         used += shown ? 1 : 0;
         if (!shown && inHand_ == channel)
-            inHand_ = 0;
+            setInHand(0);
     }
     for (ChannelStrip* strip : strips_)
         if (strip->wide() != (used <= 1))

@@ -3,6 +3,7 @@
 #include <QWidget>
 
 #include <array>
+#include <functional>
 
 namespace vrk {
 
@@ -19,11 +20,14 @@ class ChannelStrips final : public QWidget {
     ~ChannelStrips() override;
     /// The channel that has the keyboard, or had it last; 0 at first.
     int inHand() const { return inHand_; }
+    /// Called when another channel has come to hand.
+    std::function<void(int channel)> onInHand;
     QWidget* entry() const;
 
   private:
     void addKeys(PageUi& page, ChannelBlock& block);
     void showUsed(const ChannelBlock& block);
+    void setInHand(int channel);
 
     std::array<ChannelStrip*, 4> strips_{};
     int inHand_ = 0;

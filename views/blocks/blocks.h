@@ -27,9 +27,10 @@ Section& addSupplySection(PageUi& page, SupplyBlock& block);
 
 /// What of a register's address is the panel's own.
 struct RegisterAddress {
-    Label* caption = nullptr;   ///< "ACR Address"; nullptr: the word "Register" stands there
+    Label* caption = nullptr;   ///< "ACR Address"; nullptr: the word "Register" or "Commands" stands there
     TextBox* address = nullptr; ///< the register's number, or the command that writes it
     Label* product = nullptr;   ///< the fields' names come from the map of its part
+    TextBox* read = nullptr;    ///< where a read has a command of its own; `address` is then the write's
 };
 /// The control register: what is to be written, what was read, and where wiper writes go.
 Section& addControlRegisterSection(PageUi& page, ControlRegister& block, const RegisterAddress& at);
@@ -42,6 +43,7 @@ Section& addStatusSection(PageUi& page, StatusBlock& block);
 
 /// Rows of a panel's set-up section.
 qt::Item channelChoice(PageUi& page, ChannelBlock& block);
-qt::Item addressRows(PageUi& page, AddressPins& block);
+/// \param words "Address", or what else the byte is that selects the part.
+qt::Item addressRows(PageUi& page, AddressPins& block, const QString& words);
 
 } // namespace vrk

@@ -44,26 +44,37 @@ Section& addShutdownPinSection(PageUi& page, ShutdownPin& block) {
 
 qt::Item channelChoice(PageUi& page, ChannelBlock& block) {
     PanelUi& ui = page.ui();
-    std::vector<std::vector<Item>> lines{{columnLabel("Channels")}, {columnLabel("Taps")}, {{}}};
+    std::vector<std::vector<Item>> lines{{columnLabel("Taps")}, {{}}};
+    std::vector<QWidget*> channels;
+    bool figures = true;
     for (auto& option : block.OptChans) {
         auto* widget = ui(*option);
-        widget->setAccessibleName(QString::fromStdString(option->caption()) + " channels");
-        lines[0].emplace_back(widget);
+        figures = figures && option->caption().size() == 1;
+        widget->setAccessibleName(figures ? QString::fromStdString(option->caption()) + " channels"
+                                          : QString::fromStdString(option->caption()));
+        channels.push_back(widget);
     }
     for (auto& option : block.OptTaps) {
         auto* widget = ui(*option);
         widget->setAccessibleName(QString::fromStdString(option->caption()) + " taps");
-        lines[option->index() < 4 ? 1 : 2].emplace_back(widget);
+        lines[option->index() < 4 ? 0 : 1].emplace_back(widget);
     }
+    if (figures)
+        lines.insert(lines.begin(), {columnLabel("Channels"), channels[0], channels[1], channels[2]});
     QGridLayout* choices = grid(lines);
     choices->setVerticalSpacing(kUnit / 2);
     choices->setHorizontalSpacing(0);
     for (int column = 1; column <= 4; ++column)
         choices->setColumnStretch(column, 1);
-    return choices;
+    if (figures)
+        return choices;
+    // Captions in words take lines of their own.
+    return rows({row({columnLabel("Channels"), channels[0], stretch}),
+                 row({columnLabel({}), channels[1], stretch}), row({columnLabel({}), channels[2], stretch}),
+                 choices});
 }
 
-qt::Item addressRows(PageUi& page, AddressPins& block) {
+qt::Item addressRows(PageUi& page, AddressPins& block, const QString& words) {
     PanelUi& ui = page.ui();
     std::vector<Item> pins{columnLabel("Pins")};
     for (auto& pin : block.chkI2CAdr)
@@ -71,12 +82,13 @@ qt::Item addressRows(PageUi& page, AddressPins& block) {
     pins.emplace_back(stretch);
     auto* fromPins = byteField(page, block.txtCalcAddr);
     auto* address = byteField(page, block.txtDeviceAdr);
+    address->setAccessibleName(words);
     auto* select =
         ui.frame(block.fraADDRSelect, {},
                  rows({row(pins), row({columnLabel("From pins", fromPins), fromPins, quietText("hex"),
                                        stretch, wideButton(ui(block.cmdCopyAdr), kButtons)})}));
     select->setTitled(false);
-    return rows({select, row({columnLabel("Address", address), address, quietText("hex"), stretch,
+    return rows({select, row({columnLabel(words, address), address, quietText("hex"), stretch,
                               wideButton(ui(block.cmdSlave), kButtons)})});
 }
 

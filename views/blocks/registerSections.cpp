@@ -41,6 +41,14 @@ QWidget* fieldsOf(PageUi& page, const RegisterAddress& at, TextBox& toWrite, Con
     return new FieldRows(page, {*at.product, *at.address, toWrite, asRead, std::move(readText)});
 }
 
+/// "Commands [C8] write [B8] read", where a read has a command of its own.
+QBoxLayout* commandLine(PageUi& page, const RegisterAddress& at, QWidget* write, const QString& name) {
+    auto* read = byteField(page, *at.read);
+    write->setAccessibleName(name + ", command to write");
+    read->setAccessibleName(name + ", command to read");
+    return row({columnLabel("Commands", write), write, quietText("write"), read, quietText("read"), stretch});
+}
+
 GroupWidget* plainFrame(PageUi& page, Frame& frame, QLayout* content) {
     GroupWidget* widget = page.ui().frame(frame, {}, content);
     widget->setTitled(false); // the section's heading says it
@@ -53,10 +61,6 @@ Section& addControlRegisterSection(PageUi& page, ControlRegister& block, const R
     PanelUi& ui = page.ui();
     auto* address = byteField(page, *at.address);
     address->setAccessibleName("Control register's address");
-    QLabel* words = at.caption != nullptr ? ui(*at.caption) : quietText("Register");
-    words->setMinimumWidth(dp(69));
-    words->setBuddy(address);
-    makeQuiet(*words);
     auto* toWrite = static_cast<QLineEdit*>(byteField(page, block.txtACR[0]));
     QLineEdit* asRead = readByte(page, block.txtACR[1]);
     tintHexDifference(page, block.txtACR[0], *toWrite, block.txtACR[1],
@@ -64,14 +68,28 @@ Section& addControlRegisterSection(PageUi& page, ControlRegister& block, const R
     auto* warning = ui(block.lblShutDown);
     warning->setFont(textFont(1.0, true));
     auto* shutdown = plainFrame(page, block.FrmShutdown, row({ui(block.chkShutdown)}));
-    QBoxLayout* all = rows(
-        {row({words, address, quietText("hex"), stretch, shutdown}),
-         byteLine(page, "To write", toWrite, "control register", block.cmdACRWrite, block.Shape2[0]),
-         byteLine(page, "As read", asRead, "control register", block.cmdACRRead, block.Shape2[1]),
-         fieldsOf(page, at, block.txtACR[0], block.txtACR[1], [&block] { return block.txtACR[1].text(); }),
-         row({ui(block.Option1[0]), ui(block.Option1[1]), stretch}), warning});
+    std::vector<Item> lines;
+    if (at.read != nullptr) {
+        lines.emplace_back(commandLine(page, at, address, "Control register"));
+    } else {
+        QLabel* words = at.caption != nullptr ? ui(*at.caption) : quietText("Register");
+        words->setMinimumWidth(dp(69));
+        words->setBuddy(address);
+        makeQuiet(*words);
+        lines.emplace_back(row({words, address, quietText("hex"), stretch, shutdown}));
+    }
+    lines.emplace_back(
+        byteLine(page, "To write", toWrite, "control register", block.cmdACRWrite, block.Shape2[0]));
+    lines.emplace_back(
+        byteLine(page, "As read", asRead, "control register", block.cmdACRRead, block.Shape2[1]));
+    lines.emplace_back(
+        fieldsOf(page, at, block.txtACR[0], block.txtACR[1], [&block] { return block.txtACR[1].text(); }));
+    lines.emplace_back(row({ui(block.Option1[0]), ui(block.Option1[1]), stretch}));
+    if (at.read != nullptr)
+        lines.emplace_back(row({shutdown, stretch}));
+    lines.emplace_back(warning);
     Section& section = page.addSection(block.SSFrame2, "Control register",
-                                       qt::block(rows({plainFrame(page, block.SSFrame2, all)})));
+                                       qt::block(rows({plainFrame(page, block.SSFrame2, rows(lines))})));
     const auto summary = [&block, at] {
         return text(*at.address) + " hex, to write " + text(block.txtACR[0]);
     };
@@ -92,15 +110,21 @@ Section& addGeneralRegisterSection(PageUi& page, ControlRegister& block, const R
     auto* name = ui(block.lblGDRs);
     makeQuiet(*name);
     QBoxLayout* all = rows(
-        {row({columnLabel("Register", address), address, quietText("hex"), name, stretch}),
+        {at.read != nullptr
+             ? row({commandLine(page, at, address, "General register"), name})
+             : row({columnLabel("Register", address), address, quietText("hex"), name, stretch}),
          byteLine(page, "To write", toWrite, "general purpose register", block.cmdWriteGP, block.Shape2[2]),
          byteLine(page, "As read", asRead, "general purpose register", block.cmdGPRead, block.Shape2[3]),
          fieldsOf(page, at, block.txtGPWrite, block.lblGPRead,
                   [&block] { return block.lblGPRead.caption(); })});
-    Section& section = page.addSection(block.frmRegisterWrite, "General Purpose Register",
-                                       qt::block(rows({plainFrame(page, block.frmRegisterWrite, all)})));
-    const auto summary = [&block] { return QString::fromStdString(block.lblGDRs.caption()); };
-    summarise(page, section, summary, summary, {&block.lblGDRs});
+    Section& section =
+        page.addSection(block.frmRegisterWrite, QString::fromStdString(block.frmRegisterWrite.caption()),
+                        qt::block(rows({plainFrame(page, block.frmRegisterWrite, all)})));
+    const auto summary = [&block, at] {
+        return at.read != nullptr ? text(*at.address) + " hex, to write " + text(block.txtGPWrite)
+                                  : QString::fromStdString(block.lblGDRs.caption());
+    };
+    summarise(page, section, summary, summary, {&block.lblGDRs, at.address, &block.txtGPWrite});
     return section;
 }
 

@@ -1,6 +1,7 @@
 #include "views/pages/homeCards.h"
 
 #include "panels/i2c/i2cParts.h"
+#include "panels/spi/spiParts.h"
 #include "platform/qt/theme.h"
 #include "shell/frmStartup.h"
 #include "views/pages.h"
@@ -33,7 +34,7 @@ struct CardWords {
 };
 constexpr CardWords kCards[] = {
     {"I2C", "", ""},
-    {"SPI", "KV4180 · KV4184 · parameter file", ""},
+    {"SPI", "", ""},
     {"Up/Down", "UPDN100, one or two", ""},
     {"Push Button", "PB64", ""},
     {"Instructions", "Q4410 on I2C, Q4420 on SPI", ""},
@@ -43,11 +44,18 @@ constexpr CardWords kCards[] = {
 };
 
 /// "KV4071 · KV4074 · parameter file": from the menu's own table, so that the two cannot differ.
-QString i2cParts() {
+template <class Parts>
+QString partNames(const Parts& parts) {
     QString text;
-    for (const I2cPartFacts& part : kI2cParts)
+    for (const auto& part : parts)
         text += QString::fromLatin1(part.name.data(), static_cast<qsizetype>(part.name.size())) + " · ";
     return text + "parameter file";
+}
+
+QString aboutCard(const CardWords& words) {
+    if (*words.about != '\0')
+        return words.about;
+    return QString(words.page) == "SPI" ? partNames(kSpiParts) : partNames(kI2cParts);
 }
 
 class SignWidget final : public QWidget {
@@ -84,7 +92,7 @@ bool names(const QString& about, const QString& part) {
 }
 
 Card makeCard(PageUi& page, frmStartup& p, const PageRow& row, const CardWords& words) {
-    Card card{.row = &row, .about = *words.about == '\0' ? i2cParts() : words.about, .note = words.note};
+    Card card{.row = &row, .about = aboutCard(words), .note = words.note};
     const bool here = *row.slot != '\0';
     auto* sign = new SignWidget(row.sign);
     auto* name = heading(row.name, kNameScale);

@@ -11,6 +11,7 @@ class frmMotherboardDAQ2;
 class frmScriptOps;
 class frmStartup;
 class frmVRK_PB1;
+class frmVRK_SPI1;
 class frmVRK_UD1;
 class frmVRK_User1;
 
@@ -19,6 +20,7 @@ void makeHomePage(PageUi& page, frmStartup& panel);
 void makeTracePage(PageUi& page, Doco& panel);
 void makeProductTablePage(PageUi& page, ProductExec& panel);
 void makeI2cPanelView(PageUi& page, frmVRK_User1& panel);
+void makeSpiPanelView(PageUi& page, frmVRK_SPI1& panel);
 void makeUpDownPage(PageUi& page, frmVRK_UD1& panel);
 void makePushButtonPage(PageUi& page, frmVRK_PB1& panel);
 void makeRunInPage(PageUi& page, UPDN_Runin& panel);

@@ -1,0 +1,259 @@
+#include "panels/spi/frmVRK_SPI1.h"
+
+#include "panels/blocks/choices.h"
+#include "panels/blocks/entries.h"
+#include "platform/runtime/text.h"
+
+#include <utility>
+
+namespace vrk {
+
+namespace {
+/// Of a frame that went well the part gives something other than 0 here.
+constexpr int kCheckByte = 1;
+
+std::string lastTwo(const std::string& hex) {
+    return hex.size() > 2 ? hex.substr(hex.size() - 2) : hex;
+}
+} // namespace
+
+frmVRK_SPI1::frmVRK_SPI1(PanelContext& panelContext, BenchServices& panelServices, WiperState& state)
+    : WiperPanel(panelContext, "frmVRK_SPI1", "VRK SPI Evaluation", panelServices, state, "/ShutDown") {
+    wireSetup();
+    wireRegisters();
+    wireFrames();
+    clocks_ = console().observeSpiClocks([this] { mirrorClocks(); });
+}
+
+void frmVRK_SPI1::wireSetup() {
+    mnu_SPI_List.setCaption("SPI Parameter File");
+    OptChans.setCaptions({"Sngle Channel VRK", "Dual Channel VRK", "Quad Channel VRK"});
+    const auto command = [](TextBox& box, const char* text, const char* caption, const char* tip) {
+        box.setText(text);
+        box.setCaption(caption);
+        box.setToolTip(tip);
+        box.setMaxLength(2);
+        box.onKeyPress(hexKeyFilter);
+        box.onLostFocus([&box] { box.setText(upperCase(box.text())); });
+    };
+    command(txtBaseVRKReadAddress, "80", "Read", "Read Address of first DA Channel");
+    command(txtBaseVRKWriteAddress, "C0", "Write", "Write Address of first DA Channel");
+    txtBaseVRKReadAddress.onChange([this] { markChannelsStale("the read command changed since"); });
+    txtSPIRDQuantity.setText("4");
+    txtSPIRDQuantity.setToolTip("Number of SPI bytes during Read Operation");
+    txtSPIWrCount.setText("2");
+    txtSPIWrCount.setToolTip("Number of SPI bytes during Write Operation");
+    for (TextBox* count : {&txtSPIRDQuantity, &txtSPIWrCount}) {
+        count->setMaxLength(1);
+        count->onKeyPress(decimalKeyFilter);
+    }
+    chkSendID.setCaption("ID Enabled");
+    chkSendID.setToolTip("Check to add ID Byte during SPI Operation");
+    txtDeviceAdr.setText("NA");
+    txtDeviceAdr.setToolTip("VRK SPI Address (If used)");
+    hexEntry(txtDeviceAdr, {.fallback = "50", .mayBeNone = true});
+    for (auto& pin : chkI2CAdr)
+        pin->setToolTip("Sets Device ID Value");
+    txtCalcAddr.setToolTip("Device ID computed from the pins");
+    cboSPIClock.setCaption("SPI clock frequency (MHz)");
+    cboSPIClock.setToolTip("Selects the SPI Clock Frequency");
+    cmdSetSPICLock.setCaption("Update");
+    for (int channel = 0; channel < kChannels; ++channel) {
+        cmdI2Read[channel].setToolTip("Executes an SPI read of the VRK's wiper position.");
+        cmdSampleWiper[channel].setCaption("RW Volts");
+        cmdSampleWiper[channel].setToolTip("Click to sample Wiper Voltage");
+    }
+    txtADOffset.setToolTip("VCC Offset of Motherboard");
+    txtADGain.setToolTip("VCC Gain needed by Motherboard");
+    wireClick(mnu_SPI_List, &frmVRK_SPI1::mnu_SPI_List_Click);
+    wireClick(mnuKV4180, &frmVRK_SPI1::mnuKV4180_Click);
+    wireClick(mnuKV4184, &frmVRK_SPI1::mnuKV4184_Click);
+    wireClick(chkSendID, &frmVRK_SPI1::chkSendID_Click);
+    wireClick(cboSPIClock, &frmVRK_SPI1::cboSPIClock_Click);
+    wireClick(cmdSetSPICLock, &frmVRK_SPI1::cmdSetSPICLock_Click);
+    const auto entries = partEntries();
+    for (std::size_t part = 0; part < kSpiParts.size(); ++part)
+        entries.at(part + 1)->setCaption(std::string(kSpiParts.at(part).name));
+}
+
+std::vector<MenuEntry*> frmVRK_SPI1::partEntries() {
+    return {&mnu_SPI_List, &mnuKV4180, &mnuKV4184};
+}
+
+void frmVRK_SPI1::Form_Load() {
+    becomeActive();
+    txtACRAddress[0].setText("02");
+    txtDeviceAdr.setText("50");
+    wipers.TapCount = 128;
+    numberChannels();
+    loadChannels();
+    fillSizes();
+    console().cboSPIclock_init();
+    services().motherboard.initSupplyDefaults();
+    lblUserVCC.setVisible(false);
+    txtUserVCC.setVisible(false);
+    Option1[1].setValue(true);
+    pump();
+    board().setPin(frmMotherboardDAQ2::kPinMotherboardSwitch, 1);
+    board().cmdWrtPipe1_Click();
+}
+
+void frmVRK_SPI1::Form_Activate() {
+    WiperPanel::Form_Activate();
+    if (productStarts("Q4420/1"))
+        takeBusOptions();
+}
+
+void frmVRK_SPI1::beforeMenu() {
+    // The console's I2C options are another panel's from here on.
+    if (const auto before = std::exchange(optionsBefore_, std::nullopt))
+        setBusOptions(*before);
+}
+
+std::string frmVRK_SPI1::busAddress() const {
+    return chkSendID.checked() || family() == SpiFamily::TenBit ? txtDeviceAdr.text() : "";
+}
+
+void frmVRK_SPI1::chkSendID_Click() {
+    // Another frame: it may be another part that answers.
+    addressChanged();
+}
+
+void frmVRK_SPI1::mirrorClocks() {
+    // Row by row the console's list. The board is the master: nothing is sent for it.
+    const ComboBox& source = console().cboSPIClock;
+    cboSPIClock.setRows(source.rows());
+    cboSPIClock.showListIndex(source.listIndex());
+}
+
+void frmVRK_SPI1::cboSPIClock_Click() {
+    console().cboSPIClock.setListIndex(cboSPIClock.listIndex());
+    console().cboSPIClock_Click();
+}
+
+void frmVRK_SPI1::choosePart(const SpiPartFacts& part) {
+    dropPending();
+    countAnew();
+    leaveFamily();
+    txtSPIWrCount.setText(decimalText(part.writeBytes));
+    txtSPIRDQuantity.setText(decimalText(part.readBytes));
+    txtACRAddress[0].setText(std::string(part.acrWrite));
+    txtACRAddress[1].setText(std::string(part.acrRead));
+    txtDeviceAdr.setText(std::string(part.id));
+    chkSendID.setValue(part.hasId ? 1 : 0);
+    txtGPAddress[0].setText(std::string(part.generalWrite));
+    txtGPAddress[1].setText(std::string(part.generalRead));
+    txtBaseVRKWriteAddress.setText(std::string(part.wiperWrite));
+    txtBaseVRKReadAddress.setText(std::string(part.wiperRead));
+    wipers.TapCount = part.taps;
+    wipers.channelCount = part.channels;
+    lblProduct.setCaption(std::string(part.product));
+    selectSizes();
+    cboRegSize.setListIndex(1);
+    cboDataSize.setListIndex(1);
+    tell(true, std::string(part.name) + " chosen",
+         (part.hasId ? "ID " + txtDeviceAdr.text() + " hex, " : "no ID, ") + decimalText(part.taps) + " taps",
+         &lblProduct);
+}
+
+StoreRules frmVRK_SPI1::storeRules() const {
+    StoreRules rules{.bus = PartBus::SPI,
+                     .protocol = PartProtocol::Registers,
+                     .wipers = shownChannels(),
+                     .firstWrite = hexToInt(txtBaseVRKWriteAddress.text())};
+    if (!busAddress().empty())
+        rules.address = hexToInt(txtDeviceAdr.text());
+    if (productStarts("Q4420"))
+        rules.protocol = PartProtocol::Quad;
+    else if (productStarts("Q3310"))
+        rules.protocol = PartProtocol::TenBit;
+    else if (txtACRAddress[0].text() != "NA")
+        rules.control = hexToInt(txtACRAddress[0].text());
+    return rules;
+}
+
+void frmVRK_SPI1::mnuKV4180_Click() {
+    choosePart(kSpiParts[0]);
+}
+
+void frmVRK_SPI1::mnuKV4184_Click() {
+    choosePart(kSpiParts[1]);
+}
+
+// Frames
+
+SpiFrame frmVRK_SPI1::writeFrame(int channel) const {
+    const std::string& hex = txtHexDataWrt[channel].text();
+    const bool tenBit = family() == SpiFamily::TenBit;
+    // Register parts have one data byte, which the last two digits fill.
+    return spiWriteFrame(lead(), spiCommand(txtBaseVRKWriteAddress.text(), channel),
+                         tenBit ? hex : lastTwo(hex), family());
+}
+
+SpiFrame frmVRK_SPI1::readFrame(int channel) const {
+    return spiReadFrame(lead(), spiCommand(txtBaseVRKReadAddress.text(), channel), family());
+}
+
+SpiFrame frmVRK_SPI1::registerFrame(RegisterAction action) const {
+    const std::string& command = registerAddress(action).text();
+    if (isRead(action))
+        return spiReadFrame(lead(), command);
+    return spiWriteFrame(lead(), command, isControl(action) ? txtACR[0].text() : txtGPWrite.text());
+}
+
+bool frmVRK_SPI1::sendFrame(const SpiFrame& frame) {
+    frmMotherboardDAQ2& daq = board();
+    const int length = decimalByte(txtSPIWrCount.text());
+    requireSendable(frame, length);
+    for (std::size_t at = 0; at < frame.size(); ++at)
+        daq.txtSPIWrite2Data[static_cast<int>(at) + 1].setText(frame[at].hex);
+    daq.txtSPIWrQty2.setText(txtSPIWrCount.text());
+    daq.cmdSPIOWrite2_Click();
+    return judge(daq.txtSPIORead, length);
+}
+
+bool frmVRK_SPI1::exchangeFrame(const SpiFrame& frame) {
+    frmMotherboardDAQ2& daq = board();
+    const int length = decimalByte(txtSPIRDQuantity.text());
+    requireSendable(frame, length);
+    for (std::size_t at = 0; at < frame.size(); ++at)
+        daq.txtSPIWrite3Data[static_cast<int>(at) + 1].setText(frame[at].hex);
+    daq.txtSPIWrQty3.setText(txtSPIRDQuantity.text());
+    daq.cmdSPIOWrite3_Click();
+    return judge(daq.txtSPIORead3, length);
+}
+
+bool frmVRK_SPI1::judge(const ControlArray<TextBox>& answer, int length) {
+    // Where the frame is too short for the check byte, or no reply came, the field shows an exchange of
+    // before.
+    const bool replied = console().replied();
+    const std::string& check = answer[kCheckByte].text();
+    failure_ = !replied ? "no reply from the board" : "the part's check byte is " + check;
+    return replied && length > kCheckByte && hexToInt(check) != 0;
+}
+
+const std::string& frmVRK_SPI1::answer(int fromEnd) const {
+    return board().txtSPIORead3[decimalByte(txtSPIRDQuantity.text()) - fromEnd].text();
+}
+
+bool frmVRK_SPI1::writeWiper(int channel) {
+    const bool good = sendFrame(writeFrame(channel));
+    const Colour colour = good ? Colour::LightGreen : Colour::LightRed;
+    Shape2[static_cast<int>(RegisterAction::ControlWrite)].setColour(colour);
+    showTransfer(false, colour);
+    return good;
+}
+
+std::optional<int> frmVRK_SPI1::readWiper(int channel) {
+    const bool good = exchangeFrame(readFrame(channel));
+    const Colour colour = good ? Colour::LightGreen : Colour::LightRed;
+    Shape2[static_cast<int>(RegisterAction::ControlRead)].setColour(colour);
+    showTransfer(true, colour);
+    int value = hexToInt(answer(1));
+    if (family() == SpiFamily::TenBit)
+        value += 256 * hexToInt(answer(2).substr(answer(2).size() - 1));
+    wipers.WiperRead[kWiperElement] = value;
+    return good ? std::optional(value) : std::nullopt;
+}
+
+} // namespace vrk

@@ -1,5 +1,7 @@
 #include "panels/DevicePanel.h"
 
+#include "panels/blocks/vccCheck.h"
+
 #include <utility>
 
 namespace vrk {
@@ -55,10 +57,7 @@ void DevicePanel::cmdMMenu_Click() {
 }
 
 bool DevicePanel::requireVcc() {
-    if (services_.vccOn())
-        return true;
-    context().say("VCC is not turned on.");
-    return false;
+    return vrk::requireVcc(services_, context());
 }
 
 } // namespace vrk

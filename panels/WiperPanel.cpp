@@ -32,11 +32,9 @@ WiperPanel::WiperPanel(PanelContext& panelContext, std::string name, std::string
     cmdReadAllWipers.setCaptions({"Read All", "Set Write = Read"});
     cmdShowq4410.setCaption("Show Instruction Set Form");
     cmdStoreWCRs.setCaption("Store WCRs >> R0");
-    for (Button* button : {&cmdShowq4410, &cmdStoreWCRs}) {
+    cmdStoreWCRs.setToolTip("Write Wipers (WCRs) to Registers 0 for recall on power up.");
+    for (Button* button : {&cmdShowq4410, &cmdStoreWCRs})
         button->setContainer(Frq4410Show);
-        button->setEnabled(false);
-        button->setToolTip("The panel of instructions is not in this version");
-    }
     Frq4410Show.setVisible(false);
     wireClick(cmdReadAllWipers, &WiperPanel::cmdReadAllWipers_Click);
 }

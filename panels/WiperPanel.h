@@ -26,7 +26,7 @@ class WiperPanel : public DevicePanel,
     ComboBox cboDataSize{*this, "cboDataSize"};
     /// 0 "Read All", 1 "Set Write = Read"
     ControlArray<Button> cmdReadAllWipers{*this, "cmdReadAllWipers", 0, 1};
-    /// Shown for the quad parts with instructions.
+    /// Shown for the quad parts with instructions; a bus panel that has their panel ties it to these.
     Frame Frq4410Show{*this, "Frq4410Show"};
     Button cmdShowq4410{*this, "cmdShowq4410"};
     Button cmdStoreWCRs{*this, "cmdStoreWCRs"};

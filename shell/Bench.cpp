@@ -16,7 +16,8 @@ Bench::Bench(const Parts& parts)
                          context_,
                          frmStartup::Uses{frmMainF340, frmMotherboardDAQ2, link_, trace_, analog_, supply_,
                                           shell_, [this](int row) { return panelOfRow(row); },
-                                          [this]() -> PanelSlotBase& { return this->frmStartup; }});
+                                          [this]() -> PanelSlotBase& { return this->frmStartup; },
+                                          [this] { frm_q4410.show(); }});
                  }),
       Doco(context_, "Doco", "Trace", [this] { return std::make_shared<class Doco>(context_, trace_); }),
       frmMainF340(context_, "frmMainF340", "HID Firmware Basic I/O ",
@@ -33,9 +34,38 @@ Bench::Bench(const Parts& parts)
                                                           supply_, [this] { frmMotherboardDAQ2.unload(); }});
                          }),
       frmVRK_User1(context_, "frmVRK_User1", "VRK I2C Evaluation",
-                   [this] { return std::make_shared<class frmVRK_User1>(context_, services_, i2cWipers_); }),
+                   [this] {
+                       return std::make_shared<class frmVRK_User1>(context_, services_, i2cWipers_,
+                                                                   frm_q4410);
+                   }),
+      frm_q4410(context_, "frm_q4410", frm_q4410::kTitle,
+                [this] {
+                    return std::make_shared<class frm_q4410>(
+                        context_, InstructionPanel::Uses{
+                                      services_, instructionFields_, i2cInstruction_,
+                                      [this]() -> InstructionCompanion& { return loadBeside(frmVRK_User1); },
+                                      [this] { return frmVRK_User1.loadedPanel(); }});
+                }),
       frmVRK_SPI1(context_, "frmVRK_SPI1", "VRK SPI Evaluation",
-                  [this] { return std::make_shared<class frmVRK_SPI1>(context_, services_, spiWipers_); }),
+                  [this] {
+                      return std::make_shared<class frmVRK_SPI1>(context_, services_, spiWipers_,
+                                                                 frmVRK_SPI1::Companions{frm_q4420, Frm3310});
+                  }),
+      frm_q4420(context_, "frm_q4420", frm_q4420::kTitle,
+                [this] {
+                    return std::make_shared<class frm_q4420>(
+                        context_, InstructionPanel::Uses{
+                                      services_, instructionFields_, spiInstruction_,
+                                      [this]() -> InstructionCompanion& { return loadBeside(frmVRK_SPI1); },
+                                      [this] { return frmVRK_SPI1.loadedPanel(); }});
+                }),
+      Frm3310(context_, "Frm3310", Frm3310::kTitle,
+              [this] {
+                  return std::make_shared<class Frm3310>(
+                      context_, Frm3310::Uses{services_, [this]() -> InstructionCompanion& {
+                                                  return loadBeside(frmVRK_SPI1);
+                                              }});
+              }),
       frmVRK_UD1(context_, "frmVRK_UD1", "VRK Up/Down Evaluation",
                  [this] {
                      return std::make_shared<class frmVRK_UD1>(context_, services_, upDown_,

@@ -9,6 +9,9 @@
 #include "panels/discrete/frmVRK_PB1.h"
 #include "panels/discrete/frmVRK_UD1.h"
 #include "panels/i2c/frmVRK_User1.h"
+#include "panels/instruction/Frm3310.h"
+#include "panels/instruction/frm_q4410.h"
+#include "panels/instruction/frm_q4420.h"
 #include "panels/spi/frmVRK_SPI1.h"
 #include "platform/controls/Panel.h"
 #include "platform/controls/SharedValues.h"
@@ -89,6 +92,16 @@ class Bench final : private ShellControl, private ProductTable {
     void leaveProductTable();
     PanelSlotBase* panelOfRow(int row) const;
     void followDevicePanels();
+    /// The device panel beside another one. Loaded here it stays unseen, and is not the one in front.
+    template <class P>
+    P& loadBeside(PanelSlot<P>& slot) {
+        ActivePanel* const front = link_.activePanel;
+        const bool loads = !slot.loaded();
+        P& panel = *slot;
+        if (loads)
+            link_.activePanel = front;
+        return panel;
+    }
     void registerSharedValues();
     void registerModuleActions();
 
@@ -110,6 +123,9 @@ class Bench final : private ShellControl, private ProductTable {
     RunInState runIn_;
     RehearsalFactory rehearsalBench_;
     BreakpointStore* breakpoints_;
+    InstructionFields instructionFields_;
+    InstructionChoice i2cInstruction_;
+    InstructionChoice spiInstruction_;
     std::string lastDevicePanel_; ///< name; the panel may be gone
     std::string tableOpener_;     ///< name of the panel that the product table stands for
 
@@ -119,7 +135,10 @@ class Bench final : private ShellControl, private ProductTable {
     PanelSlot<class frmMainF340> frmMainF340;
     PanelSlot<class frmMotherboardDAQ2> frmMotherboardDAQ2;
     PanelSlot<class frmVRK_User1> frmVRK_User1;
+    PanelSlot<class frm_q4410> frm_q4410;
     PanelSlot<class frmVRK_SPI1> frmVRK_SPI1;
+    PanelSlot<class frm_q4420> frm_q4420;
+    PanelSlot<class Frm3310> Frm3310;
     PanelSlot<class frmVRK_UD1> frmVRK_UD1;
     PanelSlot<class frmVRK_PB1> frmVRK_PB1;
     PanelSlot<class UPDN_Runin> UPDN_Runin;

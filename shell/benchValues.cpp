@@ -93,6 +93,9 @@ void Bench::registerSharedValues() {
     publish(all, upDown_, frmVRK_UD1.name());
     publish(all, pushButton_, frmVRK_PB1.name());
     publish(all, runIn_, UPDN_Runin.name());
+    publish(all, instructionFields_);
+    publish(all, i2cInstruction_, frm_q4410.name());
+    publish(all, spiInstruction_, frm_q4420.name());
     all.setFront([this] { return lastDevicePanel_; });
 }
 

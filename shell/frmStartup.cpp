@@ -23,7 +23,6 @@ frmStartup::frmStartup(PanelContext& context, Uses uses)
     Command3.setCaption("Calibrate");
     Command3.setEnabled(uses_.panelOfRow(kCalibrate) != nullptr);
     cmdShow4410.setCaption("Instruction form");
-    cmdShow4410.setEnabled(false); // until its panel is there
     cmdShowBlock.setCaption("Block");
     mnuAboutShow.setCaption("About");
     Picture1.setToolTip("Double click: show the consoles along with the device panel");
@@ -38,6 +37,7 @@ frmStartup::frmStartup(PanelContext& context, Uses uses)
     wireClick(Command1, &frmStartup::Command1_Click);
     wireClick(Command2, &frmStartup::Command2_Click);
     wireClick(Command3, &frmStartup::Command3_Click);
+    wireClick(cmdShow4410, &frmStartup::cmdShow4410_Click);
     wireClick(cmdShowBlock, &frmStartup::cmdShowBlock_Click);
     Picture1.onDoubleClick([this] { Picture1_DblClick(); });
     Timer1.onTimer([this] { Timer1_Timer(); });
@@ -106,6 +106,10 @@ void frmStartup::chkTRDetail_Click() {
 void frmStartup::Command3_Click() {
     if (PanelSlotBase* calibration = uses_.panelOfRow(kCalibrate))
         calibration->show();
+}
+
+void frmStartup::cmdShow4410_Click() {
+    uses_.showInstructions();
 }
 
 void frmStartup::mnuAboutShow_Click() {

@@ -34,6 +34,7 @@ class frmStartup final : public Panel, public ActivePanel {
         /// The panel behind each row; nullptr where a row has none.
         std::function<PanelSlotBase*(int row)> panelOfRow;
         std::function<PanelSlotBase&()> self;
+        std::function<void()> showInstructions;
     };
 
     frmStartup(PanelContext& context, Uses uses);
@@ -70,6 +71,8 @@ class frmStartup final : public Panel, public ActivePanel {
     void Command1_Click() {}
     void Command2_Click() {}
     void Command3_Click();
+    /// The instruction panel of the quad parts on I2C, whatever panel has been used.
+    void cmdShow4410_Click();
     void cmdShowBlock_Click() {}
 
   private:

@@ -43,4 +43,15 @@ void hexEntry(TextBox& box, HexEntry entry) {
     });
 }
 
+void hexByteEntry(TextBox& box, int digits) {
+    box.setMaxLength(digits);
+    box.onKeyPress(hexKeyFilter);
+    box.onLostFocus([&box] {
+        box.setText(upperCase(box.text()));
+        const int value = hexToInt(box.text());
+        if (value <= 0 || value >= kHighest)
+            box.setText("00");
+    });
+}
+
 } // namespace vrk

@@ -24,4 +24,8 @@ struct HexEntry {
 /// is upper-cased and a value out of range becomes the fallback.
 void hexEntry(TextBox& box, HexEntry entry = {});
 
+/// A box for a hexadecimal byte that may be 0: only hexadecimal keys pass, and when it is left the text is
+/// upper-cased and a value that is 0 or no byte becomes "00". \param digits that the box takes.
+void hexByteEntry(TextBox& box, int digits);
+
 } // namespace vrk

@@ -1,31 +1,22 @@
 #include "link/readings.h"
 #include "panels/i2c/frmVRK_User1.h"
+#include "panels/instruction/tenBitInstructions.h"
 #include "platform/runtime/text.h"
 
 #include <array>
 
 namespace vrk {
 
-namespace {
-constexpr std::array<const char*, 5> kRead331x = {"80", "A0", "A4", "A8", "AC"};
-constexpr std::array<const char*, 5> kWrite331x = {"A0", "C0", "C4", "C8", "CC"};
-constexpr std::array<const char*, 4> kDataToWiper = {"C0", "C4", "C8", "CC"};
-constexpr std::array<const char*, 4> kWiperToData = {"E0", "E4", "E8", "EC"};
-constexpr std::array<const char*, 5> kBankBytes = {"00", "01", "03", "05", "07"};
+using tenBit::commandOf;
 
-template <std::size_t Count>
-const char* entryOf(const std::array<const char*, Count>& entries, int index) {
-    if (index < 0 || index >= static_cast<int>(Count))
-        throw subscriptOutOfRange();
-    return entries[static_cast<std::size_t>(index)];
-}
+namespace {
+constexpr std::array<const char*, 5> kBankBytes = {"00", "01", "03", "05", "07"};
 
 /// Pins of the parts with banks, by index of their boxes.
 enum DirectPin : int { kScl = 2, kCs = 3, kUpDown = 4 };
 } // namespace
 
 void frmVRK_User1::wireFamilies() {
-    Frq4410Show.setCaption("Q4410/9");
     frq331x.setCaption("Q3318/9 Table 3 Instruction Set");
     for (int index = 0; index < txtWrQ3319.count(); ++index) {
         const std::string name = index == 0 ? "Wiper" : "Data " + decimalText(index - 1);
@@ -83,7 +74,7 @@ void frmVRK_User1::CMDq331X_Read_Click(int index) {
     (void)requireVcc(); // the exchange runs all the same
     setBusAddress();
     console().txtNumToRead.setText(" 2");
-    console().txtStartRegRD.setText(entryOf(kRead331x, index));
+    console().txtStartRegRD.setText(commandOf(tenBit::kRead, index));
     console().cmdRead_Click();
     lblRdq331x[index].setCaption(hexText(twoByteReading()));
     markReading(lblRdq331x[index], lastTransferGood());
@@ -94,7 +85,7 @@ void frmVRK_User1::CMDq331X_Write_Click(int index) {
     (void)requireVcc(); // the exchange runs all the same
     setBusAddress();
     console().txtNumToWrite.setText(" 2");
-    console().txtStartRegWr.setText(entryOf(kWrite331x, index));
+    console().txtStartRegWr.setText(commandOf(tenBit::kWrite, index));
     splitTwoBytes(txtWrQ3319[index].text());
     console().cmdWrite_Click();
     // A write that fails shows on the read's lamps and with its message too, as users of these parts know it.
@@ -126,11 +117,11 @@ void frmVRK_User1::transferInstruction(const char* instruction) {
 }
 
 void frmVRK_User1::cmdQ331xDatatoWiper_Click(int index) {
-    transferInstruction(entryOf(kDataToWiper, index));
+    transferInstruction(commandOf(tenBit::kDataToWiper, index));
 }
 
 void frmVRK_User1::cmdQ331xWipertoData_Click(int index) {
-    transferInstruction(entryOf(kWiperToData, index));
+    transferInstruction(commandOf(tenBit::kWiperToData, index));
 }
 
 // Parts with banks
@@ -194,7 +185,7 @@ void frmVRK_User1::opt4422_Click(int index) {
     cmdACRRead.setEnabled(false);
     txtACR[1].setEnabled(false);
     Shape2[1].setVisible(false);
-    txtACR[0].setText(entryOf(kBankBytes, index));
+    txtACR[0].setText(commandOf(kBankBytes, index));
     if (index == 0) {
         cmdACRRead.setEnabled(true);
         txtACR[1].setEnabled(true);

@@ -9,8 +9,10 @@
 
 namespace vrk {
 
-frmVRK_User1::frmVRK_User1(PanelContext& panelContext, BenchServices& panelServices, WiperState& state)
-    : WiperPanel(panelContext, "frmVRK_User1", "VRK I2C Evaluation", panelServices, state, "/ShutDown /Wp") {
+frmVRK_User1::frmVRK_User1(PanelContext& panelContext, BenchServices& panelServices, WiperState& state,
+                           PanelSlotBase& instructions)
+    : WiperPanel(panelContext, "frmVRK_User1", "VRK I2C Evaluation", panelServices, state, "/ShutDown /Wp"),
+      InstructionEntry(*this, panelServices, instructions, "Q4410/9") {
     wireSetup();
     wireRegisters();
     wireFamilies();
@@ -133,16 +135,19 @@ void frmVRK_User1::mnuKV6021_Click() {
 void frmVRK_User1::partChanged() {
     WiperPanel::partChanged();
     markDataRegistersStale("the part was chosen since");
+    markInstructionsStale("the part was chosen since");
 }
 
 void frmVRK_User1::addressChanged() {
     WiperPanel::addressChanged();
     markDataRegistersStale("the address changed since");
+    markInstructionsStale("the address changed since");
 }
 
 void frmVRK_User1::supplyChanged() {
     WiperPanel::supplyChanged();
     markDataRegistersStale("the supply changed since");
+    markInstructionsStale("the supply changed since");
 }
 
 void frmVRK_User1::markDataRegistersStale(const std::string& cause) {
@@ -206,6 +211,8 @@ void frmVRK_User1::Wrt_VRK(int reg) {
         f340.txtWriteVal[0].setText(instruction);
     }
     f340.cmdWrite_Click();
+    if (instructionPart)
+        markInstructionsStale("the I2C panel has written since");
     writeOutcome();
 }
 

@@ -2,6 +2,8 @@
 
 #include "panels/WiperPanel.h"
 #include "panels/i2c/i2cParts.h"
+#include "panels/instruction/InstructionCompanion.h"
+#include "panels/instruction/InstructionEntry.h"
 
 #include <optional>
 #include <string>
@@ -11,9 +13,11 @@ namespace vrk {
 
 /// The I2C panel: one panel for all parts that are controlled over I2C. The part selected fixes bus address,
 /// control register, taps, channels, and the sizes of address and data.
-class frmVRK_User1 final : public WiperPanel {
+class frmVRK_User1 final : public WiperPanel, public InstructionEntry, public InstructionCompanion {
   public:
-    frmVRK_User1(PanelContext& context, BenchServices& services, WiperState& state);
+    /// \param instructions the slot of the instruction panel beside this one.
+    frmVRK_User1(PanelContext& context, BenchServices& services, WiperState& state,
+                 PanelSlotBase& instructions);
 
     void Form_Load() override;
 
@@ -81,6 +85,8 @@ class frmVRK_User1 final : public WiperPanel {
     Bus bus() const override { return Bus::I2C; }
     StoreRules storeRules() const override;
     std::string busName() const override { return "I2C"; }
+    WiperPanel& devicePanel() override { return *this; }
+    void wipersMoved() override { markChannelsStale("an instruction has moved wipers since"); }
     std::vector<MenuEntry*> partEntries() override;
 
   protected:

@@ -44,6 +44,7 @@ void frmVRK_User1::beforeTable() {
     pump();
     familyOptions_ = false; // the bus options have just gone out
     leaveFamily();
+    unloadInstructions();
     clearAddressPins();
     board().chkPData[frmMotherboardDAQ2::kPinShutdown].setValue(1);
     board().cmdWrtPipe1_Click();

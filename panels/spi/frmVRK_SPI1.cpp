@@ -2,6 +2,7 @@
 
 #include "panels/blocks/choices.h"
 #include "panels/blocks/entries.h"
+#include "panels/instruction/frm_q4420.h"
 #include "platform/runtime/text.h"
 
 #include <utility>
@@ -17,8 +18,11 @@ std::string lastTwo(const std::string& hex) {
 }
 } // namespace
 
-frmVRK_SPI1::frmVRK_SPI1(PanelContext& panelContext, BenchServices& panelServices, WiperState& state)
-    : WiperPanel(panelContext, "frmVRK_SPI1", "VRK SPI Evaluation", panelServices, state, "/ShutDown") {
+frmVRK_SPI1::frmVRK_SPI1(PanelContext& panelContext, BenchServices& panelServices, WiperState& state,
+                         const Companions& companions)
+    : WiperPanel(panelContext, "frmVRK_SPI1", "VRK SPI Evaluation", panelServices, state, "/ShutDown"),
+      InstructionEntry(*this, panelServices, companions.quad, "Q4420/1"),
+      companions_(companions) {
     wireSetup();
     wireRegisters();
     wireFrames();
@@ -112,6 +116,31 @@ void frmVRK_SPI1::beforeMenu() {
 
 std::string frmVRK_SPI1::busAddress() const {
     return chkSendID.checked() || family() == SpiFamily::TenBit ? txtDeviceAdr.text() : "";
+}
+
+void frmVRK_SPI1::markCompanionsStale(const std::string& cause) {
+    markInstructionsStale(cause);
+    if (Frm3310* panel = companions_.tenBit.loadedPanel())
+        panel->markRegistersStale(cause);
+}
+
+void frmVRK_SPI1::partChanged() {
+    WiperPanel::partChanged();
+    markCompanionsStale("the part was chosen since");
+}
+
+void frmVRK_SPI1::addressChanged() {
+    WiperPanel::addressChanged();
+    markCompanionsStale("the address changed since");
+}
+
+void frmVRK_SPI1::supplyChanged() {
+    WiperPanel::supplyChanged();
+    markCompanionsStale("the supply changed since");
+}
+
+void frmVRK_SPI1::prepareInstructions(InstructionPanel& panel) {
+    static_cast<frm_q4420&>(panel).takeFamilyName();
 }
 
 void frmVRK_SPI1::chkSendID_Click() {
@@ -241,6 +270,7 @@ bool frmVRK_SPI1::writeWiper(int channel) {
     const Colour colour = good ? Colour::LightGreen : Colour::LightRed;
     Shape2[static_cast<int>(RegisterAction::ControlWrite)].setColour(colour);
     showTransfer(false, colour);
+    markCompanionsStale("the SPI panel has written since");
     return good;
 }
 

@@ -1,6 +1,9 @@
 #pragma once
 
 #include "panels/WiperPanel.h"
+#include "panels/instruction/Frm3310.h"
+#include "panels/instruction/InstructionCompanion.h"
+#include "panels/instruction/InstructionEntry.h"
 #include "panels/spi/spiFrames.h"
 #include "panels/spi/spiParts.h"
 
@@ -12,9 +15,15 @@ namespace vrk {
 
 /// The SPI panel: one panel for all parts that are controlled over SPI. The part selected fixes the command
 /// bytes, the length of a frame, and whether an ID byte leads it.
-class frmVRK_SPI1 final : public WiperPanel {
+class frmVRK_SPI1 final : public WiperPanel, public InstructionEntry, public InstructionCompanion {
   public:
-    frmVRK_SPI1(PanelContext& context, BenchServices& services, WiperState& state);
+    /// The panels of its families' instructions, beside this one.
+    struct Companions {
+        PanelSlotBase& quad;
+        PanelSlot<Frm3310>& tenBit;
+    };
+    frmVRK_SPI1(PanelContext& context, BenchServices& services, WiperState& state,
+                const Companions& companions);
 
     void Form_Load() override;
     void Form_Activate() override;
@@ -54,10 +63,21 @@ class frmVRK_SPI1 final : public WiperPanel {
     Bus bus() const override { return Bus::SPI; }
     StoreRules storeRules() const override;
     std::string busName() const override { return "SPI"; }
+    WiperPanel& devicePanel() override { return *this; }
+    std::string readFrameLength() const override { return txtSPIRDQuantity.text(); }
+    void wipersMoved() override { markChannelsStale("an instruction has moved wipers since"); }
     std::string busAddress() const override;
     std::vector<MenuEntry*> partEntries() override;
 
+  protected:
+    void partChanged() override;
+    void addressChanged() override;
+    void supplyChanged() override;
+    void prepareInstructions(InstructionPanel& panel) override;
+
   private:
+    /// What the panels beside this one have read no longer holds.
+    void markCompanionsStale(const std::string& cause);
     void wireSetup();
     void wireRegisters();
     void wireFrames();
@@ -103,6 +123,7 @@ class frmVRK_SPI1 final : public WiperPanel {
     std::vector<Control*> registerButtons(RegisterAction action) override;
     RegisterOutcome exchangeRegister(RegisterAction action) override;
 
+    Companions companions_;
     std::string failure_;
     /// From before the family changed them; nothing while it has not.
     std::optional<BusOptions> optionsBefore_;

@@ -55,6 +55,8 @@ std::string frmVRK_SPI1::tableRowFault(const ProductTable& table) const {
 }
 
 void frmVRK_SPI1::mnu_SPI_List_Click() {
+    if (companions_.tenBit.visible())
+        companions_.tenBit.hide();
     chooseFromTable();
 }
 
@@ -108,8 +110,13 @@ void frmVRK_SPI1::applyFamily() {
         frame->setVisible(false);
     lblChanSend[0].setCaption("A0");
     lblChanRcvr[0].setCaption(tenBit ? "80" : "90");
-    if (!quad)
+    if (tenBit) {
+        companions_.tenBit->frq331x.setCaption("Q3310/0 Table 3 Instruction Set");
+        companions_.tenBit.show();
         return;
+    }
+    if (InstructionPanel* panel = instructionPanel())
+        prepareInstructions(*panel);
     Frq4410Show.setVisible(true);
     takeBusOptions();
 }

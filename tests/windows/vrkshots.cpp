@@ -179,6 +179,33 @@ void shootSpi(WindowBench& bench, Shooter& shooter) {
     shooter.shoot("spi-1");
 }
 
+/// All registers filled and read, one transferred, one written otherwise, one that was not heard.
+void workQuadPart(WindowBench& bench) {
+    Bench& b = bench.bench;
+    bench.bus.socket("Q4410");
+    (void)b.events().deliver([&b] {
+        b.frmVRK_User1->lblProduct.setCaption("Q4410/9, I2C, Four Pots");
+        b.frmVRK_User1->txtDeviceAdr.setText("50");
+        b.frmVRK_User1->Frq4410Show.setVisible(true);
+        b.frmMainF340->chk2WireRead.setValue(1);
+        b.frmMainF340->chkRandom.setValue(0);
+    });
+    frm_q4410& panel = *b.frm_q4410;
+    (void)b.frmVRK_User1->cmdShowq4410.userClick();
+    (void)panel.cmdFillRegs.userClick();
+    (void)panel.cmdReadAll.userClick();
+    advance(b.events(), bench.clock, Milliseconds{38000});
+    (void)panel.OptInstruction[4].userClick();
+    (void)panel.OptWiper[1].userClick();
+    (void)panel.OptRegSel[2].userClick();
+    (void)panel.cmdDoInstruction.userClick();
+    panel.lblRdData[15].markStale("the last read failed", true);
+    (void)panel.cmdRDData[9].userClick();
+    (void)panel.txtWrData[9].userType("09");
+    b.events().runDue();
+    (void)panel.txtWrData[9].userLeave();
+}
+
 int shootAll(const QString& folder, const QString& shade) {
     WindowBench bench(folder.toStdString());
     Shooter shooter(bench, folder, shade);
@@ -215,6 +242,16 @@ int shootAll(const QString& folder, const QString& shade) {
     workspace.showHelp("I2C panel");
     shooter.shoot("help");
     workspace.help().hide();
+    workQuadPart(bench);
+    shooter.shoot("instructions");
+    (void)b.frm_q4410->OptInstruction[8].userClick();
+    (void)b.frm_q4410->OptWiper[2].userClick();
+    (void)b.frm_q4410->cmdDoInstruction.userClick();
+    for (const int step : {0, 0, 1})
+        (void)b.frm_q4410->cmdIncrWip[step].userClick();
+    shooter.shoot("increments");
+    (void)b.frm_q4410->cmdIncrWip[2].userClick();
+    show(b.frmVRK_User1);
     shootScript(bench, shooter, folder);
     show(b.ProductExec);
     (void)b.events().deliver([&b] {

@@ -3,6 +3,7 @@
 namespace vrk {
 
 class Doco;
+class Frm3310;
 class PageUi;
 class ProductExec;
 class UPDN_Runin;
@@ -14,6 +15,8 @@ class frmVRK_PB1;
 class frmVRK_SPI1;
 class frmVRK_UD1;
 class frmVRK_User1;
+class frm_q4410;
+class frm_q4420;
 
 /// One file a panel: layout only. Each fills the window of its panel.
 void makeHomePage(PageUi& page, frmStartup& panel);
@@ -21,6 +24,9 @@ void makeTracePage(PageUi& page, Doco& panel);
 void makeProductTablePage(PageUi& page, ProductExec& panel);
 void makeI2cPanelView(PageUi& page, frmVRK_User1& panel);
 void makeSpiPanelView(PageUi& page, frmVRK_SPI1& panel);
+void makeI2cInstructionPage(PageUi& page, frm_q4410& panel);
+void makeSpiInstructionPage(PageUi& page, frm_q4420& panel);
+void makeSingleWiperPage(PageUi& page, Frm3310& panel);
 void makeUpDownPage(PageUi& page, frmVRK_UD1& panel);
 void makePushButtonPage(PageUi& page, frmVRK_PB1& panel);
 void makeRunInPage(PageUi& page, UPDN_Runin& panel);

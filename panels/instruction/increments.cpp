@@ -1,0 +1,198 @@
+#include "panels/WiperPanel.h"
+#include "panels/instruction/InstructionPanel.h"
+#include "platform/runtime/text.h"
+
+#include <utility>
+
+namespace vrk {
+
+namespace {
+enum Direction : int { kUp = 0, kDown = 1, kTerminate = 2 };
+constexpr Milliseconds kPinsSettle{20};
+constexpr Milliseconds kShowEnd{750};
+} // namespace
+
+void InstructionPanel::wireIncrements() {
+    FrIncrDec.setCaption("Increment / Decrement");
+    FrIncrDec.setVisible(false);
+    cmdIncrWip.setCaptions({"Up", "Down", "Terminate"});
+    cmdIncrWip[kUp].setToolTip("Click to increment selected wiper (WCR) up");
+    cmdIncrWip[kDown].setToolTip("Click to decrement selected wiper (WCR) down");
+    cmdIncrWip[kTerminate].setToolTip("Exit Increment / Decrement Sequence Mode");
+    lblPotVolts.setCaption("0.000");
+    lvlPotN.setCaption("POT 0 Volts");
+    for (Control* control : std::initializer_list<Control*>{&cmdIncrWip[kUp], &cmdIncrWip[kDown],
+                                                            &cmdIncrWip[kTerminate], &lblPotVolts, &lvlPotN})
+        control->setContainer(FrIncrDec);
+    wireClick(cmdIncrWip, &InstructionPanel::cmdIncrWip_Click);
+}
+
+/// The registers and options that rest while the bus has no pins.
+void InstructionPanel::freeControls(bool free) {
+    for (int pot = 0; pot < kPots; ++pot)
+        for (Control* control : std::initializer_list<Control*>{&cmdWrWCR[pot], &cmdRdWCR[pot]})
+            control->setEnabled(free);
+    for (int index = 0; index < txtWrData.count(); ++index)
+        for (Control* control : std::initializer_list<Control*>{&cmdRDData[index], &cdmWrData[index],
+                                                                &txtWrData[index], &lblRdData[index]})
+            control->setEnabled(free);
+    for (auto& option : OptInstruction)
+        option->setEnabled(free);
+    for (auto* group : {&OptWiper, &OptRegSel})
+        for (auto& option : *group)
+            option->setEnabled(free);
+}
+
+void InstructionPanel::beginIncrements() {
+    const int pot = uses_.fields.potField;
+    Lamp& written = ShpWrWCR[pot];
+    WiperPanel& device = companion().devicePanel();
+    steppedPot_ = pot;
+    stepping_ = stepUnderWay_ = true;
+    endWanted_ = false;
+    activity_ = std::make_unique<Activity>(context().activities, "Increments of pot " + decimalText(pot),
+                                           [this] { abortIncrements(); });
+    OnScopeExit failed([this] { leaveIncrements(); });
+    written.setColour(Colour::LightBlue);
+    txtWXWcr[pot].setText("^v");
+    lvlPotN.setCaption("Pot " + numberToText(pot) + " Volts");
+    for (auto& block : FrVRK)
+        block->setVisible(false);
+    freeControls(false);
+    device.setEnabled(false);
+    refreshEnabled();
+    FrVRK[pot].setVisible(true);
+    samplePot();
+    samplePot();
+    pinsTaken_ = true;
+    steps_.takePins();
+    FrIncrDec.setVisible(true);
+    FrVal.setVisible(false);
+    wait(kPinsSettle);
+    pump();
+    if (!steps_.readPort()) {
+        portSilent();
+        return;
+    }
+    steps_.prepare();
+    showMark(lblRDWcr[pot], "--", "stepped, not read");
+    ShpRdWCR[pot].setColour(Colour::Black);
+    linesDriven_ = true;
+    steps_.begin(pot);
+    pump();
+    failed.dismiss();
+    tell(true, "Pot " + decimalText(pot) + " is stepped by hand", "the bus rests until Terminate",
+         &cmdIncrWip[kTerminate]);
+    stepUnderWay_ = false;
+    if (endWanted_)
+        cmdIncrWip_Click(kTerminate);
+    else
+        refreshEnabled();
+}
+
+void InstructionPanel::samplePot() {
+    WiperPanel& device = companion().devicePanel();
+    device.cmdSampleWiper_Click(steppedPot_);
+    pump();
+    const Reading& volts = device.lblWiperVolts[steppedPot_];
+    lblPotVolts.setCaption(volts.caption());
+    if (volts.freshness()->state == Freshness::State::Fresh)
+        lblPotVolts.markRead();
+    else
+        lblPotVolts.markStale(volts.freshness()->cause, volts.freshness()->failed);
+}
+
+void InstructionPanel::cmdIncrWip_Click(int index) {
+    if (index < kUp || index > kTerminate)
+        throw subscriptOutOfRange();
+    if (!stepping_ || stepUnderWay_)
+        return;
+    stepUnderWay_ = true;
+    refreshEnabled();
+    const OnScopeExit done([this] {
+        stepUnderWay_ = false;
+        refreshEnabled();
+    });
+    if (!steps_.readPort() && index != kTerminate) {
+        portSilent();
+        return;
+    }
+    Lamp& written = ShpWrWCR[steppedPot_];
+    written.setColour(written.colour() == Colour::LightBlue ? Colour::Blue : Colour::LightBlue);
+    pump();
+    if (index != kTerminate)
+        stepPot(index == kUp);
+    if (index == kTerminate || endWanted_)
+        terminate();
+}
+
+void InstructionPanel::stepPot(bool up) {
+    if (!stepping_)
+        return; // the panel has gone meanwhile
+    txtWXWcr[steppedPot_].setText(up ? "^1" : "1v");
+    steps_.step(up);
+    companion().wipersMoved();
+    samplePot();
+    tell(true, "Pot " + decimalText(steppedPot_) + (up ? " stepped up" : " stepped down"),
+         lblPotVolts.caption() + " V", &lblPotVolts);
+}
+
+void InstructionPanel::terminate() {
+    if (!stepping_)
+        return;
+    const OnScopeExit left([this] { leaveIncrements(); });
+    const int pot = steppedPot_;
+    (void)steps_.readPort(); // else the lines go by what was written last
+    linesDriven_ = false;
+    steps_.end([this] { pump(); });
+    steps_.givePinsBack();
+    pinsTaken_ = false;
+    cmdRdWCR_Click(pot);
+    txtWXWcr[pot].setText(lblRDWcr[pot].caption());
+    ShpWrWCR[pot].setColour(Colour::LightBlue);
+    ShpRdWCR[pot].setColour(Colour::Yellow);
+    pump();
+    wait(kShowEnd);
+}
+
+void InstructionPanel::leaveIncrements() {
+    if (!std::exchange(stepping_, false))
+        return;
+    if (std::exchange(linesDriven_, false))
+        steps_.end();
+    if (std::exchange(pinsTaken_, false))
+        steps_.givePinsBack();
+    stepUnderWay_ = false;
+    activity_.reset();
+    FrVal.setVisible(true);
+    FrIncrDec.setVisible(false);
+    for (auto& block : FrVRK)
+        block->setVisible(true);
+    companion().devicePanel().setEnabled(true);
+    freeControls(true);
+    refreshEnabled();
+}
+
+void InstructionPanel::portSilent() {
+    leaveIncrements();
+    lblRDWcr[steppedPot_].markStale("the last step failed", true);
+    tell(false, "Increments of pot " + decimalText(steppedPot_) + " ended",
+         "the board did not say how port P0 stands", &txtWXWcr[steppedPot_]);
+}
+
+void InstructionPanel::abortIncrements() {
+    endWanted_ = true;
+    if (stepUnderWay_)
+        return; // its end looks at the wish
+    events().post([this, alive = std::weak_ptr(alive_)] {
+        if (!alive.expired())
+            cmdIncrWip_Click(kTerminate);
+    });
+}
+
+void InstructionPanel::Form_Unload() {
+    // The bus must not stay without its pins when nobody is left to give them back.
+    leaveIncrements();
+}
+
+} // namespace vrk

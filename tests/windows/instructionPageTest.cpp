@@ -1,0 +1,116 @@
+#include "tests/windows/WindowTest.h"
+
+#include <QLabel>
+#include <QLineEdit>
+
+namespace vrk {
+namespace {
+
+constexpr const char* kPage = "frm_q4410";
+
+class InstructionPageTest : public WindowTest {
+  protected:
+    InstructionPageTest() : WindowTest("Q4410") {
+        workspace.resize(1600, 1000);
+        openI2c();
+        // The part as its row of the parameter file sets the panel up.
+        (void)bench.events().deliver([this] {
+            frmVRK_User1& panel = *bench.frmVRK_User1;
+            panel.lblProduct.setCaption("Q4410/9");
+            panel.Frq4410Show.setVisible(true);
+            bench.frmMainF340->chk2WireRead.setValue(1);
+            bench.frmMainF340->chkRandom.setValue(0);
+        });
+        click("frmVRK_User1", "cmdShowq4410");
+    }
+    frm_q4410& panel() { return *bench.frm_q4410; }
+    QString text(const std::string& path) { return widget<QLabel>(kPage, path).text(); }
+    void choose(int instruction, int pot, int reg) {
+        clickOn(widget(kPage, "OptInstruction(" + std::to_string(instruction) + ")"));
+        if (pot >= 0)
+            clickOn(widget(kPage, "OptWiper(" + std::to_string(pot) + ")"));
+        if (reg >= 0)
+            clickOn(widget(kPage, "OptRegSel(" + std::to_string(reg) + ")"));
+    }
+    /// The cell of the map that the widget stands in.
+    std::string cellOf(const QWidget& shown) {
+        for (const QWidget* at = &shown; at != nullptr; at = at->parentWidget())
+            if (at->objectName().startsWith("cell("))
+                return at->objectName().toStdString();
+        return {};
+    }
+};
+
+TEST_F(InstructionPageTest, RegistersStandInTheirCells) {
+    for (int pot = 0; pot < 4; ++pot)
+        for (int row = 0; row < 5; ++row) {
+            const std::string at = "(" + std::to_string(row == 0 ? pot : pot * 4 + row - 1) + ")";
+            const std::string cell = "cell(" + std::to_string(pot) + "," + std::to_string(row) + ")";
+            for (const char* name :
+                 row == 0 ? std::initializer_list<const char*>{"lblRDWcr", "ShpRdWCR", "cmdRdWCR", "txtWXWcr",
+                                                               "ShpWrWCR", "cmdWrWCR"}
+                          : std::initializer_list<const char*>{"lblRdData", "ShpDataRd", "cmdRDData",
+                                                               "txtWrData", "ShpDataWr", "cdmWrData"})
+                EXPECT_EQ(cellOf(widget(kPage, name + at)), cell) << name << at;
+        }
+    EXPECT_EQ(widget(kPage, "cdmWrData(6)").accessibleName(), "Write data register 2 of pot 1");
+    EXPECT_EQ(widget(kPage, "lblRDWcr(3)").accessibleName(), "WCR of pot 3, as read");
+}
+
+TEST_F(InstructionPageTest, CellTellsWhatItsRegisterIsWorth) {
+    click(kPage, "cmdRDData(6)");
+    EXPECT_EQ(text("lblRdData(6)"), "80");
+    enter(kPage, "txtWrData(6)", "5A");
+    EXPECT_EQ(widget(kPage, "txtWrData(6)").accessibleDescription(), "differs from read");
+    click(kPage, "cdmWrData(6)");
+    EXPECT_EQ(widget(kPage, "txtWrData(6)").accessibleDescription(), "") << "what was read is old now";
+    choose(4, 1, 2);
+    EXPECT_EQ(text("instructionWords"), "Transfer data register 2 of pot 1 to its wiper register");
+    click(kPage, "cmdDoInstruction");
+    EXPECT_EQ(text("lblRDWcr(1)"), ">>");
+    EXPECT_EQ(widget(kPage, "transfers").accessibleName(), "Transferred: data register 2 to WCR in pot 1");
+    EXPECT_EQ(widget<qt::LampWidget>(kPage, "ShpDataRd(6)").word(), "source");
+    click(kPage, "cmdRdWCR(1)");
+    EXPECT_EQ(text("lblRDWcr(1)"), "5A");
+    EXPECT_EQ(widget(kPage, "transfers").accessibleName(), "No transfer");
+    // A failed read shows, though the model's lamp blinks as for a good one.
+    w.bus.socket(std::nullopt);
+    boxes.expect("Invalid I2C address", "Retry");
+    boxes.expect("Write VRK Error", "OK");
+    click(kPage, "cmdRdWCR(1)");
+    EXPECT_TRUE(widget(kPage, "failed.lblRDWcr(1)").isVisible());
+    EXPECT_FALSE(widget(kPage, "failed.lblRDWcr(2)").isVisible());
+    bool told = false;
+    for (const auto* label : widget(kPage, "cell(1,0)").findChildren<QLabel*>())
+        told = told || label->text() == "last read failed";
+    EXPECT_TRUE(told);
+}
+
+TEST_F(InstructionPageTest, ByteIsPutTogetherBeforeItIsSent) {
+    EXPECT_EQ(text("instructionWords"), "Choose an instruction,\nthen pot and register");
+    choose(2, 2, 1);
+    EXPECT_EQ(text("lblSet(4)"), "B6");
+    EXPECT_EQ(text("instructionWords"), "Read data register 1 of pot 2");
+    EXPECT_EQ(text("instructionFurther"), "1 byte comes back");
+    QString bits;
+    for (int bit = 0; bit < 8; ++bit)
+        bits += text("bit(" + std::to_string(bit) + ")");
+    EXPECT_EQ(bits, "10110110");
+    QTest::keyClick(&workspace, Qt::Key_Return, Qt::ControlModifier);
+    EXPECT_EQ(text("lblReadValue"), "80");
+    choose(8, 3, -1);
+    click(kPage, "cmdDoInstruction");
+    EXPECT_TRUE(widget(kPage, "cmdIncrWip(2)").isVisible());
+    EXPECT_TRUE(widget(kPage, "lblRDWcr(3)").isVisible());
+    EXPECT_FALSE(widget(kPage, "lblRDWcr(2)").isVisible());
+    settle();
+    EXPECT_FALSE(widget("frmVRK_User1", "cmdMMenu").isEnabled());
+    click(kPage, "cmdIncrWip(0)");
+    QTest::keyClick(&workspace, Qt::Key_Escape);
+    QTest::qWait(1);
+    EXPECT_EQ(text("lblRDWcr(3)"), "81");
+    EXPECT_TRUE(widget(kPage, "lblRDWcr(2)").isVisible());
+}
+
+} // namespace
+} // namespace vrk

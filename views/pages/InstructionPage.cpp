@@ -1,0 +1,105 @@
+#include "panels/WiperPanel.h"
+#include "panels/instruction/frm_q4410.h"
+#include "panels/instruction/frm_q4420.h"
+#include "platform/qt/theme.h"
+#include "views/blocks/InstructionComposer.h"
+#include "views/blocks/PotMap.h"
+#include "views/blocks/blocks.h"
+#include "views/blocks/rows.h"
+#include "views/pages/pageMakers.h"
+#include "views/workspace/Page.h"
+#include "views/workspace/Section.h"
+
+#include <QLabel>
+#include <QPushButton>
+#include <QVBoxLayout>
+
+namespace vrk {
+
+using namespace qt;
+
+namespace {
+
+constexpr int kStepButton = 88;
+
+LampWidget* legendLamp(PageUi& page, Lamp& lamp, const QString& name) {
+    auto* widget = page.ui()(lamp, name);
+    widget->setRole(LampWidget::Role::Map);
+    return widget;
+}
+
+void addLegend(PageUi& page, InstructionPanel& p) {
+    auto* content = new QVBoxLayout;
+    const auto line = [&](int lamp, QWidget* words) {
+        auto* sign = legendLamp(page, p.ShpLegend[lamp], "Legend");
+        auto* label = static_cast<QLabel*>(words);
+        label->setWordWrap(true);
+        label->setFont(textFont(kSmall));
+        auto* row = new QHBoxLayout;
+        row->setSpacing(kUnit);
+        row->addWidget(sign, 0, Qt::AlignTop);
+        row->addWidget(words, 1);
+        content->addLayout(row);
+    };
+    line(0, page.ui()(p.Label5[0]));
+    line(1, page.ui()(p.Label5[1]));
+    line(2, new QLabel("second of the two greens"));
+    line(3, page.ui()(p.Label5[2]));
+    line(4, page.ui()(p.Label5[3]));
+    page.addSection("LED Color Legend", qt::block(content));
+}
+
+void addIncrements(PageUi& page, InstructionPanel& p) {
+    PanelUi& ui = page.ui();
+    auto* hint =
+        quietText("Shown while Inc / Dec WCR runs. The map then keeps only the pot that is stepped.");
+    hint->setWordWrap(true);
+    hint->setFont(textFont(kSmall));
+    std::vector<Item> buttons;
+    for (auto& button : p.cmdIncrWip)
+        buttons.emplace_back(wideButton(ui(*button), kStepButton));
+    buttons.emplace_back(stretch);
+    auto* volts = ui.value(p.lblPotVolts, "00.000", 1.38);
+    volts->setAccessibleName("Volts of the pot that is stepped");
+    auto* frame =
+        ui.frame(p.FrIncrDec, {}, rows({row(buttons), row({ui(p.lvlPotN), stretch, volts, quietText("V")})}));
+    frame->setTitled(false);
+    Section& section = page.addSection("Increment / Decrement", qt::block(rows({hint, frame})));
+    section.setFoldsLast(true);
+}
+
+void makePage(PageUi& page, InstructionPanel& p) {
+    page.setHelpPage("Instruction panels");
+    PanelUi& ui = page.ui();
+    for (Button* button : {&p.cmdReadAll, &p.cmdFillRegs, &p.cmdSetWReqRd, &p.cmdResetInstruction})
+        page.addHeadItem(ui(*button));
+    InstructionCompanion* const beside = p.loadedCompanion();
+    if (beside != nullptr)
+        addSupplySection(page, beside->devicePanel());
+    auto* map = new PotMap(page, p);
+    auto* composer = new InstructionComposer(page, p);
+    addIncrements(page, p);
+    addLegend(page, p);
+    if (beside != nullptr)
+        addStoreSection(page, beside->devicePanel());
+    page.onRead("Read all registers", [&p] { (void)p.cmdReadAll.userClick(); });
+    page.onWrite("Send the instruction", [&p] { (void)p.cmdDoInstruction.userClick(); });
+    page.setFirstFocus(composer->first());
+    page.setContent(qt::block(column({map, composer, stretch})));
+    std::vector<QWidget*> order = map->tabOrder();
+    for (QWidget* field : composer->tabOrder())
+        order.push_back(field);
+    setTabOrder(order);
+}
+
+} // namespace
+
+void makeI2cInstructionPage(PageUi& page, frm_q4410& panel) {
+    makePage(page, panel);
+}
+
+void makeSpiInstructionPage(PageUi& page, frm_q4420& panel) {
+    makePage(page, panel);
+}
+
+} // namespace vrk

@@ -110,6 +110,13 @@ void modHID::retry() {
         initHIDConnection();
 }
 
+bool modHID::boardListed() const {
+    const auto devices = host_.list();
+    return std::any_of(devices.begin(), devices.end(), [](const hid::DeviceInfo& device) {
+        return device.vendor == report::kVendorId && device.product == report::kProductId;
+    });
+}
+
 void modHID::closeHIDHandles() noexcept {
     for (std::vector<hid::Handle>* handles : {&hidHandles, &hidOverlappedHandles}) {
         for (const hid::Handle handle : *handles)
@@ -270,13 +277,17 @@ void modHID::reportLinkError(int status, int quietAddressError) {
 }
 
 Choice modHID::askRetry(const std::string& text, MessageBox::Escape escape) {
-    const Choice choice = context_.dialogs.show(
-        {text,
-         {},
-         {Choice::Retry, Choice::Cancel},
-         quietStart_ ? "Retry looks again. Cancel ends the search; the program goes on without a board."
-                     : "Cancel ends the program; a supply that is on goes off.",
-         escape});
+    constexpr Milliseconds kBackFor{10'000};
+    MessageBox box{text,
+                   {},
+                   {Choice::Retry, Choice::Cancel},
+                   quietStart_
+                       ? "Retry looks again. Cancel ends the search; the program goes on without a board."
+                       : "Cancel ends the program; a supply that is on goes off.",
+                   escape};
+    if (unattended_ && escape == MessageBox::Escape::Stays)
+        box.unattended = {Choice::Retry, kBackFor, [this] { return boardListed(); }};
+    const Choice choice = context_.dialogs.show(box);
     // The program may have ended by another way while the box stood.
     if (context_.events.ended())
         throw ProgramEnded{};

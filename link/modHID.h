@@ -130,6 +130,9 @@ class modHID {
         return sent_.connect(std::move(observer));
     }
 
+    /// Nobody may be there: the link dialogs answer Retry by themselves once a board has been back for 10 s.
+    void setUnattended(bool unattended) { unattended_ = unattended; }
+
     /// Called after a discovery that found a board: the console lists the instances.
     void setBoardsListed(std::function<void()> handler) { boardsListed_ = std::move(handler); }
     /// Called when the user gives the link up: ends the program.
@@ -199,6 +202,7 @@ class modHID {
     int transferEnded(int status);
     Choice askRetry(const std::string& text, MessageBox::Escape escape = MessageBox::Escape::Stays);
     void setHealth(Health health);
+    bool boardListed() const;
     bool failsQuietly() const { return quietStart_ && !BoardConnected; }
 
     PanelContext& context_;
@@ -206,6 +210,7 @@ class modHID {
     Trace& trace_;
     int instance_ = 0;
     bool quietStart_ = false;
+    bool unattended_ = false;
     Discovery discovery_;
     unsigned retries_ = 0;
     int overdue_ = 0;          ///< replies that did not come in time and may still come

@@ -72,17 +72,22 @@ void Motherboard::followBoard() {
     }
 }
 
+void Motherboard::setUpSupplyDac() {
+    frmMotherboardDAQ2& board = *console_;
+    for (const auto& bytes : {std::array{"00", "50", "C0", "5F"}, std::array{"00", "50", "C2", "C0"}}) {
+        for (int cell = 0; cell < 4; ++cell)
+            board.txtSPIwr[cell].setText(bytes.at(static_cast<std::size_t>(cell)));
+        board.cmdSPIWrite_Click();
+    }
+}
+
 void Motherboard::initSupplyDefaults() {
     frmMotherboardDAQ2& board = *console_;
     board.OptVCCMinus[1].setValue(true);
     board.OptVCCMinus_Click(1);
     board.OptVCC[1].setValue(true);
     board.OptVCC_Click(1);
-    for (const auto& bytes : {std::array{"00", "50", "C0", "5F"}, std::array{"00", "50", "C2", "C0"}}) {
-        for (int cell = 0; cell < 4; ++cell)
-            board.txtSPIwr[cell].setText(bytes.at(static_cast<std::size_t>(cell)));
-        board.cmdSPIWrite_Click();
-    }
+    setUpSupplyDac();
     context_.events.letEventsRun();
 
     SupplyPanel* panel = active();

@@ -21,6 +21,8 @@ class Motherboard {
     /// Both supplies off, the supply DAC set up, the volts list filled from the built-in codes or, where
     /// there is one, from the calibration file.
     void initSupplyDefaults();
+    /// The two frames that the supply DAC needs behind the board's power-up.
+    void setUpSupplyDac();
 
   private:
     SupplyPanel* active() const;

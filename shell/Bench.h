@@ -52,6 +52,8 @@ class Bench final : private ShellControl, private ProductTable {
     EventLoop& events() { return context_.events; }
     modHID& link() { return link_; }
     const Trace& trace() const { return trace_; }
+    /// What the program gives its run-in tests.
+    RunInHome& runInHome() { return runIn_.home; }
     /// What device panels of this bench work with.
     BenchServices& services() { return services_; }
 

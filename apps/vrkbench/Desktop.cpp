@@ -79,6 +79,11 @@ Desktop::Desktop(const DesktopOptions& options)
                      .workingFolder = std::filesystem::current_path(),
                      .rehearsalBench = [this, folder] { return rehearsalBench(folder); },
                      .breakpoints = breakpoints_ ? &*breakpoints_ : nullptr});
+    bench_->runInHome() = {.folder = userDataFolder() / "runs",
+                           .keepJournal = true,
+                           .program = "vrkbench " + QApplication::applicationVersion().toStdString(),
+                           .part = [this] { return simulated_ != nullptr ? socketedPart() : std::string(); },
+                           .awake = &awake_};
     dialogs_.onFurther = [this](const std::string& text) {
         PanelContext& context = bench_->context();
         Result further;
@@ -135,6 +140,11 @@ std::unique_ptr<hid::HidHost> Desktop::chooseHost(const DesktopOptions& options)
     if (std::any_of(devices.begin(), devices.end(), isBoard))
         return host;
     return simulatedHost(kUsualPart);
+}
+
+std::string Desktop::socketedPart() const {
+    const auto part = simulated_->boards() > 0 ? simulated_->state().part : std::nullopt;
+    return part ? part->name : std::string();
 }
 
 void Desktop::makeSettings(bool wanted) {

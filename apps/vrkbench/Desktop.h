@@ -9,6 +9,7 @@
 #include "platform/qt/QtDialogs.h"
 #include "platform/qt/QtHost.h"
 #include "platform/runtime/Clock.h"
+#include "platform/system/LogindInhibitor.h"
 #include "shell/Bench.h"
 #include "sim/SimulatedBus.h"
 #include "views/workspace/Workspace.h"
@@ -67,6 +68,7 @@ class Desktop {
     std::unique_ptr<hid::HidHost> replayHost(const std::string& file);
     std::unique_ptr<hid::HidHost> simulatedHost(const std::string& part);
     void makeSettings(bool wanted);
+    std::string socketedPart() const;
     ViewContext viewContext();
     void openPart();
     std::unique_ptr<RehearsalBench> rehearsalBench(const std::filesystem::path& folder) const;
@@ -88,6 +90,7 @@ class Desktop {
     std::unique_ptr<QSettings> settings_;
     std::optional<BreakpointSettings> breakpoints_;
     SupplyGuard supplies_; ///< after the bench at the end, when the link has closed its handles
+    LogindInhibitor awake_{"vrkbench"};
     std::unique_ptr<Bench> bench_;
     std::optional<PlugWatch> plugs_;
     std::unique_ptr<Workspace> workspace_;

@@ -68,6 +68,9 @@ void LinkWait::boardRead() {
         uses_.bench.frmMainF340->cboEVBinstance.setListIndex(uses_.board);
         return;
     }
+    // A run-in test compares the part's position behind a loss, and switches on where that fits.
+    if (const UPDN_Runin* runIn = uses_.bench.UPDN_Runin.loadedPanel(); runIn != nullptr && runIn->running())
+        return;
     const frmMotherboardDAQ2* supplies = uses_.bench.frmMotherboardDAQ2.loadedPanel();
     if (!std::exchange(vccWasOn_, false) || supplies == nullptr || supplies->OptVCC[0].value())
         return;

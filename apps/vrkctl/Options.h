@@ -4,6 +4,7 @@
 #include <optional>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 namespace vrk {
 
@@ -41,8 +42,10 @@ struct Options {
     std::filesystem::path replay;
     bool virtualTime = false;
     bool realTime = false;
-    std::string startTime; ///< "2020-01-01 12:00:00"
-    double linkWait = 60;  ///< seconds that a lost board is waited for; 0: it is given up at once
+    std::filesystem::path simMemory; ///< of the simulated part
+    std::filesystem::path scenario;  ///< what happens at the simulated board
+    std::string startTime;           ///< "2020-01-01 12:00:00"
+    double linkWait = 60;            ///< seconds that a lost board is waited for; 0: it is given up at once
     bool json = false;
 };
 
@@ -100,6 +103,29 @@ struct SupplyOptions {
     std::optional<std::string> vcc; ///< a level of the supply list; nothing: 5.0
 };
 
+struct RunInOptions {
+    int steps = 100000;
+    int logEvery = 500;
+    int positions = 100;
+    double tolerance = 0.33; ///< fraction of one step
+    std::string id = "User Test ID";
+    std::string vcc; ///< a level of the supply list; empty: the one that stands there
+    bool logAll = false;
+    bool doublePurge = false;
+    std::vector<int> stimulus; ///< steps of the seven stages; empty: the usual ones
+    std::filesystem::path log;
+    std::filesystem::path journal;
+    std::filesystem::path junit;
+    bool goOnMismatch = false;
+};
+
+struct RunInReportOptions {
+    std::filesystem::path journal;
+    std::optional<double> tolerance;
+    std::filesystem::path junit;
+    bool csv = false;
+};
+
 ExitCode listBoards(const Options& options);
 ExitCode doctor(const Options& options);
 ExitCode readWiper(const Options& options, const WiperOptions& wiper);
@@ -114,6 +140,9 @@ ExitCode writeRegister(const Options& options, const RegisterWriteOptions& asked
 ExitCode supplyOn(const Options& options, const SupplyOptions& asked);
 ExitCode supplyOff(const Options& options);
 ExitCode supplyStatus(const Options& options);
+ExitCode runRunIn(const Options& options, const RunInOptions& runIn);
+ExitCode resumeRunIn(const Options& options, const RunInOptions& runIn);
+ExitCode reportRunIn(const Options& options, const RunInReportOptions& report);
 ExitCode serveRpc(const Options& options);
 
 } // namespace vrk

@@ -112,18 +112,23 @@ WiperPanel& PanelBench::panel() {
 }
 
 void PanelBench::open(PartBus bus) {
+    const bool spi = bus == PartBus::SPI;
+    openRow(spi ? frmStartup::kSPI : frmStartup::kI2C,
+            spi ? "opening the SPI panel" : "opening the I2C panel");
+}
+
+void PanelBench::openRow(int row, const std::string& what) {
     session_.requireBoard(options_.board);
     done(bench().start(), "starting");
     if (options_.board > 0)
         chooseInstance();
-    const bool spi = bus == PartBus::SPI;
-    done(bench().frmStartup->cboVRKSelect.userSelect(spi ? frmStartup::kSPI : frmStartup::kI2C),
-         spi ? "opening the SPI panel" : "opening the I2C panel");
+    done(bench().frmStartup->cboVRKSelect.userSelect(row), what);
     const DevicePanel* opened = bench().devicePanel();
     if (opened == nullptr || !bench().findPanel(opened->name())->visible())
         throw CommandError(ExitCode::NoBoard, "the board cannot be used: another program may have it open");
     if (const auto signalled = interrupt::requested())
         throw CommandError(*signalled, "interrupted; nothing was written");
+    session_.workBegins();
 }
 
 void PanelBench::openConsole() {
@@ -134,6 +139,7 @@ void PanelBench::openConsole() {
     });
     if (const auto signalled = interrupt::requested())
         throw CommandError(*signalled, "interrupted");
+    session_.workBegins();
 }
 
 void PanelBench::chooseInstance() {
@@ -145,14 +151,15 @@ void PanelBench::chooseInstance() {
 }
 
 void PanelBench::switchVccOn(const std::string& level) {
-    ComboBox& levels = panel().CboVCC;
+    DevicePanel& device = *bench().devicePanel();
+    ComboBox& levels = device.CboVCC;
     bool found = level == "on";
     for (int row = 0; row < levels.rowCount() && !found; ++row)
         if ((found = sameLevel(levels.rows().at(static_cast<std::size_t>(row)).text, level)))
             done(levels.userSelect(row), "choosing VCC's level");
     if (!found)
         throw CommandError(ExitCode::CheckFailed, "the calibration file has no level " + level);
-    done(panel().OptVCC[kVccOn].userClick(), "switching VCC on");
+    done(device.OptVCC[kVccOn].userClick(), "switching VCC on");
     if (const auto signalled = interrupt::requested())
         throw CommandError(*signalled, "interrupted; nothing was written");
 }

@@ -57,6 +57,11 @@ std::unique_ptr<hid::HidHost> Session::makeHost(const Options& options) {
     if (!options.simulate.empty() && !options.replay.empty())
         throw CommandError(ExitCode::Usage, "--simulate and --replay exclude each other");
     hid::requireOtherFile(options.replay, options.wireLog);
+    for (const auto& [name, path] :
+         {std::pair{"--sim-memory", options.simMemory}, std::pair{"--scenario", options.scenario}})
+        if (!path.empty() && options.simulate.empty())
+            throw CommandError(ExitCode::Usage,
+                               std::string(name) + " needs --simulate: it is about a simulated board");
     if (!options.replay.empty()) {
         auto replay =
             std::make_unique<hid::ReplayHost>(options.replay, *clock_, report::kVendorId, report::kProductId);
@@ -72,7 +77,10 @@ std::unique_ptr<hid::HidHost> Session::makeHost(const Options& options) {
     for (int board = 0; board < bus->boards(); ++board)
         bus->socket(part, std::nullopt, board);
     simulated_ = bus.get();
-    return bus;
+    auto world = std::make_unique<SimulatedWorld>(
+        std::move(bus), *clock_, SimulatedWorld::Files{options.simMemory, options.scenario}, options.board);
+    world_ = world.get();
+    return world;
 }
 
 Session::Session(const Options& options, Dialogs& dialogs, DefaultTime time)
@@ -128,6 +136,11 @@ void Session::requireBoard(int number) {
         throw CommandError(ExitCode::NoBoard, "the board cannot be used: " + host_->lastError() +
                                                   "; \"vrkctl doctor\" says how to mend it");
     host_->close(handle);
+}
+
+void Session::workBegins() {
+    if (world_ != nullptr)
+        world_->workBegins();
 }
 
 void Session::runEvents() {

@@ -2,6 +2,7 @@
 
 #include "apps/vrkctl/LinkWait.h"
 #include "apps/vrkctl/Options.h"
+#include "apps/vrkctl/SimulatedWorld.h"
 #include "apps/vrkctl/TerminalDialogs.h"
 #include "link/SupplyGuard.h"
 #include "platform/clipboard/Clipboard.h"
@@ -53,6 +54,8 @@ class Session {
     void leaveSupplies() { leaveSupplies_ = true; }
     /// The supplies are another's: they stay as they are whatever happens.
     void touchNoSupplies() { supplies_->leaveAsTheyAre(); }
+    /// Set-up is over: the times of a scenario count from here.
+    void workBegins();
     /// Delivers all events that are due, as the window's loop would between two gestures.
     void runEvents();
 
@@ -64,6 +67,7 @@ class Session {
     VirtualClock* virtualClock_;
     EventLoop events_;
     sim::SimulatedBus* simulated_ = nullptr;
+    SimulatedWorld* world_ = nullptr;
     hid::ReplayHost* replay_ = nullptr;
     std::unique_ptr<hid::HidHost> host_;
     hid::WireRecorder recorder_;

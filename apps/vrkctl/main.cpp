@@ -2,6 +2,7 @@
 #include "apps/vrkctl/Interrupt.h"
 #include "apps/vrkctl/Options.h"
 #include "apps/vrkctl/Terminal.h"
+#include "panels/discrete/RunInTest.h"
 #include "platform/files/files.h"
 #include "platform/runtime/Fault.h"
 
@@ -32,6 +33,12 @@ void addCommonOptions(CLI::App& app, Options& options) {
     app.add_option("--replay", options.replay, "Play a recorded wire log back instead of a board")
         ->type_name("FILE");
     app.add_option("--folder", options.folder, "Folder of the calibration file")->type_name("DIR");
+    app.add_option("--sim-memory", options.simMemory,
+                   "Keep what the simulated part stores in a file, made if there is none")
+        ->type_name("FILE");
+    app.add_option("--scenario", options.scenario,
+                   "Operations on the simulated board, a JSON line each, with \"atMs\" or \"stores\"")
+        ->type_name("FILE");
     app.add_flag("--virtual-time", options.virtualTime,
                  "Waits cost nothing; simulated boards and replays only");
     app.add_flag("--real-time", options.realTime, "Waits take their time, on a simulated board too");
@@ -141,6 +148,67 @@ void addSupplyCommands(CLI::App& app, const Add& add, const Options& options, Su
     add(*parent, "status", "Tell what is on, and measure VCC", [&] { return supplyStatus(options); });
 }
 
+void addRunInOptions(CLI::App& command, RunInOptions& runIn) {
+    command.add_option("--log", runIn.log, "Write the log, as the panel saves it")->type_name("FILE");
+    command.add_option("--junit", runIn.junit, "Write a JUnit report")->type_name("FILE");
+    command
+        .add_option_function<std::string>(
+            "--on-mismatch", [&runIn](const std::string& what) { runIn.goOnMismatch = what == "continue"; },
+            "stop or continue where the part is not where the run left it; stop if left out")
+        ->check(CLI::IsMember({"stop", "continue"}))
+        ->type_name("WHAT");
+}
+
+void addRunInEntries(CLI::App& command, RunInOptions& runIn) {
+    constexpr int kMost = 1'000'000'000, kMost16 = 32767;
+    command
+        .add_option("--steps", runIn.steps, "Ends at the first log point from here on; 100000 if left out")
+        ->check(CLI::Range(1, kMost))
+        ->type_name("N");
+    command.add_option("--log-every", runIn.logEvery, "Steps from log point to log point; 500 if left out")
+        ->check(CLI::Range(1, kMost16))
+        ->type_name("N");
+    command.add_option("--positions", runIn.positions, "Positions of the part; 100 if left out")
+        ->check(CLI::Range(1, kMost16))
+        ->type_name("N");
+    command.add_option("--tolerance", runIn.tolerance, "Fraction of one step; 0.33 if left out")
+        ->check(CLI::PositiveNumber)
+        ->type_name("X");
+    command.add_option("--id", runIn.id, "Description of the test, for the log")->type_name("TEXT");
+    command
+        .add_option("--vcc", runIn.vcc,
+                    "Level: 2.7, 3.0, 3.3, 3.5, 4.0, 4.5, 5.0, Min, Mid or Max, never off; else 5.0")
+        ->type_name("LEVEL");
+    command.add_flag("--log-all", runIn.logAll, "Log passes too");
+    command.add_flag("--double-purge", runIn.doublePurge,
+                     "Drain stale reports once more ahead of each sample");
+    command.add_option("--stimulus", runIn.stimulus, "Steps of the seven stages; 102,102,63,1,1,1,1")
+        ->delimiter(',')
+        ->expected(RunInSettings::kStages)
+        ->check(CLI::Range(0, kMost16))
+        ->type_name("A,B,C,D,E,F,G");
+    command.add_option("--journal", runIn.journal, "Keep a journal, so that the run can be resumed")
+        ->type_name("FILE");
+}
+
+void addRunIn(CLI::App& runIns, RunInOptions& entries, RunInReportOptions& reporting,
+              const std::function<CLI::App*(const char*, const char*, int)>& add) {
+    CLI::App* running = add("run", "Clock, store and measure an up/down part, step by step", 0);
+    addRunInEntries(*running, entries);
+    addRunInOptions(*running, entries);
+    CLI::App* resuming = add("resume", "Go on with a run at the exact step", 1);
+    resuming->add_option("JOURNAL", entries.journal, "Journal of the run")->required()->type_name("");
+    addRunInOptions(*resuming, entries);
+    CLI::App* report = add("report", "Count a journal again; needs no board", 2);
+    report->add_option("JOURNAL", reporting.journal, "Journal of the run")->required()->type_name("");
+    report->add_option("--tolerance", reporting.tolerance, "Judge again with this fraction of one step")
+        ->check(CLI::PositiveNumber)
+        ->type_name("X");
+    report->add_option("--junit", reporting.junit, "Write a JUnit report")->type_name("FILE");
+    report->add_flag("--csv", reporting.csv, "The stages as rows with commas");
+    runIns.require_subcommand(1);
+}
+
 int run(int argc, char** argv) {
     CLI::App app("Bench console for digitally controlled potentiometers, for the terminal.", "vrkctl");
     app.set_version_flag("--version", "vrkctl " VRK_VERSION);
@@ -199,6 +267,16 @@ int run(int argc, char** argv) {
         addScriptOptions(*one, script);
         addRunOptions(*one, script);
     }
+    CLI::App* runIns = app.add_subcommand("runin", "Endurance test of an up/down part's stored position");
+    RunInOptions runIn;
+    RunInReportOptions reporting;
+    addRunIn(*runIns, runIn, reporting, [&](const char* name, const char* text, int which) {
+        return add(*runIns, name, text, [&, which] {
+            return which == 0   ? runRunIn(options, runIn)
+                   : which == 1 ? resumeRunIn(options, runIn)
+                                : reportRunIn(options, reporting);
+        });
+    });
 
     RegisterCommands registers;
     addRegisterCommands(app, add, options, registers);

@@ -4,7 +4,9 @@
 #include "apps/vrkctl/Terminal.h"
 #include "automation/StdioTransport.h"
 #include "link/reportLayout.h"
+#include "platform/files/files.h"
 #include "platform/hid/HidapiHost.h"
+#include "platform/system/LogindInhibitor.h"
 
 #include <system_error>
 #include <unistd.h>
@@ -32,8 +34,15 @@ ExitCode serveRpc(const Options& given) {
     ScriptedDialogs dialogs;
     Session session(options, dialogs, DefaultTime::Real);
     Bench& bench = session.bench();
+    LogindInhibitor awake("vrkctl");
+    bench.runInHome() = {.folder = userDataFolder() / "runs",
+                         .keepJournal = false, // a client asks for files that it wants
+                         .program = "vrkctl " VRK_VERSION,
+                         .part = [&options] { return options.simulate; },
+                         .awake = session.virtualClock() == nullptr ? &awake : nullptr};
     // Before the first request is looked at: the start panel's load lets events run.
     bench.start();
+    session.workBegins();
     StdioTransport transport({.events = session.events(),
                               .dialogs = dialogs,
                               .clipboard = session.clipboard(),

@@ -91,6 +91,24 @@ UPDN_Runin::UPDN_Runin(PanelContext& panelContext, BenchServices& panelServices,
     chkAppend.setCaption("Append");
     wireClick(cmdRunInitial, &UPDN_Runin::cmdRunInitial_Click);
     wireClick(cmdAbortRun, &UPDN_Runin::cmdAbortRun_Click);
+    chkJournal.setCaption("Keep a journal");
+    chkJournal.setToolTip("A line a step in a file, so that a run that was stopped can be gone on with");
+    chkJournal.showValue(state.home.keepJournal ? 1 : 0);
+    chkJournal.setContainer(Frame2);
+    FrmUnfinished.setCaption("Unfinished run");
+    FrmUnfinished.setVisible(false);
+    lblUnfinished.setContainer(FrmUnfinished);
+    cmdResumeRun.setCaption("Resume");
+    cmdResumeRun.setToolTip("Switches the supplies on and goes on at the exact step");
+    cmdNewRun.setCaption("New");
+    cmdNewRun.setToolTip("Leaves that run as it is");
+    cmdShowRun.setCaption("Show");
+    cmdShowRun.setToolTip("Fills the log with what the journal tells");
+    for (Button* button : {&cmdResumeRun, &cmdNewRun, &cmdShowRun})
+        button->setContainer(FrmUnfinished);
+    wireClick(cmdResumeRun, &UPDN_Runin::cmdResumeRun_Click);
+    wireClick(cmdNewRun, &UPDN_Runin::cmdNewRun_Click);
+    wireClick(cmdShowRun, &UPDN_Runin::cmdShowRun_Click);
     wireClick(ChOut, &UPDN_Runin::ChOut_Click);
     wireClick(cmdIncr, &UPDN_Runin::cmdIncr_Click);
     wireClick(cmdSequence, &UPDN_Runin::cmdSequence_Click);
@@ -107,6 +125,8 @@ void UPDN_Runin::resetShown() {
     for (auto& volts : lblWIPRange)
         volts->showUnread("-.---");
     lblPosition.setCaption("-----");
+    for (Label* label : {&lblElapsed, &lblTimeLeft, &lblEndStep})
+        label->setCaption("-----");
     for (auto& count : lblRUnCount)
         count->setCaption("-----");
     for (int stage = 0; stage < kStages; ++stage) {
@@ -116,52 +136,6 @@ void UPDN_Runin::resetShown() {
         txtWiperVolts[stage].setText("-----");
         Shp_Test_Status[stage].setColour(Colour::Black);
     }
-}
-
-RunInSettings UPDN_Runin::takeSettings() {
-    RunInSettings settings;
-    state_.PosMax = settings.positions = toInt16(decimalInt(txtWipPositions.text()));
-    state_.LogSteps = settings.logSteps = toInt16(decimalInt(txtLogSteps.text()));
-    state_.TestQty = settings.testQty = decimalInt(txtTestQty.text());
-    settings.tolerance = leadingNumber(txtLimitDiv.text());
-    settings.positionsText = txtWipPositions.text();
-    settings.toleranceText = txtLimitDiv.text();
-    settings.id = txtRunInID.text();
-    settings.logAll = ChkLogAll.checked();
-    settings.doublePurge = ChkFast.checked();
-    for (int stage = 0; stage < kStages; ++stage)
-        settings.stimulus.at(static_cast<std::size_t>(stage)) = decimalInt(txtInitialIncr[stage].text());
-    settings.reference = services_.analog.ADRef;
-    if (settings.positions < 1)
-        throw Fault("Positions: at least 1 is needed.");
-    if (settings.logSteps < 1)
-        throw divisionByZero();
-    return settings;
-}
-
-void UPDN_Runin::cmdRunInitial_Click() {
-    const RunInSettings settings = takeSettings(); // a bad entry is told before anything is sent
-    DisabledWhile busy({&Frame2, &cmdRunInitial, &FrmStaticIO, &txtLogSteps, &txtTestQty, &txtWipPositions});
-    services_.run.ScriptAbort = false;
-    resetShown();
-    const bool traced = std::exchange(trace_.traceOn, false); // a line an edge would cost more than the edge
-    const OnScopeExit after([this, traced] {
-        trace_.setOn(traced);
-        cmdAbortRun.setEnabled(false);
-        activity_ = nullptr;
-    });
-    cndTclear_Click();
-    cmdAbortRun.setEnabled(true);
-    state_ = {.LogSteps = state_.LogSteps, .TestQty = state_.TestQty, .PosMax = state_.PosMax};
-    Activity activity(context().activities, "Run-in test", [this] { services_.run.ScriptAbort = true; });
-    activity_ = &activity;
-    RunInTest test(*this, *this, settings);
-    state_.ADVoltsPerCount = 2 * settings.reference / 1023;
-    (void)test.run(services_.run.ScriptAbort);
-}
-
-void UPDN_Runin::cmdAbortRun_Click() {
-    services_.run.ScriptAbort = true;
 }
 
 void UPDN_Runin::sendPort(std::uint8_t address, std::uint8_t value) {
@@ -234,38 +208,21 @@ void UPDN_Runin::prepare() {
     console.cmdADCRDData_Click();
 }
 
-bool UPDN_Runin::convert() {
+int UPDN_Runin::convert() {
     modHID& link = services_.link;
     link.setReportID();
     link.reportBuffer[report::kCommandByte] = static_cast<std::uint8_t>(report::Command::AdcRead);
     link.reportBuffer[2] = 0;
     link.reportBuffer[3] = 0;
-    const int status = link.writeReport() ? link.awaitInputReport() : static_cast<int>(kLinkWriteFailed);
-    if (status != kLinkReadFailed && status != kLinkWriteFailed)
-        return true;
-    link.reportLinkError(status, 0);
-    return false;
-}
-
-int UPDN_Runin::sample(bool doublePurge) {
-    modHID& link = services_.link;
-    if (doublePurge)
-        link.purgeInputReports();
-    // What a lost reply leaves in the buffer is no conversion: the exchange is repeated once the link is
-    // back.
-    while (!convert()) {
-    }
-    pump();
-    link.purgeInputReports();
-    pump();
-    while (!convert()) {
-    }
-    return (link.reportBuffer[report::kFirstData] * 256 + link.reportBuffer[report::kFirstData + 1]) & 0x7FFF;
+    return link.writeReport() ? link.awaitInputReport() : static_cast<int>(kLinkWriteFailed);
 }
 
 void UPDN_Runin::cmdSampleWiper_Click(int index) {
     const double perCount = 2 * services_.analog.ADRef / 1023;
-    const double volts = sample(ChkFast.checked()) * perCount;
+    const auto counts = sample(ChkFast.checked());
+    if (!counts)
+        return;
+    const double volts = *counts * perCount;
     state_.WiperV = volts;
     lblWiperVolts[index].showRead(formatNumber(volts, "#0.00000"));
     lvlWipV[state_.TestStage].showRead(lblWiperVolts[index].caption());
@@ -273,6 +230,8 @@ void UPDN_Runin::cmdSampleWiper_Click(int index) {
 
 void UPDN_Runin::stageBegan(int stage) {
     state_.TestStage = stage;
+    if (stage > 2)
+        ++state_.LoopCount;
     Shp_Test_Status[stage].setColour(Colour::LightBlue);
 }
 
@@ -295,11 +254,13 @@ void UPDN_Runin::rangeFound(const RunInRange& range) {
     state_.TestLimit = range.limit;
     lblVoltsPer.setCaption(formatNumber(range.voltsPerStep, "0.0000"));
     lblTestLimit.setCaption(formatNumber(range.limit, "0.0000"));
+    ranges_.emit(range);
 }
 
 void UPDN_Runin::stageDone(const RunInStage& stage) {
     state_.WiperPos = stage.tally;
     state_.LoopCount = stage.loop;
+    stages_.emit(stage);
     lblPosition.setCaption(decimalText(stage.shown));
     txtWiperLoc[stage.stage].setText(lblPosition.caption());
     if (stage.verdict == RunInVerdict::Measured) {
@@ -320,17 +281,6 @@ void UPDN_Runin::stageDone(const RunInStage& stage) {
     txtWiperVolts[stage.stage].setText(formatNumber(stage.expected, "0.0000"));
     lvlWipError[stage.stage].setCaption(formatNumber(stage.error, "0.0000"));
     Shp_Test_Status[stage.stage].setColour(pass ? Colour::LightGreen : Colour::LightRed);
-}
-
-void UPDN_Runin::roundDone(int count, int /*fails*/) {
-    lblRUnCount[0].setCaption(decimalText(count));
-    if (activity_ != nullptr)
-        activity_->progress(count, std::max(state_.TestQty, count));
-}
-
-void UPDN_Runin::ended(RunInEnd how, int count, int fails) {
-    tell(fails == 0, how == RunInEnd::Completed ? "Run-in completed" : "Run-in terminated",
-         decimalText(count) + " steps, " + decimalText(fails) + " fails", &lblRUnCount[1]);
 }
 
 void UPDN_Runin::cmdBrowse_Click() {

@@ -1,12 +1,45 @@
 #pragma once
 
 #include "panels/blocks/BenchServices.h"
+#include "panels/blocks/SupplyBlock.h"
+#include "panels/discrete/RunInJournal.h"
 #include "panels/discrete/RunInTest.h"
+#include "platform/runtime/Signal.h"
+#include "platform/runtime/SleepInhibitor.h"
 
-#include <array>
+#include <deque>
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <set>
 #include <string>
+#include <vector>
 
 namespace vrk {
+
+/// What the program gives its runs, set once at its start.
+struct RunInHome {
+    std::filesystem::path folder{}; ///< of the journals that the page keeps; made at need
+    bool keepJournal = false;       ///< the page's switch as it opens
+    std::string program = "vrkbench";
+    std::function<std::string()> part{}; ///< in the socket, where the program knows it
+    SleepInhibitor* awake = nullptr;
+};
+
+/// A run, for whoever starts one.
+struct RunInOrder {
+    std::filesystem::path journal{}; ///< kept here, or gone on with; empty: no journal
+    bool resume = false;
+    RunInSettings::Abort abort = RunInSettings::Abort::Terminates;
+    /// Whether the user is asked about a part that is elsewhere; the observers are in any case.
+    bool asks = true;
+    std::vector<RunInObserver*> observers{};
+    /// Hears what the run is before its first step.
+    std::function<void(const RunInHeader& header)> begun{};
+    /// Hears once that the journal ends, the run going on.
+    std::function<void(const std::string& why)> journalFailed{};
+};
 
 /// Working values of the run-in test; outlive the panel.
 struct RunInState {
@@ -26,6 +59,7 @@ struct RunInState {
     double VoltsPerStep = 0;
     double TestLimit = 0;
     double WiperError = 0;
+    RunInHome home{};
 };
 
 void publish(SharedValues& values, RunInState& state, const std::string& panel);
@@ -53,11 +87,27 @@ class UPDN_Runin final : public Panel, private RunInBoard, private RunInObserver
     Button cmdRunInitial{*this, "cmdRunInitial"};
     Button cmdAbortRun{*this, "cmdAbortRun"};
 
+    // Journal
+    CheckBox chkJournal{*this, "chkJournal"};
+    /// Visible while an unfinished run can be gone on with.
+    Frame FrmUnfinished{*this, "FrmUnfinished"};
+    Label lblUnfinished{*this, "lblUnfinished"};
+    Button cmdResumeRun{*this, "cmdResumeRun"};
+    Button cmdNewRun{*this, "cmdNewRun"};
+    Button cmdShowRun{*this, "cmdShowRun"};
+
     // Results
     Label lblTestLimit{*this, "lblTestLimit"};
     Label lblVoltsPer{*this, "lblVoltsPer"};
     ControlArray<Reading> lblWIPRange{*this, "lblWIPRange", 0, 1};
     Label lblPosition{*this, "lblPosition"};
+    /// Of the run, hours:minutes:seconds
+    Label lblElapsed{*this, "lblElapsed"};
+    /// By the median of the last rounds
+    Label lblTimeLeft{*this, "lblTimeLeft"};
+    /// The step at which the run ends: the first log point that is not short of what was asked for
+    Label lblEndStep{*this, "lblEndStep"};
+    Label lblJournal{*this, "lblJournal"};
     /// 0 steps, 1 fails
     ControlArray<Label> lblRUnCount{*this, "lblRUnCount", 0, 1};
     ControlArray<Reading> lblWiperVolts{*this, "lblWiperVolts", 0, 0};
@@ -101,13 +151,41 @@ class UPDN_Runin final : public Panel, private RunInBoard, private RunInObserver
     void cmdBrowse_Click();
     void cmdStartRec_Click();
     void cndTclear_Click();
+    /// Goes on with the run that is offered.
+    void cmdResumeRun_Click();
+    /// Leaves the run that is offered as it is.
+    void cmdNewRun_Click();
+    /// Fills the log with what the journal tells of the run that is offered.
+    void cmdShowRun_Click();
+
+    void Form_Activate() override;
+
+    /// One run from its beginning, or from where its journal ends, to its end. \throws Fault before anything
+    /// is sent for entries, or a journal, that cannot be
+    RunInEnd run(const RunInOrder& order);
+    bool running() const { return test_ != nullptr; }
+
+    /// For the picture of a run: its settings as it begins or goes on, then each stage and event.
+    [[nodiscard]] Subscription observeBegun(std::function<void(const RunInSettings&)> observer) {
+        return begun_.connect(std::move(observer));
+    }
+    [[nodiscard]] Subscription observeRange(std::function<void(const RunInRange&)> observer) {
+        return ranges_.connect(std::move(observer));
+    }
+    [[nodiscard]] Subscription observeStages(std::function<void(const RunInStage&)> observer) {
+        return stages_.connect(std::move(observer));
+    }
+    [[nodiscard]] Subscription observeEvents(std::function<void(RunInEvent, const std::string&)> observer) {
+        return events_.connect(std::move(observer));
+    }
 
   private:
     // RunInBoard
     void prepare() override;
     void setAllHigh() override { cmdAlloutsHigh_Click(0); }
     void setPin(Pin pin, bool high) override;
-    int sample(bool doublePurge) override;
+    std::optional<int> sample(bool doublePurge) override;
+    void recall() override;
     void wait(Milliseconds duration) override { Panel::wait(duration); }
     Milliseconds now() const override { return context().clock().now(); }
     WallTime wallTime() const override { return context().clock().wallTime(); }
@@ -119,17 +197,47 @@ class UPDN_Runin final : public Panel, private RunInBoard, private RunInObserver
     void rangeFound(const RunInRange& range) override;
     void stageDone(const RunInStage& stage) override;
     void roundDone(int count, int fails) override;
+    void event(RunInEvent what, const std::string& text) override { events_.emit(what, text); }
     void ended(RunInEnd how, int count, int fails) override;
+    bool goOn(const std::string& text) override;
 
     RunInSettings takeSettings();
+    RunInHeader headerOf(const RunInSettings& settings) const;
+    std::unique_ptr<RunInJournal> newJournal(const RunInOrder& order, const RunInHeader& header);
+    RunInJournal::Trouble journalTrouble(const RunInOrder& order);
+    std::filesystem::path journalPath() const;
+    void showFields(const RunInHeader& header);
+    void showProgress(const RunInProgress& progress);
+    void showTime(int count);
+    void chooseLevel(const std::string& level);
+    void switchOn();
+    void offerUnfinished();
+    SupplyBlock* supply() const;
     void resetShown();
     void sendPort(std::uint8_t address, std::uint8_t value);
-    bool convert();
+    int convert();
+    bool exchange();
 
     BenchServices& services_;
     RunInState& state_;
     Trace& trace_;
     Activity* activity_ = nullptr;
+    RunInTest* test_ = nullptr; ///< while it runs
+    bool asks_ = true;
+    bool lost_ = false;    ///< the link is, as far as the last exchange tells
+    bool powered_ = false; ///< VCC was on when the run began
+    bool minusOn_ = false;
+    int endStep_ = 0;
+    Milliseconds began_{0};     ///< of the run, on the bench's clock; before its start for one gone on with
+    Milliseconds roundBegan_{0};
+    std::deque<Milliseconds> rounds_; ///< how long the last ones took
+    std::string vcc_;                 ///< level of a run that was gone on with
+    std::filesystem::path unfinished_;
+    std::set<std::filesystem::path> left_; ///< offers that the user has declined
+    Signal<const RunInSettings&> begun_;
+    Signal<const RunInRange&> ranges_;
+    Signal<const RunInStage&> stages_;
+    Signal<RunInEvent, const std::string&> events_;
 };
 
 } // namespace vrk

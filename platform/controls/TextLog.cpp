@@ -34,7 +34,7 @@ void TextLog::add(std::string_view text) {
             put(c);
         }
     }
-    while (memory_ > limit_ && lines_.size() > 1 && !diskFails_)
+    while ((memory_ > limit_ || lines_.size() > lineLimit_ + kBlockLines) && lines_.size() > 1 && !diskFails_)
         spoolOldest();
 }
 

@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <deque>
+#include <limits>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -39,6 +40,8 @@ class TextLog final : public Control {
 
     /// Bytes kept in memory; kMostInMemory at first.
     void setMemoryLimit(std::size_t bytes) { limit_ = bytes; }
+    /// Lines kept in memory at least; the bytes' limit alone at first.
+    void setLineLimit(std::size_t lines) { lineLimit_ = lines; }
     /// Bytes of text in memory now.
     std::size_t inMemory() const { return memory_; }
 
@@ -59,6 +62,7 @@ class TextLog final : public Control {
     bool pendingReturn_ = false;
 
     std::size_t limit_ = kMostInMemory;
+    std::size_t lineLimit_ = std::numeric_limits<std::size_t>::max() / 2;
     std::size_t memory_ = 0;
     Spool spool_;
     std::vector<Block> blocks_;

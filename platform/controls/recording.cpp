@@ -18,7 +18,7 @@ void chooseRecording(const PanelContext& context, TextBox& path) {
         path.setText(*chosen);
 }
 
-void saveRecording(const PanelContext& context, const TextLog& log, const std::string& path, bool append) {
+std::string recordingText(const PanelContext& context, const TextLog& log) {
     const WallTime now = context.clock().wallTime();
     const auto two = [](int value) { return (value < 10 ? "0" : "") + decimalText(value); };
     std::string content = "Trace File Data Acquisition " + decimalText(now.year) + "-" + two(now.month) +
@@ -28,6 +28,11 @@ void saveRecording(const PanelContext& context, const TextLog& log, const std::s
     if (log.size() > 0 && !log.line(log.lineCount() - 1).empty())
         content += "\r\n";
     content += "END\r\n";
+    return content;
+}
+
+void saveRecording(const PanelContext& context, const TextLog& log, const std::string& path, bool append) {
+    const std::string content = recordingText(context, log);
     try {
         if (path.empty())
             throw fileFault("write", "", ENOENT);

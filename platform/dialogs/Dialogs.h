@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/runtime/Clock.h"
+
 #include <deque>
 #include <functional>
 #include <optional>
@@ -25,6 +27,13 @@ struct MessageBox {
     /// or nothing, where every answer does something that nobody must do by accident.
     enum class Escape { Harmless, Retry, Stays };
     Escape escape = Escape::Harmless;
+    /// What a box that stands while nobody is there answers by itself.
+    struct Unattended {
+        Choice choice = Choice::Retry;
+        Milliseconds after{0};         ///< for so long `ready` must have held
+        std::function<bool()> ready{}; ///< asked about once a second, while no action runs
+    };
+    std::optional<Unattended> unattended{};
 };
 
 struct FileRequest {

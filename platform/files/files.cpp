@@ -213,6 +213,15 @@ void failAtFileSizeLimit() {
     std::signal(SIGXFSZ, SIG_IGN);
 }
 
+fs::path userDataFolder() {
+    const auto variable = [](const char* name) {
+        const char* value = std::getenv(name);
+        return fs::path(value != nullptr ? value : "");
+    };
+    const fs::path data = variable("XDG_DATA_HOME");
+    return (data.empty() ? variable("HOME") / ".local/share" : data) / "vrkbench";
+}
+
 fs::path programFolder(const fs::path& wanted) {
     if (!wanted.empty()) {
         if (!fs::is_directory(wanted))
@@ -223,12 +232,7 @@ fs::path programFolder(const fs::path& wanted) {
     const fs::path beside = fs::read_symlink("/proc/self/exe", error).parent_path();
     if (!error && access(beside.c_str(), W_OK) == 0)
         return beside;
-    const auto variable = [](const char* name) {
-        const char* value = std::getenv(name);
-        return fs::path(value != nullptr ? value : "");
-    };
-    const fs::path data = variable("XDG_DATA_HOME");
-    const fs::path folder = (data.empty() ? variable("HOME") / ".local/share" : data) / "vrkbench";
+    const fs::path folder = userDataFolder();
     fs::create_directories(folder, error);
     return folder;
 }

@@ -37,6 +37,9 @@ bool sameFile(const std::filesystem::path& one, const std::filesystem::path& oth
 /// a message, where the system would end the program.
 void failAtFileSizeLimit();
 
+/// Where the user's own data are kept: $XDG_DATA_HOME/vrkbench. Not made by this.
+std::filesystem::path userDataFolder();
+
 /// Where the programs keep what outlives a run: the folder `wanted`; if that is empty, beside the executable,
 /// or with the user's data where that cannot be written. \throws Fault if there is no folder `wanted`.
 std::filesystem::path programFolder(const std::filesystem::path& wanted);

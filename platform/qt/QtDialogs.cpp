@@ -3,12 +3,14 @@
 #include <QApplication>
 #include <QClipboard>
 #include <QCloseEvent>
+#include <QElapsedTimer>
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QKeyEvent>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QRegularExpression>
+#include <QTimer>
 
 #include <algorithm>
 
@@ -68,6 +70,28 @@ class Box final : public QMessageBox {
     bool stays_;
 };
 
+/// Has the box press a button itself once what it waits for has held long enough.
+void answerUnattended(QMessageBox& window, QTimer& watch, const MessageBox::Unattended& unattended) {
+    constexpr int kLook = 1000; // ms
+    const auto button = window.button(standardButton(unattended.choice));
+    const QString caption = button->text();
+    QObject::connect(&watch, &QTimer::timeout, &window,
+                     [button, caption, unattended, since = QElapsedTimer()]() mutable {
+                         if (!unattended.ready()) {
+                             since.invalidate();
+                             button->setText(caption);
+                             return;
+                         }
+                         if (!since.isValid())
+                             since.start();
+                         const auto left = unattended.after.count() - since.elapsed();
+                         button->setText(caption + QStringLiteral(" (%1 s)").arg(left / 1000 + 1));
+                         if (left <= 0)
+                             button->click();
+                     });
+    watch.start(kLook);
+}
+
 void throwIfEnded(const EventLoop& events) {
     if (events.ended())
         throw ProgramEnded{};
@@ -118,6 +142,9 @@ Choice QtDialogs::show(const MessageBox& box) {
     // away.
     const bool asksYes = std::find(box.buttons.begin(), box.buttons.end(), Choice::Yes) != box.buttons.end();
     window.setDefaultButton(standardButton(asksYes || box.buttons.empty() ? harmless : box.buttons.front()));
+    QTimer watch;
+    if (box.unattended)
+        answerUnattended(window, watch, *box.unattended);
     {
         const EventLoop::Hold hold(events_);
         window.exec();

@@ -19,7 +19,7 @@ FLOOR_OF = {folder: floor for floor, folders in enumerate(FLOORS) for folder in 
 
 # Floors inside a folder; "." is the files that stand in the folder itself.
 SUB_FLOORS = {
-    "platform": [["runtime"], ["files", "dialogs", "clipboard"], ["controls", "hid"], ["qt"]],
+    "platform": [["runtime"], ["files", "dialogs", "clipboard", "system"], ["controls", "hid"], ["qt"]],
     "panels": [["blocks"], ["."], ["instruction"], ["i2c", "spi", "discrete"]],
 }
 SUB_FLOOR_OF = {folder: {name: floor for floor, names in enumerate(floors) for name in names}

@@ -281,6 +281,15 @@ TEST_F(ControlsTest, LogPutsItsOldestLinesOnTheDisk) {
         ASSERT_EQ(context.results.kept().size(), diskFull ? 3U : 1U);
         EXPECT_EQ(context.results.kept().back().good, !diskFull);
     }
+    // A limit in lines keeps that many, and a block more at most.
+    panel.trace.clear();
+    panel.trace.setMemoryLimit(TextLog::kMostInMemory);
+    panel.trace.setLineLimit(1000);
+    for (int number = 0; number < 5000; ++number)
+        panel.trace.append("ten bytes\r\n");
+    EXPECT_GE(panel.trace.inMemory(), 11U * 1000);
+    EXPECT_LE(panel.trace.inMemory(), 11U * 1300);
+    EXPECT_EQ(panel.trace.text().size(), 11U * 5000);
 }
 
 TEST_F(ControlsTest, TimerIsNotEnteredTwice) {

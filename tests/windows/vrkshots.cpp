@@ -160,10 +160,10 @@ void shootScript(WindowBench& bench, Shooter& shooter, const QString& folder) {
 }
 
 /// The SPI panel with four channels and with one.
-void shootSpi(WindowBench& bench, Shooter& shooter) {
+int shootSpi(const QString& folder, const QString& shade) {
+    WindowBench bench(folder.toStdString(), "KV4184");
+    Shooter shooter(bench, folder, shade);
     Bench& b = bench.bench;
-    (void)b.frmVRK_User1->cmdMMenu.userClick();
-    bench.bus.socket("KV4184");
     (void)b.frmStartup->cboVRKSelect.userSelect(frmStartup::kSPI);
     frmVRK_SPI1& panel = *b.frmVRK_SPI1;
     (void)panel.mnuKV4184.userClick();
@@ -177,6 +177,7 @@ void shootSpi(WindowBench& bench, Shooter& shooter) {
     (void)panel.OptChans[0].userClick();
     (void)panel.cmdI2Read[0].userClick();
     shooter.shoot("spi-1");
+    return shooter.failures();
 }
 
 /// All registers filled and read, one transferred, one written otherwise, one that was not heard.
@@ -260,8 +261,6 @@ int shootAll(const QString& folder, const QString& shade) {
         (void)b.ProductExec->tGrid.userSelect(2, 0);
     });
     shooter.shoot("table");
-    (void)b.events().deliver([&b] { b.ProductExec.hide(); });
-    shootSpi(bench, shooter);
     return shooter.failures();
 }
 
@@ -284,11 +283,11 @@ int main(int argc, char** argv) {
     int failures = 0;
     if (!arguments.contains("--dark")) {
         qt::applyTheme(application, qt::Shade::Light);
-        failures += shootAll(folder, "light");
+        failures += shootAll(folder, "light") + shootSpi(folder, "light");
     }
     if (!arguments.contains("--light")) {
         qt::applyTheme(application, qt::Shade::Dark);
-        failures += shootAll(folder, "dark");
+        failures += shootAll(folder, "dark") + shootSpi(folder, "dark");
     }
     return failures == 0 ? 0 : 1;
 }

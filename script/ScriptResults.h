@@ -110,7 +110,7 @@ class ResultCollector final : public ScriptObserver {
     bool anyRow_ = false; ///< the pass has begun one
     Milliseconds passBegan_{0};
     std::size_t lastEnded_ = kNone; ///< its place among the rows
-    std::vector<std::size_t> open_;   ///< places of the rows that have begun, the innermost last
+    std::vector<std::size_t> open_; ///< places of the rows that have begun, the innermost last
     struct Ran {
         std::size_t at = 0; ///< place of the last time in the pass
         int runs = 0;

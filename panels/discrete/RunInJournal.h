@@ -18,7 +18,7 @@ struct RunInHeader {
     std::string started; ///< "2020-01-01 12:00:00"
     std::string program; ///< name and version
     std::string part;
-    std::string vcc; ///< level of the supply, as its list names it; empty: not switched by the run
+    std::string vcc;         ///< level of the supply, as its list names it; empty: not switched by the run
     std::string calibration; ///< heading of the calibration in use
     RunInSettings settings{};
 };

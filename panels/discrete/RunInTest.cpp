@@ -51,8 +51,8 @@ RunInTest::RunInTest(RunInBoard& board, RunInObserver& observer, RunInSettings s
       voltsPerCount_(2 * settings_.reference / kFullScale) {}
 
 const char* runInEndName(RunInEnd how) {
-    static constexpr std::array<const char*, 5> kNames = {"completed", "terminated", "link lost", "interrupted",
-                                                          "mismatch"};
+    static constexpr std::array<const char*, 5> kNames = {"completed", "terminated", "link lost",
+                                                          "interrupted", "mismatch"};
     return kNames.at(static_cast<std::size_t>(how));
 }
 
@@ -371,7 +371,7 @@ std::optional<RunInEnd> RunInTest::endOfRound(const bool& abort) {
     if (!abort)
         return std::nullopt;
     return finish(settings_.abort == RunInSettings::Abort::Interrupts ? RunInEnd::Interrupted
-                                                                       : RunInEnd::Terminated);
+                                                                      : RunInEnd::Terminated);
 }
 
 std::string RunInTest::counts() const {

@@ -60,7 +60,7 @@ struct RunInStage {
 /// How far an earlier run came, for one that goes on with it.
 struct RunInProgress {
     std::optional<RunInRange> range{}; ///< none: the part was not measured, and the run begins anew
-    std::optional<RunInStage> last{};  ///< the last stage that stored; none: the initial test is still to come
+    std::optional<RunInStage> last{}; ///< the last stage that stored; none: the initial test is still to come
     int loopCount = 0;
     int testCount = 0;
     int failCount = 0;

@@ -228,7 +228,7 @@ class UPDN_Runin final : public Panel, private RunInBoard, private RunInObserver
     bool powered_ = false; ///< VCC was on when the run began
     bool minusOn_ = false;
     int endStep_ = 0;
-    Milliseconds began_{0};     ///< of the run, on the bench's clock; before its start for one gone on with
+    Milliseconds began_{0}; ///< of the run, on the bench's clock; before its start for one gone on with
     Milliseconds roundBegan_{0};
     std::deque<Milliseconds> rounds_; ///< how long the last ones took
     std::string vcc_;                 ///< level of a run that was gone on with

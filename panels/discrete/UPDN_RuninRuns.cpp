@@ -157,8 +157,8 @@ RunInEnd UPDN_Runin::run(const RunInOrder& order) {
     if (journal)
         lblJournal.setCaption(journal->path().string());
 
-    DisabledWhile busy({&Frame2, &cmdRunInitial, &FrmStaticIO, &txtLogSteps, &txtTestQty, &txtWipPositions,
-                        &FrmUnfinished});
+    DisabledWhile busy(
+        {&Frame2, &cmdRunInitial, &FrmStaticIO, &txtLogSteps, &txtTestQty, &txtWipPositions, &FrmUnfinished});
     services_.run.ScriptAbort = false;
     resetShown();
     const bool traced = std::exchange(trace_.traceOn, false); // a line an edge would cost more than the edge

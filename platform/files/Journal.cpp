@@ -241,8 +241,7 @@ void JournalFile::add(std::string_view record) {
     if (torn_)
         throw fileFault("write", path_.string(), EIO);
     std::array<char, kDigits> digits{};
-    const auto [end, error] =
-        std::to_chars(digits.data(), digits.data() + digits.size(), crc32(record), 16);
+    const auto [end, error] = std::to_chars(digits.data(), digits.data() + digits.size(), crc32(record), 16);
     line_.assign(kDigits - static_cast<std::size_t>(end - digits.data()), '0');
     line_.append(digits.data(), end);
     line_ += ' ';

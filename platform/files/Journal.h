@@ -12,8 +12,8 @@ namespace vrk {
 /// CRC-32 as zip files have it (reflected polynomial EDB88320).
 std::uint32_t crc32(std::string_view bytes);
 
-/// A file that only grows, a record a line, each behind eight hexadecimal digits of its CRC-32 and a blank, so
-/// that whoever reads it knows what of it is whole. Held by one process at a time.
+/// A file that only grows, a record a line, each behind eight hexadecimal digits of its CRC-32 and a blank,
+/// so that whoever reads it knows what of it is whole. Held by one process at a time.
 class JournalFile {
   public:
     /// Makes the file; one that exists is never touched. \throws Fault

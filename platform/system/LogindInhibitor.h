@@ -7,8 +7,8 @@
 
 namespace vrk {
 
-/// Asks logind. A system without it, or a user whom it refuses, gets no lock and no message: a run goes on all
-/// the same.
+/// Asks logind. A system without it, or a user whom it refuses, gets no lock and no message: a run goes on
+/// all the same.
 class LogindInhibitor final : public SleepInhibitor {
   public:
     /// \param program as the system's list of locks names it

@@ -81,8 +81,8 @@ std::vector<PotMap::Transfer> transfersOf(const InstructionPanel& p, int pot) {
 }
 
 /// Age and state of a register in few words: the cell is narrow, and its tool tip says the rest.
-std::pair<QString, Tone> cellWords(const InstructionPanel& p, const PotMap::Place& at,
-                                   const Reading& reading, Milliseconds now) {
+std::pair<QString, Tone> cellWords(const InstructionPanel& p, const PotMap::Place& at, const Reading& reading,
+                                   Milliseconds now) {
     const Freshness& worth = *reading.freshness();
     const auto full = ageWords(worth, now, text(reading.caption()));
     if (worth.failed)

@@ -6,7 +6,7 @@ namespace vrk {
 
 InstructionEntry::InstructionEntry(WiperPanel& panel, BenchServices& services, PanelSlotBase& slot,
                                    const char* family)
-    : PanelBlock(panel), services_(services), slot_(slot) {
+    : PanelBlock(static_cast<Panel&>(panel)), services_(services), slot_(slot) {
     panel.Frq4410Show.setCaption(family);
     bindClick(panel.cmdShowq4410, &InstructionEntry::cmdShowq4410_Click);
     bindClick(panel.cmdStoreWCRs, &InstructionEntry::cmdStoreWCRs_Click);

@@ -138,6 +138,10 @@ void UPDN_Runin::resetShown() {
     }
 }
 
+void UPDN_Runin::cmdAbortRun_Click() {
+    services_.run.ScriptAbort = true;
+}
+
 void UPDN_Runin::sendPort(std::uint8_t address, std::uint8_t value) {
     hid::Report& buffer = services_.link.reportBuffer;
     services_.link.setReportID();

@@ -11,7 +11,7 @@ namespace {
 constexpr int kMostBudget = 1000000; ///< above what any such memory stands
 }
 
-StoreBlock::StoreBlock(Panel& panel, BenchServices& services) : PanelBlock(panel), services_(services) {
+StoreBlock::StoreBlock(Panel& panel, BenchServices& services) : PanelBlock(panel) {
     lblNvWrites.setCaption("0");
     lblNvWrites.setToolTip(
         "Non-volatile writes since the part was chosen, as far as they were sent from here");
@@ -44,7 +44,7 @@ void StoreBlock::look(const hid::Report& sent, int status) {
         return;
     const int before = writes_.total();
     writes_.look(sent, status, storeRules(), drivesPins());
-    if (writes_.total() == before || host().context().activities.current() == nullptr ||
+    if (writes_.total() == before || question_ || host().context().activities.current() == nullptr ||
         !writes_.shouldWarn(1))
         return;
     // A loop that did not say what it would store: it is asked as soon as it lets events run, as no event may

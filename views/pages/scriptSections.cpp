@@ -60,7 +60,7 @@ QString findingsSummary(const std::vector<ScriptFinding>& findings) {
 }
 
 /// What the check found, a line a finding; a click marks its row.
-std::function<void()> addCheckSection(PageUi& page, frmScriptOps& p, std::function<void(int)> mark) {
+std::function<void()> addCheckSection(PageUi& page, frmScriptOps& p, const std::function<void(int)>& mark) {
     auto* list = new QListWidget;
     list->setObjectName("script.findings");
     list->setAccessibleName("Findings of the check");

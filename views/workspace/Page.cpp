@@ -36,7 +36,6 @@ PageUi::PageUi(const ViewContext& context, PanelSlotBase& slot, Panel& panel, co
     area_->setFrameShape(QFrame::NoFrame);
     area_->setWidgetResizable(true);
     area_->setFocusPolicy(Qt::NoFocus);
-    area_->verticalScrollBar()->installEventFilter(this);
     all->addWidget(area_, 1);
 
     auto* sections = new QVBoxLayout(inspector_);
@@ -88,6 +87,11 @@ void PageUi::setContent(QWidget* content) {
     if (content->layout() != nullptr)
         content->layout()->setContentsMargins(kUnit, 0, kUnit, kUnit);
     area_->setWidget(content);
+    // The bar stands where the margin was: a page that scrolls down need not scroll sideways for it.
+    connect(area_->verticalScrollBar(), &QScrollBar::rangeChanged, content, [content](int, int last) {
+        if (content->layout() != nullptr)
+            content->layout()->setContentsMargins(kUnit, 0, last > 0 ? 0 : kUnit, kUnit);
+    });
     content->installEventFilter(this);
     ui_.placed();
     QString taken = kMenuLetters;
@@ -241,13 +245,7 @@ QSize PageUi::leastSize() const {
 }
 
 bool PageUi::eventFilter(QObject* watched, QEvent* event) {
-    if (watched == area_->verticalScrollBar()) {
-        // The bar stands where the margin was: a page that scrolls down need not scroll sideways for it.
-        if ((event->type() == QEvent::Show || event->type() == QEvent::Hide) && content_ != nullptr &&
-            content_->layout() != nullptr)
-            content_->layout()->setContentsMargins(kUnit, 0, event->type() == QEvent::Show ? 0 : kUnit,
-                                                   kUnit);
-    } else if (event->type() == QEvent::LayoutRequest) {
+    if (event->type() == QEvent::LayoutRequest) {
         const QSize least = leastSize();
         if (std::exchange(least_, least) != least && onLeastSize)
             onLeastSize();

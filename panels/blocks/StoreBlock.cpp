@@ -11,7 +11,7 @@ namespace {
 constexpr int kMostBudget = 1000000; ///< above what any such memory stands
 }
 
-StoreBlock::StoreBlock(Panel& panel, BenchServices& services) : PanelBlock(panel) {
+StoreBlock::StoreBlock(Panel& panel, BenchServices& services) : PanelBlock(panel), services_(services) {
     lblNvWrites.setCaption("0");
     lblNvWrites.setToolTip(
         "Non-volatile writes since the part was chosen, as far as they were sent from here");
@@ -29,7 +29,7 @@ StoreBlock::StoreBlock(Panel& panel, BenchServices& services) : PanelBlock(panel
     txtNvBudget.onLostFocus([this] { takeBudget(); });
     counted_ = writes_.observe([this] { showCounts(); });
     sent_ =
-        services.link.observeSent([this](const hid::Report& report, int status) { look(report, status); });
+        services_.link.observeSent([this](const hid::Report& report, int status) { look(report, status); });
 }
 
 StoreBlock::~StoreBlock() {

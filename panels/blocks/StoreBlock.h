@@ -43,6 +43,7 @@ class StoreBlock : public PanelBlock {
     void takeBudget();
     bool askToGoOn(const std::string& what);
 
+    BenchServices& services_;
     NonvolatileWrites writes_;
     std::optional<EventLoop::EventId> question_; ///< waits to be asked
     Subscription sent_;

@@ -8,7 +8,6 @@ namespace {
 
 using report::Command;
 using ::testing::ElementsAre;
-using ::testing::ElementsAreArray;
 using ::testing::IsEmpty;
 
 /// The instruction panel beside the device panel that its part was chosen on.

@@ -28,7 +28,6 @@ class StoresTest : public I2cPanelTest {
             }
         });
     }
-    static constexpr const char* kAsked = "The part has had ";
 };
 
 TEST_F(StoresTest, RegisterPartsStoreWhatTheControlRegisterSays) {

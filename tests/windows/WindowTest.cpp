@@ -157,7 +157,10 @@ void clickOn(QWidget& widget) {
 }
 
 void WindowTest::click(const char* panel, const std::string& path) {
-    clickOn(widget(panel, path));
+    QWidget& target = widget(panel, path);
+    // A button that an action has just given back is enabled some moments later, on a busy machine more.
+    (void)QTest::qWaitFor([&target] { return target.isEnabled(); }, 500);
+    clickOn(target);
 }
 
 void WindowTest::bringToFront(const char* panel) {

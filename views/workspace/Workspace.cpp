@@ -482,9 +482,11 @@ void Workspace::openDevice(const PageRow& row, PanelSlotBase&) {
     if (start == nullptr)
         return;
     // One part is on the board at a time: the panel before it is left as its own button leaves it.
-    if (DevicePanel* other = bench.devicePanel()) {
+    DevicePanel* other = bench.devicePanel();
+    PanelSlotBase* left = other == nullptr ? nullptr : bench.findPanel(other->name());
+    if (left != nullptr && left->visible()) {
         (void)other->cmdMMenu.userClick();
-        if (bench.devicePanel() != nullptr)
+        if (left->visible())
             return; // refused, or the user has cancelled
     }
     (void)start->cboVRKSelect.userSelect(row.startRow);

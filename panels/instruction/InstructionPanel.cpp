@@ -217,13 +217,16 @@ std::uint8_t InstructionPanel::sentByte() const {
 InstructionResult InstructionPanel::exchange() {
     const std::string& group = uses_.choice.instructionClass;
     const std::string instruction = lblSet[kByte].caption();
-    if (group == "Write")
-        return bus_->write(instruction, txtWriteValue.text());
-    if (group != "Read")
-        return bus_->transfer(instruction);
-    const InstructionResult result = bus_->read(instruction);
-    lblReadValue.setCaption(result.value);
-    markReading(lblReadValue, result.answered);
+    const bool reads = group == "Read";
+    InstructionResult result = reads              ? bus_->read(instruction)
+                               : group == "Write" ? bus_->write(instruction, txtWriteValue.text())
+                                                  : bus_->transfer(instruction);
+    // After a reset the byte is none: on SPI the part is heard all the same, but it does nothing.
+    result.answered = result.answered && instructionOf(sentByte()).has_value();
+    if (reads) {
+        lblReadValue.setCaption(result.value);
+        markReading(lblReadValue, result.answered);
+    }
     return result;
 }
 
@@ -253,8 +256,10 @@ void InstructionPanel::tellInstruction(const InstructionResult& result) {
     const std::string& group = uses_.choice.instructionClass;
     const std::string byte = lblSet[kByte].caption();
     std::string what = capitalised(instructionWords(sentByte()));
-    if (what.empty())
-        what = "Instruction " + byte;
+    if (what.empty()) {
+        tell(false, "Instruction " + byte + " failed", "the part has no such instruction", &lblSet[kByte]);
+        return;
+    }
     if (!result.answered) {
         tell(false, what + " failed", byte + " sent, " + bus_->failure(), &ShpI2CAck[0]);
         return;

@@ -277,6 +277,10 @@ void modHID::reportLinkError(int status, int quietAddressError) {
 }
 
 Choice modHID::askRetry(const std::string& text, MessageBox::Escape escape) {
+    // A pin that is put back on the way out of an action finds its handle closed: nobody is to be asked about
+    // a program that has ended.
+    if (context_.events.ended())
+        throw ProgramEnded{};
     constexpr Milliseconds kBackFor{10'000};
     MessageBox box{text,
                    {},

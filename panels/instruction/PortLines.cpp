@@ -16,9 +16,13 @@ std::optional<std::uint8_t> PortLines::read() const {
     frmMainF340& console = services_.console();
     console.txtSFRAddress.setText(kP0);
     console.cmdGetSDFValue_Click();
-    if (!console.replied())
+    // The label knows its own exchange: where the request was not taken, the console's last reply may be one
+    // of the search that Retry has run since.
+    const Label& shown = console.lblSFRBuf[3];
+    const auto& worth = shown.freshness();
+    if (!worth || worth->state != Freshness::State::Fresh)
         return std::nullopt;
-    return hexToByte(console.lblSFRBuf[3].caption());
+    return hexToByte(shown.caption());
 }
 
 void PortLines::set(std::uint8_t value) const {

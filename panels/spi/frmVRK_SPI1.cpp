@@ -13,8 +13,9 @@ namespace {
 /// Of a frame that went well the part gives something other than 0 here.
 constexpr int kCheckByte = 1;
 
-std::string lastTwo(const std::string& hex) {
-    return hex.size() > 2 ? hex.substr(hex.size() - 2) : hex;
+/// All of them where there are no more: the field is empty until a first byte has come.
+std::string lastDigits(const std::string& hex, std::size_t digits) {
+    return hex.size() > digits ? hex.substr(hex.size() - digits) : hex;
 }
 } // namespace
 
@@ -190,7 +191,8 @@ StoreRules frmVRK_SPI1::storeRules() const {
                      .protocol = PartProtocol::Registers,
                      .wipers = shownChannels(),
                      .firstWrite = hexToInt(txtBaseVRKWriteAddress.text())};
-    if (!busAddress().empty())
+    // The quad parts' instructions are led by the ID whatever the box says.
+    if (!busAddress().empty() || productStarts("Q4420"))
         rules.address = hexToInt(txtDeviceAdr.text());
     if (productStarts("Q4420"))
         rules.protocol = PartProtocol::Quad;
@@ -216,7 +218,7 @@ SpiFrame frmVRK_SPI1::writeFrame(int channel) const {
     const bool tenBit = family() == SpiFamily::TenBit;
     // Register parts have one data byte, which the last two digits fill.
     return spiWriteFrame(lead(), spiCommand(txtBaseVRKWriteAddress.text(), channel),
-                         tenBit ? hex : lastTwo(hex), family());
+                         tenBit ? hex : lastDigits(hex, 2), family());
 }
 
 SpiFrame frmVRK_SPI1::readFrame(int channel) const {
@@ -281,7 +283,7 @@ std::optional<int> frmVRK_SPI1::readWiper(int channel) {
     showTransfer(true, colour);
     int value = hexToInt(answer(1));
     if (family() == SpiFamily::TenBit)
-        value += 256 * hexToInt(answer(2).substr(answer(2).size() - 1));
+        value += 256 * hexToInt(lastDigits(answer(2), 1));
     wipers.WiperRead[kWiperElement] = value;
     return good ? std::optional(value) : std::nullopt;
 }

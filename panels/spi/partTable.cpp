@@ -94,6 +94,8 @@ void frmVRK_SPI1::takeBusOptions() {
 }
 
 void frmVRK_SPI1::leaveFamily() {
+    if (companions_.tenBit.visible())
+        companions_.tenBit.hide();
     Frq4410Show.setVisible(false);
     for (Frame* frame : {&fraADDRSelect, &SSFrame2, &FrmShutdown, &frmRegisterWrite})
         frame->setVisible(true);

@@ -280,9 +280,12 @@ void ScriptRun::serve() {
     const int last = script.IntEndStep;
     // One copy of the step for all entries: an outer block goes on where the inner one stopped.
     for (script.IntRunStep = script.IntStartStep; script.IntRunStep <= last; ++script.IntRunStep) {
+        // A row that stops the run still has its service block begun; what is aborted while it stands ahead
+        // of a row of the block does not run that row.
+        const bool stopping = uses_.ScriptAbort;
         if (uses_.gate != nullptr)
             uses_.gate->beforeRow(script.IntRunStep);
-        if (gone(generation))
+        if (gone(generation) || (uses_.ScriptAbort && !stopping))
             return;
         runRow(script.IntRunStep);
         uses_.fields.setText(Text::Iexec, decimalText(script.IntRunStep));

@@ -266,7 +266,8 @@ void frmScriptOps::cmdReload2_Click() {
         showLoadFault(fault.what());
     } catch (const Fault& fault) {
         showLoadFault(fault.what());
-        setRunButtons(runs); // the script that is loaded stays
+        setRunButtons(runs); // the script that is loaded stays, and its run, if there is one
+        cmdAbort.setEnabled(script_.ScriptRunning);
     }
     cmdReload2.setEnabled(true); // the user can mend the file
 }

@@ -42,6 +42,11 @@ TEST_F(ScriptDebuggerTest, BreakpointsStepsAndFailsStopTheRunInPlace) {
     EXPECT_THAT(ranLines(), ElementsAre(1, 2, 3, 4, 7, 8, 9, 5));
     EXPECT_EQ(counts(), "2/1");
 
+    // Aborted while it stands ahead of a row of the service block: that row is not run.
+    panel().debugger().setBreakpoints({8});
+    EXPECT_THAT(standsAt(click(panel().cmdExecAll), {click(panel().cmdAbort)}), ElementsAre(8));
+    EXPECT_THAT(ranLines(), ElementsAre(1, 2, 3, 4, 7));
+
     panel().debugger().setBreakpoints({});
     ASSERT_TRUE(panel().chkPauseOnFail.userClick().done());
     // Behind the failed row; it is run again, with both results kept, then the next row alone.

@@ -1,6 +1,7 @@
 #include "script/frmScriptOps.h"
 
 #include "platform/files/files.h"
+#include "platform/runtime/text.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -12,6 +13,9 @@ namespace {
 
 /// Passes whose rows stay to be looked at; a script may loop for days.
 constexpr std::size_t kPassesKept = 100;
+
+/// How the words begin that a table gets which was read for the other bus.
+constexpr const char* kReadAs = "Read as an ";
 
 std::string titleOf(const std::string& path) {
     return std::filesystem::path(path).filename().string();
@@ -103,8 +107,10 @@ void frmScriptOps::showBus() {
         vbalGrid1.setCell(0, column, ofI2c && uses_.mode.SPIBusMode ? "" : kHeadings[column]);
     }
     if (script_.table.rows() > 0 && loadedForSpi_ != uses_.mode.SPIBusMode)
-        lblLoadStatus.setCaption(std::string("Read as an ") + (loadedForSpi_ ? "SPI" : "I2C") +
+        lblLoadStatus.setCaption(std::string(kReadAs) + (loadedForSpi_ ? "SPI" : "I2C") +
                                  " script: " + cmdReload2.caption() + " reads it for the other bus");
+    else if (startsWith(lblLoadStatus.caption(), kReadAs))
+        lblLoadStatus.setCaption(""); // back on the bus that it was read for
 }
 
 void frmScriptOps::Form_Load() {

@@ -101,6 +101,11 @@ TEST_F(BenchTest, ScriptsOpenForTheBusOfThePanelThatOpensThem) {
     ASSERT_TRUE(scripts.cmdExecAll.userClick().done());
     EXPECT_TRUE(std::get<bool>(value("I2CBusMode").get(0)));
     (void)boxes();
+    // The warning goes with its cause.
+    bench.services().shell.openScripts(Bus::SPI);
+    EXPECT_THAT(scripts.lblLoadStatus.caption(), ::testing::HasSubstr("I2C script"));
+    ASSERT_TRUE(i2c().mnuScriptShow.userClick().done());
+    EXPECT_EQ(scripts.lblLoadStatus.caption(), "");
 }
 
 TEST_F(BenchTest, ScriptsDoNotLoadTheI2cPanel) {

@@ -252,6 +252,8 @@ int shootAll(const QString& folder, const QString& shade) {
         (void)b.frm_q4410->cmdIncrWip[step].userClick();
     shooter.shoot("increments");
     (void)b.frm_q4410->cmdIncrWip[2].userClick();
+    b.frmMainF340->chk2WireRead.setValue(0);
+    b.frmMainF340->chkRandom.setValue(1);
     show(b.frmVRK_User1);
     shootScript(bench, shooter, folder);
     show(b.ProductExec);

@@ -53,7 +53,11 @@ class RailEntry final : public QAbstractButton {
         if (width() > dp(kNarrowWidth)) {
             painter.setFont(textFont(1.0, isChecked()));
             painter.setPen(ink);
-            painter.drawText(rect().adjusted(dp(35), 0, 0, 0), Qt::AlignLeft | Qt::AlignVCenter, text());
+            const QRect room = rect().adjusted(dp(35), 0, -dp(2), 0);
+            if (painter.fontMetrics().horizontalAdvance(text()) > room.width())
+                painter.setFont(textFont(kSmall, isChecked())); // the longest names
+            painter.drawText(room, Qt::AlignLeft | Qt::AlignVCenter,
+                             painter.fontMetrics().elidedText(text(), Qt::ElideRight, room.width()));
         }
         if (hasFocus()) {
             painter.setPen(QPen(colours.color(QPalette::Highlight), 2));

@@ -222,7 +222,8 @@ pulled_out() {
     ctl wiper write 0 64
     check "the next command works on the new node" ended 0 "read 64 \(40\)"
     tell first unplugAt 6
-    { sleep 3; tell first plug; } &
+    # Not before it is out, however long the machine takes to come that far.
+    { for _ in 1 2 3 4 5 6; do count 0 >/dev/null && break; done; sleep 1; tell first plug; } &
     hand=$!
     ctl wiper write 0 67 --link-wait 40
     wait "$hand"

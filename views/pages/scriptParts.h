@@ -22,6 +22,7 @@ LivePart makeScriptCounts(PageUi& page, frmScriptOps& panel);
 QWidget* makeScriptQuestions(PageUi& page, frmScriptOps& panel);
 
 /// Sections of the inspector. \param mark marks a row of the table
-std::function<void()> addScriptSections(PageUi& page, frmScriptOps& panel, std::function<void(int row)> mark);
+std::function<void()> addScriptSections(PageUi& page, frmScriptOps& panel,
+                                        const std::function<void(int row)>& mark);
 
 } // namespace vrk

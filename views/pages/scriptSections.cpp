@@ -263,8 +263,9 @@ QWidget* makeScriptQuestions(PageUi& page, frmScriptOps& panel) {
     return new QuestionBar(page, panel);
 }
 
-std::function<void()> addScriptSections(PageUi& page, frmScriptOps& p, std::function<void(int row)> mark) {
-    const auto check = addCheckSection(page, p, std::move(mark));
+std::function<void()> addScriptSections(PageUi& page, frmScriptOps& p,
+                                        const std::function<void(int row)>& mark) {
+    const auto check = addCheckSection(page, p, mark);
     addInterruptSection(page, p);
     const auto rehearsal = addRehearsalSection(page, p);
     addRecordSections(page, p);

@@ -21,14 +21,6 @@ using namespace qt;
 
 namespace {
 
-QString words(const std::string& text) {
-    return QString::fromStdString(text);
-}
-
-QString rowNumber(int row) {
-    return QString::number(row).rightJustified(3, '0');
-}
-
 /// A button of the page's own: it works on the rows that are marked.
 QPushButton* rowButton(const QString& text, const QString& name, const QString& tip) {
     auto* button = new QPushButton(text);

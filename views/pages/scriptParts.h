@@ -1,6 +1,9 @@
 #pragma once
 
+#include <QString>
+
 #include <functional>
+#include <string>
 
 class QWidget;
 
@@ -8,6 +11,15 @@ namespace vrk {
 
 class PageUi;
 class frmScriptOps;
+
+inline QString words(const std::string& text) {
+    return QString::fromStdString(text);
+}
+
+/// A row's number as the table's first column has it: three digits.
+inline QString rowNumber(int row) {
+    return QString::number(row).rightJustified(3, '0');
+}
 
 /// Parts of the script page. What shows a run is brought up to date by the function given back.
 struct LivePart {

@@ -23,14 +23,6 @@ using namespace qt;
 
 namespace {
 
-QString words(const std::string& text) {
-    return QString::fromStdString(text);
-}
-
-QString rowNumber(int row) {
-    return QString::number(row).rightJustified(3, '0');
-}
-
 QString count(long long number, const QString& noun) {
     return QString("%1 %2%3").arg(number).arg(noun, number == 1 ? "" : "s");
 }

@@ -60,6 +60,11 @@ Frm3310::Frm3310(PanelContext& panelContext, Uses uses)
     wireClick(cmdQ331xWipertoData, &Frm3310::cmdQ331xWipertoData_Click);
 }
 
+OnScopeExit Frm3310::takeNoGesture() {
+    frq331x.setEnabled(false);
+    return OnScopeExit([this] { frq331x.setEnabled(true); });
+}
+
 bool Frm3310::composes() const {
     return startsWith(companion().devicePanel().lblProduct.caption(), "Q3310/1");
 }
@@ -78,12 +83,15 @@ void Frm3310::tellOutcome(bool answered, const std::string& what, const std::str
         tell(true, what + value, {}, &field);
     else if (!composes())
         tell(false, what + " failed", "no part of this family is chosen on the SPI panel", &field);
+    else if (!uses_.services.console().replied())
+        tell(false, what + " failed", "the board did not reply", &field);
     else
         tell(false, what + " failed", "the part did not answer", &field);
 }
 
 void Frm3310::CMDq331X_Write_Click(int index) {
     const char* command = tenBit::commandOf(tenBit::kWrite, index);
+    const OnScopeExit underWay = takeNoGesture();
     (void)requireVcc(uses_.services, context()); // the exchange runs all the same
     frmMotherboardDAQ2& board = uses_.services.board();
     const bool composed = composes();
@@ -109,6 +117,7 @@ void Frm3310::CMDq331X_Write_Click(int index) {
 
 void Frm3310::CMDq331X_Read_Click(int index) {
     const char* command = tenBit::commandOf(tenBit::kRead, index);
+    const OnScopeExit underWay = takeNoGesture();
     (void)requireVcc(uses_.services, context()); // the exchange runs all the same
     frmMotherboardDAQ2& board = uses_.services.board();
     const bool composed = composes();
@@ -120,27 +129,33 @@ void Frm3310::CMDq331X_Read_Click(int index) {
         for (const int rest : {3, 4, 5})
             board.txtSPIWrite3Data[rest].setText("00");
     }
+    board.cmdSPIOWrite3_Click();
+    // The row lets events run: the SPI panel may have put a frame of its own through it, whose bytes stand in
+    // all fields then.
+    const bool own = board.txtSPIWrite3Data[2].text() == command;
     // The frame is as long as the last one of this row: no step of this panel sets its length.
     const int length = decimalByte(board.txtSPIWrQty3.text());
-    board.cmdSPIOWrite3_Click();
     const std::string high = board.txtSPIORead3[2].text();
     const int value = hexToInt(high.empty() ? high : high.substr(high.size() - 1)) * 256 +
                       hexToInt(board.txtSPIORead3[3].text());
     lblRdq331x[index].setCaption(hexText(value, kDigits));
-    const bool answered = composed && uses_.services.console().replied() && length > kValueEnd &&
+    const bool answered = composed && own && uses_.services.console().replied() && length > kValueEnd &&
                           hexToInt(board.txtSPIORead3[1].text()) != 0;
     markReading(lblRdq331x[index], answered);
     blink();
-    if (composed && length <= kValueEnd)
-        tell(false, "Read of " + registerName(index) + " failed",
+    const std::string what = "Read of " + registerName(index);
+    if (composed && !own)
+        tell(false, what + " failed", "another frame went out meanwhile", &lblRdq331x[index]);
+    else if (composed && length <= kValueEnd)
+        tell(false, what + " failed",
              "the read frame is " + decimalText(length) + " bytes long: read once on the SPI panel",
              &lblRdq331x[index]);
     else
-        tellOutcome(answered, "Read of " + registerName(index), ": " + lblRdq331x[index].caption() + " hex",
-                    lblRdq331x[index]);
+        tellOutcome(answered, what, ": " + lblRdq331x[index].caption() + " hex", lblRdq331x[index]);
 }
 
 void Frm3310::transfer(const char* command, const std::string& what, Reading& recipient) {
+    const OnScopeExit underWay = takeNoGesture();
     (void)requireVcc(uses_.services, context()); // the exchange runs all the same
     frmMotherboardDAQ2& board = uses_.services.board();
     const bool composed = composes();

@@ -47,6 +47,9 @@ class Frm3310 final : public Panel {
 
   private:
     InstructionCompanion& companion() const { return uses_.companion(); }
+    /// While it stands the panel takes no gesture: an exchange lets events run, and the frame of a second
+    /// click would go out in the place of the first one's.
+    [[nodiscard]] OnScopeExit takeNoGesture();
     void transfer(const char* command, const std::string& what, Reading& recipient);
     /// Whether the panel is set up for such a part; else it sends what its fields hold from before.
     bool composes() const;

@@ -33,7 +33,7 @@ class InstructionBus {
     virtual InstructionResult transfer(const std::string& instruction) = 0;
     /// Whether the last exchange with the board, whoever made it, was good.
     virtual bool lastGood() const = 0;
-    /// What went wrong, in words: "bus status 1", "the part did not answer".
+    /// What went wrong with the last instruction, in words: "bus status 1", "the part did not answer".
     virtual std::string failure() const = 0;
 
     const PortLines& port() const { return port_; }
@@ -85,14 +85,16 @@ class SpiInstructionBus final : public InstructionBus {
     InstructionResult write(const std::string& instruction, const std::string& data) override;
     InstructionResult transfer(const std::string& instruction) override;
     bool lastGood() const override;
-    std::string failure() const override;
+    std::string failure() const override { return failure_; }
     const StepSequence::Wiring& stepWiring() const override { return StepSequence::kSpi; }
 
   private:
-    InstructionResult exchange();
+    /// \param lastPlace of the bytes that come back, counted from 0: the last that the result needs.
+    InstructionResult exchange(const std::string& instruction, int lastPlace);
 
     PanelContext& context_;
     std::function<Frame()> frame_;
+    std::string failure_; ///< of the last exchange
 };
 
 } // namespace vrk

@@ -17,12 +17,26 @@ SpiInstructionBus::SpiInstructionBus(BenchServices& benchServices, PanelContext&
                                      std::function<Frame()> frame)
     : InstructionBus(benchServices), context_(context), frame_(std::move(frame)) {}
 
-InstructionResult SpiInstructionBus::exchange() {
+InstructionResult SpiInstructionBus::exchange(const std::string& instruction, int lastPlace) {
     frmMotherboardDAQ2& board = services().board();
     board.cmdSPIOWrite3_Click();
     const bool replied = services().console().replied();
+    // The row lets events run ahead of its exchange and behind it. A frame that another sender has put
+    // through it meanwhile leaves its own bytes in all fields: they are no answer to this instruction.
+    const bool own = board.txtSPIWrite3Data[kInstruction].text() == instruction;
+    const int length = decimalByte(board.txtSPIWrQty3.text());
+    const bool echoed = hexToInt(board.txtSPIORead3[kEcho].text()) != 0;
+    if (!replied)
+        failure_ = "the board did not reply";
+    else if (!own)
+        failure_ = "another frame went out meanwhile";
+    else if (length <= lastPlace)
+        failure_ = "the frame of " + decimalText(length) + " bytes ends ahead of the answer";
+    else
+        failure_ = "the part did not answer";
     return {.good = replied,
-            .answered = replied && hexToInt(board.txtSPIORead3[kEcho].text()) != 0,
+            // A frame that ends ahead of the answer shows what an earlier one left in its place.
+            .answered = replied && own && length > lastPlace && echoed,
             .value = board.txtSPIORead3[kValue].text()};
 }
 
@@ -34,10 +48,7 @@ InstructionResult SpiInstructionBus::read(const std::string& instruction) {
     context_.events.letEventsRun();
     context_.clock().sleep(kBeforeRead);
     board.txtSPIWrite3Data[kInstruction].setText(instruction);
-    InstructionResult result = exchange();
-    // A frame that ends ahead of the value shows what an earlier one left in its place.
-    result.answered = result.answered && decimalByte(frame.readLength) > kValue;
-    return result;
+    return exchange(instruction, kValue);
 }
 
 InstructionResult SpiInstructionBus::write(const std::string& instruction, const std::string& data) {
@@ -46,7 +57,7 @@ InstructionResult SpiInstructionBus::write(const std::string& instruction, const
     board.txtSPIWrQty3.setText("3");
     board.txtSPIWrite3Data[kInstruction].setText(instruction);
     board.txtSPIWrite3Data[kData].setText(data);
-    return exchange();
+    return exchange(instruction, kEcho);
 }
 
 InstructionResult SpiInstructionBus::transfer(const std::string& instruction) {
@@ -54,15 +65,11 @@ InstructionResult SpiInstructionBus::transfer(const std::string& instruction) {
     board.txtSPIWrite3Data[kId].setText(frame_().id);
     board.txtSPIWrQty3.setText("2");
     board.txtSPIWrite3Data[kInstruction].setText(instruction);
-    return exchange();
+    return exchange(instruction, kEcho);
 }
 
 bool SpiInstructionBus::lastGood() const {
     return services().link.hidLinkCode == 0;
-}
-
-std::string SpiInstructionBus::failure() const {
-    return services().console().replied() ? "the part did not answer" : "the board did not reply";
 }
 
 } // namespace vrk

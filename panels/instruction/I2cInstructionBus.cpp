@@ -70,6 +70,12 @@ bool I2cInstructionBus::lastGood() const {
 }
 
 std::string I2cInstructionBus::failure() const {
+    // A reply that never came leaves the status of the exchange before it.
+    const int status = services().link.lastTransfer();
+    if (status == kLinkReadFailed)
+        return "the board did not reply";
+    if (status == kLinkWriteFailed)
+        return "the board did not take the request";
     return lastGood() ? "the console's I2C options are not those of this part"
                       : "bus status " + decimalText(services().link.i2cStatus);
 }

@@ -155,7 +155,7 @@ class InstructionPanel : public Panel {
     void blockUpdate(const InstructionResult& result);
     void registerRead(Reading& shown, Lamp& lamp, const InstructionResult& result);
     void registerWritten(TextBox& shown, Lamp& lamp, Reading& asRead, const InstructionResult& result);
-    void transferred(int pot, int reg, bool fromWiper);
+    void transferred(const RegisterPlace& place, const InstructionResult& result);
     /// Shows in a register's place that it holds something that nobody has read.
     static void showMark(Reading& shown, const char* mark, const std::string& cause);
     /// Makes readings old that the byte sent has changed under another name.

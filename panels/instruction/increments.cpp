@@ -64,6 +64,8 @@ void InstructionPanel::beginIncrements() {
     FrVRK[pot].setVisible(true);
     samplePot();
     samplePot();
+    if (!stepping_)
+        return; // the panel has gone meanwhile: nobody would give the pins back
     pinsTaken_ = true;
     steps_.takePins();
     FrIncrDec.setVisible(true);
@@ -74,6 +76,8 @@ void InstructionPanel::beginIncrements() {
         portSilent();
         return;
     }
+    if (!stepping_)
+        return;
     steps_.prepare();
     showMark(lblRDWcr[pot], "--", "stepped, not read");
     ShpRdWCR[pot].setColour(Colour::Black);
@@ -168,7 +172,9 @@ void InstructionPanel::leaveIncrements() {
     FrIncrDec.setVisible(false);
     for (auto& block : FrVRK)
         block->setVisible(true);
-    companion().devicePanel().setEnabled(true);
+    // It may have gone first: it must not be loaded anew for this.
+    if (InstructionCompanion* device = loadedCompanion())
+        device->devicePanel().setEnabled(true);
     freeControls(true);
     refreshEnabled();
 }

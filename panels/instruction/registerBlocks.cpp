@@ -164,10 +164,10 @@ void InstructionPanel::blockUpdate(const InstructionResult& result) {
     const int pot = uses_.fields.potField;
     const int reg = uses_.fields.regField / 4;
     if (choice.instructionClass == "XFER") {
-        transferred(pot, reg, choice.transferSource == "WCR");
+        transferred({.pot = pot, .reg = reg}, result);
     } else if (choice.instructionClass == "XFERG") {
         for (int each = 0; each < kPots; ++each)
-            transferred(each, reg, choice.transferSource == "WCR");
+            transferred({.pot = each, .reg = reg}, result);
     } else {
         const int data = dataIndex(pot, reg);
         const bool read = choice.instructionClass == "Read";
@@ -204,14 +204,16 @@ void InstructionPanel::showMark(Reading& shown, const char* mark, const std::str
     shown.markStale(cause);
 }
 
-void InstructionPanel::transferred(int pot, int reg, bool fromWiper) {
-    const int data = dataIndex(pot, reg);
-    Lamp& source = fromWiper ? ShpRdWCR[pot] : ShpDataRd[data];
-    Lamp& recipient = fromWiper ? ShpDataRd[data] : ShpRdWCR[pot];
-    Reading& shown = fromWiper ? lblRdData[data] : lblRDWcr[pot];
+void InstructionPanel::transferred(const RegisterPlace& place, const InstructionResult& result) {
+    const bool fromWiper = uses_.choice.transferSource == "WCR";
+    const int data = dataIndex(place.pot, place.reg);
+    Lamp& source = fromWiper ? ShpRdWCR[place.pot] : ShpDataRd[data];
+    Lamp& recipient = fromWiper ? ShpDataRd[data] : ShpRdWCR[place.pot];
+    Reading& shown = fromWiper ? lblRdData[data] : lblRDWcr[place.pot];
     source.setColour(Colour::Yellow);
     recipient.setColour(Colour::LightBlue);
-    showMark(shown, fromWiper ? kIntoData : kIntoWiper, "transferred, not read");
+    showMark(shown, fromWiper ? kIntoData : kIntoWiper,
+             result.answered ? "transferred, not read" : "a transfer failed since");
 }
 
 bool InstructionPanel::asChosen() const {

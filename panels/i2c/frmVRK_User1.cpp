@@ -3,6 +3,7 @@
 
 #include "panels/blocks/choices.h"
 #include "panels/blocks/entries.h"
+#include "panels/instruction/PortLines.h"
 #include "platform/runtime/text.h"
 
 #include <algorithm>
@@ -286,24 +287,16 @@ void frmVRK_User1::Read_VRK(int reg) {
 
 void frmVRK_User1::readThroughInstruction(int reg) {
     class frmMainF340& f340 = console();
-    // P0.6 is the part's A0: it answers a read while the pin is high.
-    const auto changePort0 = [&f340](auto change) {
-        f340.txtSFRAddress.setText("80");
-        f340.cmdGetSDFValue_Click();
-        const int value = change(hexToInt(f340.lblSFRBuf[3].caption()));
-        f340.txtSFRAddress.setText("80");
-        f340.txtSFRWRData.setText(hexText(value, 2));
-        f340.cmdSetSFR_Click();
-    };
     setBusAddress();
     f340.txtNumToRead.setText("1");
-    changePort0([](int value) { return value | 0x40; });
+    const PortLines port(services());
+    RaisedA0 raised(port);
     pump();
     wait(Milliseconds{20});
     f340.txtStartRegRD.setText(hexText(0x90 + reg, 2));
     f340.cmdRead_Click();
     wipers.WiperRead[kWiperElement] = hexToInt(f340.TXTI2C[0].text());
-    changePort0([](int value) { return value & 0xBF; });
+    raised.lower();
 }
 
 void frmVRK_User1::readOutcome() {

@@ -113,8 +113,12 @@ class Commands(unittest.TestCase):
             (["read", "acr", "--simulate=KV4074"], "ACR", "08", "40", {"STORE": "0", "SHDN": "1"}),
             (["read", "10", "--simulate=KV4078"], "ACR", "10", "40", {"STORE": "0", "SHDN": "1"}),
             (["write", "gp1", "a5", "--simulate=KV4074"], "GP1", "05", "A5", {}),
+            (["write", "WR2", "3f", "--simulate=KV4184", "--volatile"], "WR2", "02", "3F", {"POSITION": "3F"}),
+            (["write", "ACR", "C0", "--simulate=KV4180"], "ACR", "10", "C0", {"STORE": "1", "SHDN": "1"}),
             (["write", "DR3.1", "2a", "--simulate=Q4410"], "DR3.1", "B7", "2A", {}),
+            (["write", "wcr2", "2b", "--simulate=Q4420"], "WCR2", "92", "2B", {}),
             (["write", "DR0.3", "2a5", "--simulate=Q3318"], "DR0.3", "AC", "2A5", {}),
+            (["write", "WCR0", "17", "--simulate=Q3310"], "WCR0", "80", "017", {}),
             (["write", "DR1.2", "5a", "--simulate=Q4422"], "DR1.2", "19", "5A", {}),
         ]
         for args, name, address, value, fields in cases:
@@ -173,12 +177,14 @@ class Commands(unittest.TestCase):
             self.assertEqual(max(self.supplies(), default=0), 0, "switches nothing on")
 
     def test_wipers_of_other_families(self):
-        for part, channel, position, hex_text in [("Q4410", 2, 99, "63"), ("Q3318", 0, 777, "309"),
+        for part, channel, position, hex_text in [("KV4184", 3, 77, "4D"), ("KV4180", 1, 200, "C8"),
+                                                  ("Q4410", 2, 99, "63"), ("Q4420", 1, 98, "62"),
+                                                  ("Q3318", 0, 777, "309"), ("Q3310", 0, 600, "258"),
                                                   ("Q4422", 3, 40, "28")]:
             with self.subTest(part=part):
                 code, out, _ = run("wiper", "write", channel, position, f"--simulate={part}", "--json")
                 result = json.loads(out)
-                taps = 1024 if part == "Q3318" else 256
+                taps = {"KV4184": 128}.get(part, 1024 if part.startswith("Q33") else 256)
                 self.assertAlmostEqual(result.pop("volts"), 5.0 * position / taps, delta=0.03)
                 both = {"value": position, "hex": hex_text}
                 self.assertEqual((code, result), (0, {"channel": channel, "written": both, "read": both, "status": 8}))

@@ -115,6 +115,17 @@ void WiperPanel::supplyChanged() {
     markRegistersStale("the supply changed since");
 }
 
+void WiperPanel::shutdownPinMoved() {
+    for (auto& volts : lblWiperVolts)
+        volts->markStale("the shutdown pin was driven since");
+}
+
+void WiperPanel::afterRegister(RegisterAction action) {
+    // It says which register a wiper's number leads to, and whether the wipers are connected at all.
+    if (action == RegisterAction::ControlWrite)
+        markChannelsStale("the control register was written since");
+}
+
 void WiperPanel::addressChanged() {
     markChannelsStale("the address changed since");
     markRegistersStale("the address changed since");

@@ -52,6 +52,8 @@ class WiperPanel : public DevicePanel,
     void placePins() override;
     void supplyChanged() override;
     void addressChanged() override;
+    void shutdownPinMoved() override;
+    void afterRegister(RegisterAction action) override;
     void partChanged() override;
     bool mayLoop(int writes) override { return mayStore(wiperWritesAreStored() ? writes : 0); }
     void measureWiper(Reading& volts) override { measure(volts); }

@@ -227,6 +227,7 @@ void ChannelBlock::CMDxMIT_Click(int index) {
     host().pump();
     const std::string sent = txtHexDataWrt[index].text();
     const bool good = writeWiper(index);
+    lblWiperVolts[index].markStale("the wiper was written since");
     transferred(index, Transfer::Write, good);
     host().pump();
     std::string detail;
@@ -446,12 +447,17 @@ void ChannelBlock::markChannelsStale(const std::string& cause) {
 bool ChannelBlock::sweepPosition(int channel, int position) {
     showWriteValue(channel, position);
     moveControls(channel, position + 1);
+    bool written = false;
     bool good = true;
-    const Subscription outcome = observeTransfers([&good, channel](const Transferred& transfer) {
-        if (transfer.channel == channel)
-            good = good && transfer.good;
+    const Subscription outcome = observeTransfers([&written, &good, channel](const Transferred& transfer) {
+        if (transfer.channel != channel)
+            return;
+        written = written || transfer.kind == Transfer::Write;
+        good = good && transfer.good;
     });
     CMDxMIT_Click(channel);
+    if (!written)
+        return false; // VCC has gone meanwhile, which the user has been told
     if (good && !ChkAutoRead[channel].checked())
         cmdI2Read_Click(channel);
     return good && lblPotRead[channel].freshness()->state == Freshness::State::Fresh;
@@ -464,6 +470,8 @@ void ChannelBlock::sweepWiper(int channel, int from, int to, int step) {
     if (step < 1 || from < 0 || to < 0 || from > highest || to > highest)
         throw Fault("A sweep goes from 0 to " + decimalText(highest) +
                     " at the most, in steps of at least 1.");
+    if (!mayExchange())
+        return; // told once, with what was typed left pending
     dropPending();
     if (!mayLoop(std::abs(to - from) / step + 2)) // the last position may come on top of the steps
         return;

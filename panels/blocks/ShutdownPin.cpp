@@ -17,6 +17,7 @@ void ShutdownPin::ChkShutDown2_Click() {
     board.chkPData_Click(frmMotherboardDAQ2::kPinShutdown);
     host().pump();
     board.cmdWrtPipe1_Click();
+    shutdownPinMoved();
     host().pump();
 }
 

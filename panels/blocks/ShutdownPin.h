@@ -17,6 +17,9 @@ class ShutdownPin : public PanelBlock {
   protected:
     ShutdownPin(Panel& panel, BenchServices& services, const char* caption);
 
+    /// A part that is shut down disconnects its wipers.
+    virtual void shutdownPinMoved() {}
+
   private:
     BenchServices& services_;
 };

@@ -88,6 +88,8 @@ void frmVRK_User1::CMDq331X_Write_Click(int index) {
     console().txtStartRegWr.setText(commandOf(tenBit::kWrite, index));
     splitTwoBytes(txtWrQ3319[index].text());
     console().cmdWrite_Click();
+    if (index == 0)
+        wipersMoved();
     // A write that fails shows on the read's lamps and with its message too, as users of these parts know it.
     if (link().i2cStatus == kLinkGood)
         goodWrite();
@@ -95,7 +97,7 @@ void frmVRK_User1::CMDq331X_Write_Click(int index) {
         readOutcome();
 }
 
-void frmVRK_User1::transferInstruction(const char* instruction) {
+void frmVRK_User1::transferInstruction(const char* instruction, Reading& recipient) {
     (void)requireVcc(); // the exchange runs all the same
     setBusAddress();
     class frmMainF340& f340 = console();
@@ -111,17 +113,19 @@ void frmVRK_User1::transferInstruction(const char* instruction) {
     f340.txtStartRegRD.setText(instruction);
     pump();
     f340.cmdRead_Click();
+    recipient.markStale("transferred since");
     setOptions(0, 1);
     f340.txtNumToRead.setText(" 2");
     readOutcome();
 }
 
 void frmVRK_User1::cmdQ331xDatatoWiper_Click(int index) {
-    transferInstruction(commandOf(tenBit::kDataToWiper, index));
+    transferInstruction(commandOf(tenBit::kDataToWiper, index), lblRdq331x[0]);
+    wipersMoved();
 }
 
 void frmVRK_User1::cmdQ331xWipertoData_Click(int index) {
-    transferInstruction(commandOf(tenBit::kWiperToData, index));
+    transferInstruction(commandOf(tenBit::kWiperToData, index), lblRdq331x[index + 1]);
 }
 
 // Parts with banks
@@ -203,6 +207,7 @@ void frmVRK_User1::cmdUp_Click(int index) {
         setDirectPin(kCs, 1);
         return;
     }
+    markChannelsStale("a step has moved a wiper since");
     setDirectPin(kUpDown, index == 0 ? 1 : 0);
     setDirectPin(kCs, 0);
     pump();

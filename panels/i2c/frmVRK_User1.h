@@ -112,7 +112,8 @@ class frmVRK_User1 final : public WiperPanel, public InstructionEntry, public In
     std::string failureDetail() const override;
     int shownPosition(int value) const override;
     void labelBank();
-    void transferInstruction(const char* instruction);
+    /// \param recipient shows the register that the transfer changes.
+    void transferInstruction(const char* instruction, Reading& recipient);
     void placeDirectPins();
     void setDirectPin(int index, int value);
     void choosePart(const I2cPartFacts& part);

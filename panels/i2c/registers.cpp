@@ -81,7 +81,9 @@ void frmVRK_User1::writeRegister(RegisterAction action) {
 
 void frmVRK_User1::afterRegister(RegisterAction action) {
     if (action == RegisterAction::ControlWrite && productStarts("Q4422"))
-        labelBank();
+        labelBank(); // a bank moves no wiper
+    else
+        WiperPanel::afterRegister(action);
 }
 
 } // namespace vrk

@@ -1,5 +1,6 @@
 #include "panels/blocks/RegisterExchange.h"
 
+#include "panels/blocks/PortLines.h"
 #include "platform/runtime/text.h"
 
 #include <array>
@@ -71,16 +72,12 @@ RegisterExchange::Result RegisterExchange::i2c(Way way, const PartRegister& reg,
         return writeI2c(low(reg.writeCommand), split(reg, value));
     if (map_.protocol == PartProtocol::TenBit)
         return readI2c(low(reg.readCommand), bytes);
-    raiseReadPin(true);
-    const OnScopeExit lowered([this] { raiseReadPin(false); });
+    const PortLines port(services_);
+    RaisedA0 raised(port);
     services_.console().context().clock().sleep(kReadPinSettles);
-    return readI2c(low(reg.readCommand), bytes);
-}
-
-void RegisterExchange::raiseReadPin(bool raised) {
-    constexpr int kPin = 6; // P0.6
-    services_.board().setPin(kPin, raised ? 1 : 0);
-    services_.board().cmdWrtPipe1_Click();
+    const Result result = readI2c(low(reg.readCommand), bytes);
+    raised.lower();
+    return result;
 }
 
 RegisterExchange::Result RegisterExchange::inBank(Way way, const PartRegister& reg, int value) {

@@ -42,8 +42,6 @@ class RegisterExchange {
     /// One frame. \return status, and the bytes that came back meanwhile.
     std::pair<int, Bytes> spiFrame(const Bytes& frame);
     Result inBank(Way way, const PartRegister& reg, int value);
-    /// Pin A0 of a quad part says that a byte comes from the part.
-    void raiseReadPin(bool raised);
     /// One byte, or two with the high bits first.
     static Bytes split(const PartRegister& reg, int value);
 

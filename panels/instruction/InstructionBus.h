@@ -1,6 +1,6 @@
 #pragma once
 
-#include "panels/instruction/PortLines.h"
+#include "panels/blocks/PortLines.h"
 #include "panels/instruction/StepSequence.h"
 
 #include <functional>

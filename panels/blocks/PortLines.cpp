@@ -1,4 +1,4 @@
-#include "panels/instruction/PortLines.h"
+#include "panels/blocks/PortLines.h"
 
 #include "link/reportLayout.h"
 #include "platform/runtime/text.h"

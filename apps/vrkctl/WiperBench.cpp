@@ -164,8 +164,30 @@ int WiperBench::panelStatus(bool good) {
     return code == kLinkWriteFailed ? kLinkWriteFailed : kLinkReadFailed;
 }
 
-double WiperBench::measured() {
-    return leadingNumber(bench_.panel().lblWiperVolts[wiper_.channel].caption());
+bool WiperBench::transferred(ChannelBlock::Transfer kind, const std::function<void()>& gesture) {
+    bool good = false;
+    bool unanswered = false;
+    const frmMainF340& console = *bench_.bench().frmMainF340;
+    const Subscription transfers =
+        bench_.panel().observeTransfers([&](const ChannelBlock::Transferred& transfer) {
+            if (transfer.kind != kind)
+                return;
+            good = transfer.good;
+            unanswered = !good && bus_ == PartBus::SPI && !console.replied();
+        });
+    do {
+        unanswered = false;
+        gesture();
+    } while (unanswered);
+    return good;
+}
+
+std::optional<double> WiperBench::measured() {
+    const Reading& volts = bench_.panel().lblWiperVolts[wiper_.channel];
+    const auto& worth = volts.freshness();
+    if (!worth || worth->state != Freshness::State::Fresh)
+        return std::nullopt; // the conversion got no reply of its own
+    return leadingNumber(volts.caption());
 }
 
 WiperResult WiperBench::write(int value) {
@@ -175,13 +197,9 @@ WiperResult WiperBench::write(int value) {
                    [&] { result.status = exchange_->write(wiperRegister(), value).status; });
         bench_.requireLink(result.status, "writing the wiper");
     } else {
-        bool good = false;
-        const Subscription transfers =
-            bench_.panel().observeTransfers([&good](const ChannelBlock::Transferred& transfer) {
-                if (transfer.kind == ChannelBlock::Transfer::Write)
-                    good = transfer.good;
-            });
-        bench_.enter(bench_.panel().txtHexDataWrt[wiper_.channel], hexText(value), "writing the wiper");
+        const bool good = transferred(ChannelBlock::Transfer::Write, [&] {
+            bench_.enter(bench_.panel().txtHexDataWrt[wiper_.channel], hexText(value), "writing the wiper");
+        });
         result.status = panelStatus(good);
     }
     if (result.status != kLinkGood)
@@ -210,7 +228,8 @@ WiperResult WiperBench::read() {
         result.volts = measured();
         return result;
     }
-    bench_.done(panel.cmdI2Read[wiper_.channel].userClick(), "reading the wiper");
+    (void)transferred(ChannelBlock::Transfer::Read,
+                      [&] { bench_.done(panel.cmdI2Read[wiper_.channel].userClick(), "reading the wiper"); });
     const Reading& shown = panel.lblPotRead[wiper_.channel];
     const auto& freshness = shown.freshness();
     result.status = panelStatus(freshness && freshness->state == Freshness::State::Fresh);

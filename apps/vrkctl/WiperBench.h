@@ -6,6 +6,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include <functional>
 #include <optional>
 #include <string>
 
@@ -65,7 +66,12 @@ class WiperBench {
     /// The bus status after a write or read of the panel: what the I2C bus said, or what the panel made of
     /// the bytes that the SPI bus gave.
     int panelStatus(bool good);
-    double measured();
+    /// Makes a gesture of the panel that writes or reads the wiper, once more behind a loss of the link: the
+    /// SPI panel tells a frame without a reply as a failure, where the I2C panel repeats its transfer by
+    /// itself. \return true if the part took it
+    bool transferred(ChannelBlock::Transfer kind, const std::function<void()>& gesture);
+    /// Nothing unless the volts were measured with the position.
+    std::optional<double> measured();
 
     Options options_;
     WiperOptions wiper_;

@@ -10,6 +10,8 @@
 
 #include <nlohmann/json.hpp>
 
+#include <functional>
+
 namespace vrk {
 
 namespace {
@@ -27,7 +29,7 @@ class Supplies {
     explicit Supplies(PanelBench& bench) : bench_(bench) {}
 
     void switchOff() {
-        bench_.act("switching the supplies off", [this] {
+        whole("switching the supplies off", [this] {
             console().chkGPvalueP2[kVccSwitch].setValue(0);
             console().chkGPvalueP2[kMinusSwitch].setValue(0);
             console().cmdWrGPData_Click(kPort);
@@ -35,7 +37,7 @@ class Supplies {
     }
 
     void measure() {
-        bench_.act("measuring the supplies", [this] {
+        whole("measuring the supplies", [this] {
             console().getGPvalue();
             on_ = console().chkGPvalueP2[kVccSwitch].checked();
             minus_ = console().chkGPvalueP2[kMinusSwitch].checked();
@@ -52,13 +54,25 @@ class Supplies {
   private:
     frmMainF340& console() { return *bench_.bench().frmMainF340; }
 
+    /// Runs `work`, and once more behind each loss of the link: the discovery's replies stand then where
+    /// those of its own exchanges would.
+    void whole(const std::string& what, const std::function<void()>& work) {
+        bench_.act(what, [this, &work] {
+            const modHID& link = bench_.bench().link();
+            unsigned retries = 0;
+            do {
+                retries = link.retries();
+                work();
+            } while (link.retries() != retries);
+        });
+    }
+
     void selectDac(bool selected) {
         console().chkGPvalueP2[kDacSelect].setValue(selected ? 0 : 1);
         console().cmdWrGPData_Click(kPort);
     }
     void readCode() {
         selectDac(true);
-        const OnScopeExit released([this] { selectDac(false); });
         console().chkSPIread.setValue(1);
         console().txtNumToWrite.setText("3");
         int place = 0;
@@ -66,6 +80,7 @@ class Supplies {
             console().txtWriteVal[place++].setText(byte);
         console().cmdSPIWrite_Click();
         code_ = byteToHex2(hexToByte(console().txtReadVal[2].text()));
+        selectDac(false);
     }
     void readVolts() {
         console().cboAnamux[0].setListIndex(kVccChannel);

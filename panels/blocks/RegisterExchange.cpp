@@ -150,7 +150,11 @@ std::pair<int, RegisterExchange::Bytes> RegisterExchange::spiFrame(const Bytes& 
     board.txtSPIWrQty3.setText(decimalText(static_cast<long long>(frame.size())));
     for (std::size_t place = 0; place < frame.size(); ++place)
         board.txtSPIWrite3Data[static_cast<int>(place) + 1].setText(byteToHex2(frame[place]));
-    board.cmdSPIOWrite3_Click();
+    // As on I2C an exchange that got no reply of its own is repeated once the link is back: what stands in
+    // the fields is the discovery's then.
+    do
+        board.cmdSPIOWrite3_Click();
+    while (!services_.console().replied() && services_.link.hidLinkCode == 0);
     if (services_.link.hidLinkCode == 4)
         return {kLinkWriteFailed, {}};
     if (services_.link.hidLinkCode != 0)

@@ -39,7 +39,8 @@ class RegisterExchange {
     Result spi(Way way, const PartRegister& reg, int value);
     Result readI2c(std::uint8_t lead, int count);
     Result writeI2c(std::uint8_t lead, const Bytes& data);
-    /// One frame. \return status, and the bytes that came back meanwhile.
+    /// One frame, sent again behind a loss of the link. \return status, and the bytes that came back
+    /// meanwhile.
     std::pair<int, Bytes> spiFrame(const Bytes& frame);
     Result inBank(Way way, const PartRegister& reg, int value);
     /// One byte, or two with the high bits first.

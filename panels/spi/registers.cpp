@@ -80,8 +80,11 @@ namespace {
 /// What cannot be sent is told when it is tried.
 template <class MakeFrame>
 std::string frameText(const TextBox& length, const MakeFrame& make) {
+    const int bytes = decimalInt(length.text());
+    if (bytes > kMostSpiBytes)
+        return "at most " + decimalText(kMostSpiBytes) + " bytes can be sent";
     try {
-        return spiFrameText(make(), decimalInt(length.text()));
+        return spiFrameText(make(), bytes);
     } catch (const Fault& fault) {
         return fault.what();
     }

@@ -311,7 +311,8 @@ TEST_F(SpiPanelTest, WithVccOffWipersAreLeftAloneAndRegistersAnswerNothing) {
     EXPECT_TRUE(spi().wipers.HexPending); // kept until there is power
     spi().cmdI2Read[1].userClick();
     spi().cmdReadAllWipers[0].userClick();
-    EXPECT_EQ(boxes(), std::vector<std::string>(3, "VCC is not turned on. [OK]"));
+    act([this] { spi().sweepWiper(1, 0, 5, 1); });
+    EXPECT_EQ(boxes(), std::vector<std::string>(4, "VCC is not turned on. [OK]"));
     EXPECT_THAT(sent(), IsEmpty());
     spi().cmdACRRead.userClick();
     spi().cmdWriteGP.userClick();

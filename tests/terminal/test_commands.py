@@ -189,6 +189,17 @@ class Commands(unittest.TestCase):
                 both = {"value": position, "hex": hex_text}
                 self.assertEqual((code, result), (0, {"channel": channel, "written": both, "read": both, "status": 8}))
 
+    def test_behind_a_loss_of_the_link_only_the_parts_own_reply_counts(self):
+        scenario = self.log.parent / "lost.jsonl"
+        scenario.write_text('{"op":"fault","kind":"noReply","times":1,"command":9,"atMs":100}\n')
+        code, out, _ = run("register", "read", "WR1", "--simulate=KV4184", "--scenario", scenario)
+        self.assertEqual((code, out), (0, "WR1 (01)  40  POSITION 40  bus ok\n"))
+        code, out, _ = run("wiper", "write", "2", "33", "--simulate=KV4184", "--scenario", scenario, "--json")
+        self.assertEqual((code, json.loads(out)["read"]), (0, {"value": 33, "hex": "21"}))
+        scenario.write_text('{"op":"unplug","board":0,"atMs":125}\n')  # with the read pin up
+        args = ("register", "read", "WCR1", "--simulate=Q4410", "--scenario", scenario, "--link-wait", "1")
+        self.assertEqual(run(*args)[0], 4)
+
     def test_nothing_is_sent_for_a_position_that_the_part_has_not(self):
         run("wiper", "write", "0", "200", "--simulate", "--wire-log", self.log)
         self.assertEqual(self.reports(), [])

@@ -1,6 +1,7 @@
 #include "apps/rehearsal/SimulatedRehearsal.h"
 
 #include "link/reportLayout.h"
+#include "panels/WiperPanel.h"
 #include "platform/clipboard/Clipboard.h"
 #include "platform/dialogs/Dialogs.h"
 #include "platform/hid/WireRecorder.h"
@@ -88,6 +89,18 @@ const char* rehearsalPart(ScriptedBus bus) {
 
 std::unique_ptr<RehearsalBench> makeRehearsalBench(const RehearsalSetUp& setUp) {
     return std::make_unique<SimulatedRehearsal>(setUp);
+}
+
+std::unique_ptr<RehearsalBench> makeRehearsalBenchOf(Bench& bench, const std::filesystem::path& folder) {
+    RehearsalSetUp setUp{.bus = bench.busMode().SPIBusMode ? ScriptedBus::SPI : ScriptedBus::I2C,
+                         .part = {},
+                         .folder = folder};
+    // "KV4071, I2C, Single Channel, 128 Tap ZQM"
+    if (const auto* panel = dynamic_cast<const WiperPanel*>(bench.devicePanel())) {
+        const std::string& product = panel->lblProduct.caption();
+        setUp.part = product.substr(0, product.find(','));
+    }
+    return makeRehearsalBench(setUp);
 }
 
 } // namespace vrk

@@ -77,7 +77,7 @@ Desktop::Desktop(const DesktopOptions& options)
                      .host = recorder_,
                      .programFolder = folder,
                      .workingFolder = std::filesystem::current_path(),
-                     .rehearsalBench = [this, folder] { return rehearsalBench(folder); },
+                     .rehearsalBench = [this, folder] { return makeRehearsalBenchOf(*bench_, folder); },
                      .breakpoints = breakpoints_ ? &*breakpoints_ : nullptr});
     bench_->runInHome() = {.folder = userDataFolder() / "runs",
                            .keepJournal = true,
@@ -155,18 +155,6 @@ void Desktop::makeSettings(bool wanted) {
     dialogs_.lastFolder = [this] { return settings_->value("files/folder").toString(); };
     breakpoints_.emplace(*settings_);
     dialogs_.folderUsed = [this](const QString& folder) { settings_->setValue("files/folder", folder); };
-}
-
-std::unique_ptr<RehearsalBench> Desktop::rehearsalBench(const std::filesystem::path& folder) const {
-    RehearsalSetUp setUp{.bus = bench_->busMode().SPIBusMode ? ScriptedBus::SPI : ScriptedBus::I2C,
-                         .part = {},
-                         .folder = folder};
-    // "KV4071, I2C, Single Channel, 128 Tap ZQM"
-    if (const auto* panel = dynamic_cast<const WiperPanel*>(bench_->devicePanel())) {
-        const std::string& product = panel->lblProduct.caption();
-        setUp.part = product.substr(0, product.find(','));
-    }
-    return makeRehearsalBench(setUp);
 }
 
 ViewContext Desktop::viewContext() {

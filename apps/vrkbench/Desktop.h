@@ -71,7 +71,6 @@ class Desktop {
     std::string socketedPart() const;
     ViewContext viewContext();
     void openPart();
-    std::unique_ptr<RehearsalBench> rehearsalBench(const std::filesystem::path& folder) const;
 
     RealClock clock_;
     EventLoop events_{clock_};

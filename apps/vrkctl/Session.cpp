@@ -1,5 +1,6 @@
 #include "apps/vrkctl/Session.h"
 
+#include "apps/rehearsal/SimulatedRehearsal.h"
 #include "apps/vrkctl/CommandLine.h"
 #include "apps/vrkctl/Interrupt.h"
 #include "apps/vrkctl/Terminal.h"
@@ -94,12 +95,15 @@ Session::Session(const Options& options, Dialogs& dialogs, DefaultTime time)
     supplies_.emplace(recorder_, [](const std::string& words) { tell(words); });
     if (replay_ != nullptr) // what is not in the recording would pass for a difference
         supplies_->leaveAsTheyAre();
-    bench_ = std::make_unique<Bench>(Bench::Parts{.events = events_,
-                                                  .dialogs = dialogs,
-                                                  .clipboard = clipboard_,
-                                                  .host = recorder_,
-                                                  .programFolder = programFolder(options.folder),
-                                                  .workingFolder = fs::current_path()});
+    const fs::path folder = programFolder(options.folder);
+    bench_ = std::make_unique<Bench>(
+        Bench::Parts{.events = events_,
+                     .dialogs = dialogs,
+                     .clipboard = clipboard_,
+                     .host = recorder_,
+                     .programFolder = folder,
+                     .workingFolder = fs::current_path(),
+                     .rehearsalBench = [this, folder] { return makeRehearsalBenchOf(*bench_, folder); }});
 }
 
 Session::Session(const Options& options, TerminalDialogs& dialogs, DefaultTime time)

@@ -90,6 +90,27 @@ class AgreeableBus final : public ScriptBus, public ScriptObserver {
     std::string expected_;
 };
 
+/// Asks at each row whether the rehearsal is to go on. A pass without rows counts as one.
+class Patience final : public ScriptObserver {
+  public:
+    Patience(const std::function<bool()>& goOn, bool& ScriptAbort) : goOn_(goOn), abort_(ScriptAbort) {}
+
+    bool lost() const { return lost_; }
+    void passBegan(int /*first*/, int /*last*/) override { look(); }
+    void rowBegan(int /*row*/) override { look(); }
+
+  private:
+    void look() {
+        lost_ = lost_ || (goOn_ && !goOn_());
+        if (lost_)
+            abort_ = true;
+    }
+
+    const std::function<bool()>& goOn_;
+    bool& abort_;
+    bool lost_ = false;
+};
+
 /// One script loaded, with all that a run of it needs.
 class Stage {
   public:
@@ -99,15 +120,20 @@ class Stage {
         loadScript(script, fields, lines, options.mode);
     }
 
-    void run(ScriptBus& bus, ScriptObserver* also, int passes) {
+    /// \return false if it was broken off
+    bool run(ScriptBus& bus, ScriptObserver* also, int passes) {
         ScriptRun run({script, options_.mode, abort_, fields, bus, host});
+        Patience patience(options_.goOn, abort_);
         run.observe(collector);
+        run.observe(patience);
         if (also != nullptr)
             run.observe(*also);
         ScriptRun::Range range = run.mainPart();
         range = {options_.from.value_or(range.first), options_.to.value_or(range.last)};
         collector.begin(options_.name, options_.mode.SPIBusMode ? "spi" : "i2c", options_.started);
-        collector.finish(run.runPasses(passes, range));
+        const ScriptEnd end = run.runPasses(passes, range);
+        collector.finish(patience.lost() ? ScriptEnd::Interrupted : end);
+        return !patience.lost();
     }
 
   private:
@@ -126,7 +152,7 @@ std::vector<int> neverPassing(const std::vector<std::string>& lines, const Rehea
                               bool sendsRegister) {
     Stage stage(lines, options, nullptr);
     AgreeableBus bus(stage.script, sendsRegister);
-    stage.run(bus, &bus, 1);
+    (void)stage.run(bus, &bus, 1); // broken off: of the rows until then
     std::set<int> never;
     std::set<int> passed;
     for (const RowResult& row : stage.collector.results().passes.back().rows) {
@@ -157,9 +183,8 @@ Rehearsal rehearse(std::string_view bytes, const RehearsalOptions& options, cons
     const Milliseconds began = bench->now();
     const long long reports = bench->reports();
     const std::map<std::string, int> written = bench->nonvolatileWrites();
-    stage.run(bench->bus(), nullptr, std::max(1, options.passes));
-
     Rehearsal rehearsal;
+    rehearsal.whole = stage.run(bench->bus(), nullptr, std::max(1, options.passes));
     rehearsal.lasted = bench->now() - began;
     rehearsal.reports = bench->reports() - reports;
     for (const auto& [reg, count] : bench->nonvolatileWrites()) {
@@ -175,7 +200,8 @@ Rehearsal rehearse(std::string_view bytes, const RehearsalOptions& options, cons
                 failing.insert(row.line);
     rehearsal.wouldFail.assign(failing.begin(), failing.end());
     rehearsal.messages = std::move(stage.messages);
-    rehearsal.neverPass = neverPassing(lines, options, bench->bus().sendsRegister());
+    if (rehearsal.whole)
+        rehearsal.neverPass = neverPassing(lines, options, bench->bus().sendsRegister());
     return rehearsal;
 }
 

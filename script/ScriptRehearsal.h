@@ -41,6 +41,8 @@ struct RehearsalOptions {
     std::optional<int> from{};
     std::optional<int> to{};
     WallTime started{};
+    /// Asked at each row; false breaks the rehearsal off. Empty: it goes to its end, however long that takes.
+    std::function<bool()> goOn{};
 };
 
 /// What a script would do to a part: the rows of the service block included, set-up of the bench not.
@@ -48,6 +50,7 @@ struct Rehearsal {
     /// Above so many non-volatile writes a run of the real part is worth a question: its cells wear.
     static constexpr int kManyWrites = 1000;
 
+    bool whole = true; ///< false: broken off; what stands here is of the rows until then
     Milliseconds lasted{0};
     long long reports = 0;
     std::map<std::string, int> nonvolatileWrites;

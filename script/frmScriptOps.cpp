@@ -128,6 +128,7 @@ void frmScriptOps::Form_Load() {
 void frmScriptOps::Form_Unload() {
     // A run that stands on the stack ends at its next row.
     uses_.run.ScriptAbort = true;
+    stopRehearsal_ = true;
     debugger_.go();
     script_.table.setWatcher({});
     script_.ScriptLoaded = false;

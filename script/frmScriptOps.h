@@ -156,6 +156,7 @@ class frmScriptOps final : public Panel, public ActivePanel, private ScriptField
     bool unsavedRecording() const { return unsaved_; }
     void cmdReport_Click(int index);
 
+    /// Runs the script on a simulated part. Its way out is that of a run: cmdAbort, or the band's Abort.
     void cmdRehearse_Click();
     /// Of the script as it is loaded; nothing if it was not rehearsed.
     const std::optional<Rehearsal>& rehearsal() const { return rehearsal_; }
@@ -195,6 +196,9 @@ class frmScriptOps final : public Panel, public ActivePanel, private ScriptField
     void keepBreakpoints();
     void takeBreakpoints();
     void askForRun(bool endless, std::function<void()> run);
+    Rehearsal rehearsed(std::function<bool()> goOn) const;
+    void rehearseAhead();
+    void showRehearsal(Rehearsal found);
     void debuggerMoved();
     void tellFail(int row);
     void mirror(int row, int column);
@@ -233,6 +237,9 @@ class frmScriptOps final : public Panel, public ActivePanel, private ScriptField
     bool loadedForSpi_ = false;
     std::vector<ScriptFinding> findings_;
     std::optional<Rehearsal> rehearsal_;
+    bool rehearsedStopping_ = false; ///< chkAOF as the rehearsal had it
+    bool rehearsing_ = false;
+    bool stopRehearsal_ = false;
     std::vector<std::unique_ptr<Activity>> activities_; ///< one for each run on the stack
     ScriptRecorder recorder_;
     std::vector<std::string> recorded_;

@@ -7,6 +7,14 @@
 
 namespace vrk {
 
+namespace {
+
+/// Rows that a rehearsal ahead of a run takes at most: the window stands still meanwhile. A script without
+/// service block never has so many.
+constexpr int kMostRowsAhead = 3000;
+
+} // namespace
+
 void frmScriptOps::wireRuns() {
     frmScriptExec.setCaption("Script Execution");
     frmScriptExec.setEnabled(false); // until a script is loaded
@@ -106,13 +114,31 @@ void frmScriptOps::tellFail(int row) {
 }
 
 void frmScriptOps::askForRun(bool endless, std::function<void()> run) {
+    if (!ask || script_.ScriptRunning) {
+        run();
+        return;
+    }
+    rehearseAhead();
     // Without an end any write is too many.
     const int writes = rehearsal_ ? rehearsal_->totalWrites() : 0;
     const bool many = writes > (endless ? 0 : Rehearsal::kManyWrites);
-    if (ask && many && !script_.ScriptRunning)
+    if (many)
         ask(Question::ManyWrites, std::move(run));
     else
         run();
+}
+
+void frmScriptOps::rehearseAhead() {
+    if (!uses_.rehearsalBench || script_.ScriptRaw.empty() || rehearsing_ ||
+        (rehearsal_ && rehearsedStopping_ == chkAOF.checked()))
+        return;
+    try {
+        int rows = 0;
+        showRehearsal(rehearsed([&rows] { return ++rows <= kMostRowsAhead; }));
+    } catch (const Fault&) {
+        // What cannot be rehearsed can be run all the same: the run tells what is wrong.
+        rehearsal_.reset();
+    }
 }
 
 std::string frmScriptOps::questionText(Question question) const {
@@ -123,7 +149,8 @@ std::string frmScriptOps::questionText(Question question) const {
     if (rehearsal_)
         for (const auto& [reg, count] : rehearsal_->nonvolatileWrites)
             registers += (registers.empty() ? " (" : ", ") + decimalText(count) + " to " + reg;
-    return "Each pass writes the part's non-volatile cells " +
+    return std::string("Each pass writes the part's non-volatile cells ") +
+           (rehearsal_ && !rehearsal_->whole ? "at least " : "") +
            decimalText(rehearsal_ ? rehearsal_->totalWrites() : 0) + " times" + registers +
            (registers.empty() ? "" : ")") + ": they wear.";
 }
@@ -223,6 +250,8 @@ void frmScriptOps::withRun(bool stepping, const std::function<ScriptEnd()>& pass
         (void)passes();
         return;
     }
+    if (rehearsing_) // it knows nothing yet of what the run would wear
+        throw Fault("The script is being rehearsed");
     collector_.begin(std::filesystem::path(loadedPath_).filename().string(),
                      uses_.mode.SPIBusMode ? "spi" : "i2c", context().clock().wallTime());
     debugger_.begin(stepping);
@@ -252,6 +281,7 @@ void frmScriptOps::cmdRunContinuous_Click() {
 
 void frmScriptOps::cmdAbort_Click() {
     run_.abort();
+    stopRehearsal_ = true;
     pump();
 }
 
@@ -304,26 +334,68 @@ void frmScriptOps::RetryRow(int row) {
     run_.runRow(row);
 }
 
-void frmScriptOps::cmdRehearse_Click() {
-    if (!uses_.rehearsalBench || script_.ScriptRaw.empty())
-        return;
+Rehearsal frmScriptOps::rehearsed(std::function<bool()> goOn) const {
     std::string bytes;
     for (const std::string& line : script_.ScriptRaw)
         bytes += line + "\n";
-    RehearsalOptions options{.name = std::filesystem::path(loadedPath_).filename().string(),
-                             .mode = uses_.mode,
-                             .base = script_.ScriptI2CBase,
-                             .stopOnFail = chkAOF.checked(),
-                             .started = context().clock().wallTime()};
-    rehearsal_ = rehearse(bytes, options, uses_.rehearsalBench);
-    const std::string writes = decimalText(rehearsal_->totalWrites()) + " non-volatile writes";
+    const BusMode mode = uses_.mode; // the panel may be opened for the other bus meanwhile
+    const RehearsalOptions options{.name = std::filesystem::path(loadedPath_).filename().string(),
+                                   .mode = mode,
+                                   .base = script_.ScriptI2CBase,
+                                   .stopOnFail = chkAOF.checked(),
+                                   .started = context().clock().wallTime(),
+                                   .goOn = std::move(goOn)};
+    return rehearse(bytes, options, uses_.rehearsalBench);
+}
+
+void frmScriptOps::showRehearsal(Rehearsal found) {
+    rehearsal_ = std::move(found);
+    rehearsedStopping_ = chkAOF.checked();
     lblRehearsal.setCaption(
         doubleText(static_cast<double>(rehearsal_->lasted.count()) / 1000.0) + " s, " +
-        decimalText(rehearsal_->reports) + " reports, " + writes + ", " +
-        decimalText(static_cast<long long>(rehearsal_->wouldFail.size())) + " rows would fail, " +
-        decimalText(static_cast<long long>(rehearsal_->neverPass.size())) + " can never pass");
-    tell(rehearsal_->wouldFail.empty(), "Rehearsed", lblRehearsal.caption(), &lblRehearsal);
+        decimalText(rehearsal_->reports) + " reports, " + decimalText(rehearsal_->totalWrites()) +
+        " non-volatile writes, " + decimalText(static_cast<long long>(rehearsal_->wouldFail.size())) +
+        " rows would fail, " + decimalText(static_cast<long long>(rehearsal_->neverPass.size())) +
+        " can never pass" + (rehearsal_->whole ? "" : "; broken off, the script goes on"));
     scriptChanged_.emit();
+}
+
+void frmScriptOps::cmdRehearse_Click() {
+    if (!uses_.rehearsalBench || script_.ScriptRaw.empty() || rehearsing_)
+        return;
+    rehearsing_ = true;
+    stopRehearsal_ = false;
+    const unsigned table = script_.table.generation();
+    const bool running = script_.ScriptRunning; // it stands at a row meanwhile
+    const bool runs = cmdExecAll.enabled();
+    DisabledWhile busy({&cmdRehearse});
+    if (!running) {
+        setRunButtons(false);
+        cmdAbort.setEnabled(true);
+        scriptChanged_.emit();
+    }
+    const OnScopeExit over([this, table, running, runs] {
+        rehearsing_ = false;
+        if (running)
+            return;
+        cmdAbort.setEnabled(false);
+        if (script_.table.generation() == table)
+            setRunButtons(runs);
+        scriptChanged_.emit();
+    });
+    const Activity activity(context().activities, "Rehearsal", [this] { stopRehearsal_ = true; });
+    Rehearsal found = rehearsed([this, table] {
+        pump();
+        return !stopRehearsal_ && script_.table.generation() == table;
+    });
+    if (script_.table.generation() != table)
+        return; // another script is in the table
+    if (!found.whole) {
+        tell(false, "Rehearsal aborted", {}, &cmdRehearse);
+        return;
+    }
+    showRehearsal(std::move(found));
+    tell(rehearsal_->wouldFail.empty(), "Rehearsed", lblRehearsal.caption(), &lblRehearsal);
 }
 
 } // namespace vrk

@@ -2,6 +2,7 @@
 
 #include "apps/rehearsal/SimulatedRehearsal.h"
 #include "apps/vrkctl/CommandLine.h"
+#include "apps/vrkctl/Interrupt.h"
 #include "apps/vrkctl/PanelBench.h"
 #include "apps/vrkctl/Session.h"
 #include "apps/vrkctl/entries.h"
@@ -108,7 +109,8 @@ Rehearsal ScriptJob::rehearsed(int passes) const {
                      .stopOnFail = script.stopOnFail,
                      .from = script.from,
                      .to = script.to,
-                     .started = RealClock().wallTime()},
+                     .started = RealClock().wallTime(),
+                     .goOn = [] { return !interrupt::requested().has_value(); }},
                     [this] {
                         return makeRehearsalBench(
                             {.bus = bus, .part = part, .folder = programFolder(options.folder)});

@@ -25,7 +25,8 @@ struct ScriptJob {
     std::vector<std::string> lines; ///< of the file
     std::string name;               ///< of the file, without its folder
 
-    /// On the simulated part, with the same entries. \param passes in place of those wanted
+    /// On the simulated part, with the same entries. A signal breaks it off. \param passes in place of those
+    /// wanted
     Rehearsal rehearsed(int passes) const;
 };
 

@@ -1,3 +1,4 @@
+#include "apps/vrkctl/Interrupt.h"
 #include "apps/vrkctl/ScriptJob.h"
 #include "apps/vrkctl/ScriptOutput.h"
 #include "apps/vrkctl/Terminal.h"
@@ -86,6 +87,10 @@ ExitCode rehearseScript(const Options& options, const ScriptOptions& script) {
         output.pass(pass);
     }
     output.end(&rehearsal);
+    if (const auto signalled = interrupt::requested()) {
+        tell("interrupted; the rehearsal is not whole");
+        return *signalled;
+    }
     return rehearsal.wouldFail.empty() ? ExitCode::Done : ExitCode::CheckFailed;
 }
 

@@ -77,7 +77,7 @@ class TerminalRun final : private ScriptObserver {
         const Rehearsal one = job_.script.loop < 2 ? two : job_.rehearsed(1);
         const long long each = two.totalWrites() - (job_.script.loop < 2 ? 0 : one.totalWrites());
         const long long writes = one.totalWrites() + each * (job_.script.loop - 1);
-        if (writes > Rehearsal::kManyWrites)
+        if (one.whole && two.whole && writes > Rehearsal::kManyWrites)
             tell("rehearsed, this run makes " + std::to_string(writes) +
                  " non-volatile writes; the part's cells wear with each");
     }

@@ -116,6 +116,21 @@ TEST_F(ScriptExamplesTest, RehearsalKnowsRowsThatNoPartCanPass) {
     EXPECT_THAT(panel().rehearsal()->wouldFail, ElementsAre(2));
     load("`w1\n`w1"); // of the script before nothing is known any more
     EXPECT_FALSE(panel().rehearsal());
+
+    load("00,11,\n`ENDM");
+    panel().events().post([this] { panel().cmdAbort_Click(); });
+    ASSERT_TRUE(panel().cmdRehearse.userClick().done());
+    EXPECT_FALSE(panel().rehearsal());
+    EXPECT_TRUE(panel().cmdExecAll.enabled() && panel().cmdRehearse.enabled() && !panel().cmdAbort.enabled());
+
+    // Where a window asks, a run that was not rehearsed is rehearsed by itself.
+    panel().ask = [&asked](auto, const auto&) { asked.emplace_back("again"); };
+    ASSERT_TRUE(panel().cmdRunContinuous.userClick().done());
+    EXPECT_EQ(asked.back(), "again");
+    EXPECT_THAT(transfers(), IsEmpty());
+    ASSERT_TRUE(panel().cmdExecAll.userClick().done());
+    EXPECT_EQ(asked.size(), 2U);
+    EXPECT_EQ(transfers().size(), 1U);
 }
 
 } // namespace

@@ -58,6 +58,8 @@ class TerminalRun final : private ScriptObserver {
         if (junit_)
             junit_->write();
         warnOfWear();
+        if (const auto signalled = interrupt::requested())
+            throw CommandError(*signalled, "interrupted; nothing was sent");
         open();
         output_.begin();
         const ScriptEnd end = passes();

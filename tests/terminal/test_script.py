@@ -252,6 +252,17 @@ class Scripts(unittest.TestCase):
         self.assertLess(time.monotonic() - began, 20)
         self.assertEqual((running.returncode, json.loads(out)["ended"]), (130, "interrupted"))
 
+    def test_a_signal_ends_a_long_rehearsal(self):
+        script, report = self.script("00,11,\n`ENDM"), self.folder / "r.xml"
+        with subprocess.Popen([PROGRAM, "script", "rehearse", script, KV4071, "--loop", "100000000", "--junit", report],
+                              stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, env=ENVIRONMENT,
+                              preexec_fn=hear_signals) as running:
+            while not report.exists() and running.poll() is None:
+                time.sleep(0.01)
+            running.send_signal(signal.SIGINT)
+            self.assertEqual(running.wait(TIMEOUT), 130)
+        self.assertEqual(self.junit(report)[0], "interrupted")
+
     def test_a_link_that_is_lost_for_good(self):
         log, report = self.folder / "wire.log", self.folder / "r.xml"
         options = [self.script("02,C0,\n00,11,11\n00,,11\n`ENDM"), "--json", "--junit", report]

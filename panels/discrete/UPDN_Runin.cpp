@@ -117,6 +117,9 @@ UPDN_Runin::UPDN_Runin(PanelContext& panelContext, BenchServices& panelServices,
     wireClick(cmdBrowse, &UPDN_Runin::cmdBrowse_Click);
     wireClick(cmdStartRec, &UPDN_Runin::cmdStartRec_Click);
     wireClick(cndTclear, &UPDN_Runin::cndTclear_Click);
+    for (TextBox* entry : {&txtTestQty, &txtLogSteps})
+        entry->onChange([this] { showEndStep(); });
+    showEndStep();
 }
 
 void UPDN_Runin::resetShown() {
@@ -125,7 +128,7 @@ void UPDN_Runin::resetShown() {
     for (auto& volts : lblWIPRange)
         volts->showUnread("-.---");
     lblPosition.setCaption("-----");
-    for (Label* label : {&lblElapsed, &lblTimeLeft, &lblEndStep})
+    for (Label* label : {&lblElapsed, &lblTimeLeft})
         label->setCaption("-----");
     for (auto& count : lblRUnCount)
         count->setCaption("-----");

@@ -105,7 +105,8 @@ class UPDN_Runin final : public Panel, private RunInBoard, private RunInObserver
     Label lblElapsed{*this, "lblElapsed"};
     /// By the median of the last rounds
     Label lblTimeLeft{*this, "lblTimeLeft"};
-    /// The step at which the run ends: the first log point that is not short of what was asked for
+    /// The step at which the run ends, by the entries: the first log point that is not short of what was
+    /// asked for. Dashes while the entries make no run
     Label lblEndStep{*this, "lblEndStep"};
     Label lblJournal{*this, "lblJournal"};
     /// 0 steps, 1 fails
@@ -169,6 +170,11 @@ class UPDN_Runin final : public Panel, private RunInBoard, private RunInObserver
     [[nodiscard]] Subscription observeBegun(std::function<void(const RunInSettings&)> observer) {
         return begun_.connect(std::move(observer));
     }
+    /// Behind its beginning, of a run that is gone on with: each step of before. \param resumed the first
+    /// step behind an interruption of then
+    [[nodiscard]] Subscription observeEarlier(std::function<void(const RunInStage&, bool resumed)> observer) {
+        return earlier_.connect(std::move(observer));
+    }
     [[nodiscard]] Subscription observeRange(std::function<void(const RunInRange&)> observer) {
         return ranges_.connect(std::move(observer));
     }
@@ -209,6 +215,8 @@ class UPDN_Runin final : public Panel, private RunInBoard, private RunInObserver
     void showFields(const RunInHeader& header);
     void showProgress(const RunInProgress& progress);
     void showTime(int count);
+    void showEndStep();
+    void tellEarlier(const std::filesystem::path& journal);
     void chooseLevel(const std::string& level);
     void switchOn();
     void offerUnfinished();
@@ -235,6 +243,7 @@ class UPDN_Runin final : public Panel, private RunInBoard, private RunInObserver
     std::filesystem::path unfinished_;
     std::set<std::filesystem::path> left_; ///< offers that the user has declined
     Signal<const RunInSettings&> begun_;
+    Signal<const RunInStage&, bool> earlier_;
     Signal<const RunInRange&> ranges_;
     Signal<const RunInStage&> stages_;
     Signal<RunInEvent, const std::string&> events_;

@@ -83,9 +83,11 @@ RunInSettings UPDN_Runin::takeSettings() {
 }
 
 void UPDN_Runin::cmdRunInitial_Click() {
-    FrmUnfinished.setVisible(false);
-    left_.insert(unfinished_);
-    (void)run({.journal = chkJournal.checked() ? journalPath() : fs::path()});
+    (void)run(
+        {.journal = chkJournal.checked() ? journalPath() : fs::path(), .begun = [this](const RunInHeader&) {
+             FrmUnfinished.setVisible(false);
+             left_.insert(unfinished_);
+         }});
 }
 
 fs::path UPDN_Runin::journalPath() const {
@@ -189,6 +191,7 @@ RunInEnd UPDN_Runin::run(const RunInOrder& order) {
     lblEndStep.setCaption(decimalText(endStep_));
     rounds_.clear();
     began_ = roundBegan_ = context().clock().now();
+    lblElapsed.setCaption(clockText(Milliseconds{0}));
 
     RunInAudience audience; // the journal before the fields: what is shown has been written
     if (journal)
@@ -210,6 +213,7 @@ RunInEnd UPDN_Runin::run(const RunInOrder& order) {
     if (!history)
         return test.run(services_.run.ScriptAbort);
     showProgress(history->progress);
+    tellEarlier(order.journal);
     chooseLevel(header.vcc);
     powered_ = true; // what was on goes on again
     return test.resume(history->progress, services_.run.ScriptAbort);
@@ -372,6 +376,37 @@ void UPDN_Runin::showProgress(const RunInProgress& progress) {
         lblPosition.setCaption(decimalText(progress.last->tally));
     }
     began_ -= progress.spent;
+    lblElapsed.setCaption(clockText(progress.spent));
+}
+
+void UPDN_Runin::showEndStep() {
+    if (running())
+        return;
+    lblEndStep.setCaption("-----");
+    try {
+        RunInSettings settings;
+        settings.testQty = wholeOf(txtTestQty, "End Test after");
+        settings.logSteps = toInt16(wholeOf(txtLogSteps, "Log Progress every"));
+        if (settings.logSteps > 0)
+            lblEndStep.setCaption(decimalText(endStepOf(settings)));
+    } catch (const Fault&) {
+        // Half typed, or no number: Run Test tells what is wrong.
+    }
+}
+
+void UPDN_Runin::tellEarlier(const fs::path& journal) {
+    if (earlier_.empty())
+        return;
+    bool resumed = false;
+    RunInListener listener;
+    listener.stage = [&](const RunInStage& stage) {
+        if (stage.loop > 0)
+            earlier_.emit(stage, std::exchange(resumed, false));
+    };
+    listener.event = [&resumed](const std::string& what, const std::string& /*text*/) {
+        resumed = resumed || what == runInEventName(RunInEvent::Resumed);
+    };
+    (void)readRunIn(journal, listener);
 }
 
 // ---- unfinished runs
@@ -397,8 +432,10 @@ void UPDN_Runin::offerUnfinished() {
 }
 
 void UPDN_Runin::cmdResumeRun_Click() {
-    FrmUnfinished.setVisible(false);
-    (void)run({.journal = unfinished_, .resume = true});
+    (void)run({.journal = unfinished_, .resume = true, .begun = [this](const RunInHeader&) {
+                   FrmUnfinished.setVisible(false);
+               }});
+    offerUnfinished(); // a run that stopped because the part is elsewhere can be gone on with once it is back
 }
 
 void UPDN_Runin::cmdNewRun_Click() {

@@ -27,13 +27,13 @@ using namespace qt;
 namespace {
 
 constexpr double kDigits = 38.0 / 13;
-constexpr int kInTheLoop = 3; ///< first stage of the loop
 constexpr int kRowHeight = 25;
 
 /// One figure of the run, to be read from a metre away. Red and with a sign once it tells a failure.
 class FigureBox final : public QWidget {
   public:
-    FigureBox(const QString& title, QLabel* value, const QString& words) : words_(quietText(words)) {
+    /// \param words under the figure
+    FigureBox(const QString& title, QLabel* value, QWidget* words) {
         setObjectName("figure." + title);
         setAccessibleName(title);
         title_->setText(title);
@@ -42,13 +42,10 @@ class FigureBox final : public QWidget {
         lamp_->hide();
         value->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
         value->setAccessibleName(title);
-        words_->setFont(textFont(kSmall));
-        words_->setAlignment(Qt::AlignRight);
-        auto* all = tightColumn({row({lamp_, title_, stretch}), right(value), words_});
+        auto* all = tightColumn({row({lamp_, title_, stretch}), right(value), right(words)});
         all->setContentsMargins(12, kUnit - 2, 12, kUnit - 2);
         setLayout(all);
     }
-    void setWords(const QString& words) { words_->setText(words); }
     void setFailed(bool failed) {
         failed_ = failed;
         setShown(*lamp_, failed);
@@ -69,65 +66,31 @@ class FigureBox final : public QWidget {
   private:
     LampWidget* lamp_ = new LampWidget;
     ToneLabel* title_ = new ToneLabel;
-    QLabel* words_;
     bool failed_ = false;
 };
 
-int endStep(const UPDN_Runin& p) {
-    try {
-        return runInEndStep(decimalInt(p.txtTestQty.text()), decimalInt(p.txtLogSteps.text()));
-    } catch (const Fault&) {
-        return 0; // beyond all numbers; Run Test says so
-    }
+QLabel* smallText(const QString& text) {
+    auto* words = quietText(text);
+    words->setFont(textFont(kSmall));
+    return words;
 }
 
-/// What the page keeps of the run that it shows.
-struct Shown {
-    RunInPicture picture;
-    RunInClock clock;
-    int step = 0; ///< judged in the loop so far
-};
-
-QWidget* figures(PageUi& page, UPDN_Runin& p, const std::shared_ptr<Shown>& shown) {
+QWidget* figures(PageUi& page, UPDN_Runin& p) {
     PanelUi& ui = page.ui();
-    const auto own = [](const char* name, const char* widest) {
-        auto* value = new ValueLabel(widest, kDigits);
-        value->setText(kNeverRead);
-        value->setObjectName(name);
-        return value;
-    };
-    auto* steps = new FigureBox("Steps done", ui.value(p.lblRUnCount[0], "0000000", kDigits), {});
-    auto* fails = new FigureBox("Fails", ui.value(p.lblRUnCount[1], "000000", kDigits), "outside the limit");
-    ValueLabel* elapsed = own("run.elapsed", "000:00:00");
-    ValueLabel* left = own("run.left", "000:00");
-    auto* elapsedBox = new FigureBox("Elapsed", elapsed, "hours:minutes:seconds");
-    auto* leftBox = new FigureBox("Left", left, "hours:minutes");
-    auto* position = new FigureBox("Position", ui.value(p.lblPosition, "00000", kDigits), "tally of steps");
-    for (TextBox* entry : {&p.txtTestQty, &p.txtLogSteps})
-        ui.watch(*entry, [steps, &p] {
-            const int end = endStep(p);
-            steps->setWords(end == 0 ? QString("the entries make no run")
-                                     : QString("of %1, the true end").arg(end));
-        });
+    auto* end = ui.value(p.lblEndStep, "0000000", kSmall);
+    end->setAccessibleName("Step at which the run ends");
+    auto* steps = new FigureBox("Steps done", ui.value(p.lblRUnCount[0], "0000000", kDigits),
+                                block(tightRow({smallText("of"), end, smallText("the true end")})));
+    auto* fails =
+        new FigureBox("Fails", ui.value(p.lblRUnCount[1], "000000", kDigits), smallText("outside the limit"));
+    auto* elapsed = new FigureBox("Elapsed", ui.value(p.lblElapsed, "000:00:00", kDigits),
+                                  smallText("hours:minutes:seconds"));
+    auto* left = new FigureBox("Left", ui.value(p.lblTimeLeft, "00:00:00", kDigits),
+                               smallText("by the last rounds"));
+    auto* position =
+        new FigureBox("Position", ui.value(p.lblPosition, "0000", kDigits), smallText("tally of steps"));
     ui.watch(p.lblRUnCount[1], [fails, &p] {
         fails->setFailed(isNumeric(p.lblRUnCount[1].caption()) && decimalInt(p.lblRUnCount[1].caption()) > 0);
-    });
-    ui.watch(p.Shp_Test_Status[0], [&p, shown, elapsed, left] {
-        if (p.Shp_Test_Status[0].colour() != Colour::LightBlue)
-            return;
-        shown->clock.begin(p.context().clock().now());
-        shown->step = 0;
-        shown->picture.begin(endStep(p));
-        elapsed->setText("0:00:00");
-        left->setText(kNeverRead);
-    });
-    ui.watch(p.lblRUnCount[0], [&p, shown, elapsed, left] {
-        if (!isNumeric(p.lblRUnCount[0].caption()))
-            return;
-        shown->clock.round(p.context().clock().now());
-        elapsed->setText(runInTimeText(shown->clock.elapsed()));
-        left->setText(
-            runInTimeText(shown->clock.left(endStep(p) - decimalInt(p.lblRUnCount[0].caption()))).chopped(3));
     });
     QWidget* abort = largeButton(ui(p.cmdAbortRun), 56);
     auto* run = ui(p.cmdRunInitial);
@@ -135,26 +98,44 @@ QWidget* figures(PageUi& page, UPDN_Runin& p, const std::shared_ptr<Shown>& show
     makeAccent(*run);
     auto* buttons = block(tightColumn({abort, run}));
     buttons->setMinimumWidth(dp(150));
-    auto* all = row({steps, fails, elapsedBox, leftBox, position, buttons});
-    const std::array<int, 6> shares = {24, 16, 24, 18, 15, 20};
+    auto* all = row({steps, fails, elapsed, left, position, buttons});
+    const std::array<int, 6> shares = {22, 16, 24, 22, 13, 20};
     for (std::size_t at = 0; at < shares.size(); ++at)
         all->setStretch(static_cast<int>(at), shares.at(at));
     return block(all);
 }
 
-/// Fills the picture from what the panel shows of each stage.
-void followStages(PageUi& page, UPDN_Runin& p, const std::shared_ptr<Shown>& shown) {
+/// Fills the picture from what a run tells, also of its steps before an interruption.
+void followStages(PageUi& page, UPDN_Runin& p, const std::shared_ptr<RunInPicture>& picture) {
     PanelUi& ui = page.ui();
-    ui.watch(p.lblTestLimit,
-             [&p, shown] { shown->picture.setLimit(leadingNumber(p.lblTestLimit.caption())); });
-    for (int stage = kInTheLoop; stage < UPDN_Runin::kStages; ++stage)
-        ui.watch(p.Shp_Test_Status[stage], [&p, shown, stage] {
-            const Colour colour = p.Shp_Test_Status[stage].colour();
-            if (colour != Colour::LightGreen && colour != Colour::LightRed)
-                return;
-            shown->picture.add(++shown->step, leadingNumber(p.lvlWipError[stage].caption()),
-                               colour == Colour::LightRed);
-        });
+    const auto add = [picture](const RunInStage& stage) {
+        if (stage.loop > 0)
+            picture->add(stage.loop, stage.error, stage.verdict == RunInVerdict::Fail);
+    };
+    ui.keep(p.observeBegun(
+        [&p, picture](const RunInSettings&) { picture->begin(decimalInt(p.lblEndStep.caption())); }));
+    ui.keep(p.observeRange([picture](const RunInRange& range) { picture->setLimit(range.limit); }));
+    ui.keep(p.observeEarlier([picture, add](const RunInStage& stage, bool resumed) {
+        if (resumed)
+            picture->addResumed(stage.loop);
+        add(stage);
+    }));
+    ui.keep(p.observeStages(add));
+    ui.keep(p.observeEvents([&p, picture](RunInEvent what, const std::string&) {
+        if (what == RunInEvent::Resumed)
+            picture->addResumed(decimalInt(p.lblRUnCount[0].caption()) + 1);
+    }));
+}
+
+/// A run that can be gone on with, while there is one.
+QWidget* unfinishedBar(PageUi& page, UPDN_Runin& p) {
+    PanelUi& ui = page.ui();
+    QLabel* about = elidedText({}); // its description may be of any length
+    about->setAccessibleName("Unfinished run");
+    ui.adopt(bind(p.lblUnfinished, *about));
+    auto* content = row({about, ui(p.cmdResumeRun), ui(p.cmdNewRun), ui(p.cmdShowRun)});
+    content->setStretch(0, 1);
+    return ui.frame(p.FrmUnfinished, {}, content);
 }
 
 QWidget* stageTable(PageUi& page, UPDN_Runin& p, QLabel* progress) {
@@ -242,7 +223,7 @@ QWidget* settingsBox(PageUi& page, UPDN_Runin& p) {
         row({captionOf(p.txtTestQty, quantity), quantity, stretch, captionOf(p.txtLogSteps, log), log}),
         row({captionOf(p.txtWipPositions, positions), positions, stretch, captionOf(p.txtLimitDiv, tolerance),
              tolerance, quietText("of one step")}),
-        row({ui(p.ChkLogAll), ui(p.ChkFast), stretch}),
+        row({ui(p.ChkLogAll), ui(p.ChkFast), ui(p.chkJournal), stretch}),
         row({caption("Test", id), id}),
     });
     auto* group = ui.frame(p.Frame2, {}, entries);
@@ -272,9 +253,16 @@ QWidget* logBox(PageUi& page, UPDN_Runin& p) {
     auto* lines = quietText({});
     lines->setObjectName("log.lines");
     ui.watch(p.rtxt1, [lines, &p] { lines->setText(QString("%1 lines").arg(p.rtxt1.lineCount())); });
+    QLabel* journal = elidedText({}); // a path, or why there is none
+    journal->setAccessibleName("Journal");
+    ui.adopt(bind(p.lblJournal, *journal));
+    auto* journalRow = row({"Journal", journal});
+    journalRow->setStretch(1, 1);
+    QWidget* journalLine = block(journalRow);
+    ui.watch(p.lblJournal, [&p, journalLine] { setShown(*journalLine, !p.lblJournal.caption().empty()); });
     auto* all = tightColumn({row({heading("Logged Data"), lines, stretch, path, ui(p.cmdBrowse),
                                   ui(p.chkAppend), ui(p.cmdStartRec), ui(p.cndTclear)}),
-                             log});
+                             log, journalLine});
     all->setStretch(1, 1);
     return block(all);
 }
@@ -321,9 +309,10 @@ void makeRunInPage(PageUi& page, UPDN_Runin& p) {
     auto* progress = quietText({});
     progress->setObjectName("run.progress");
     page.addHeadItem(progress);
-    const auto shown = std::make_shared<Shown>();
-    QWidget* upper = figures(page, p, shown);
-    followStages(page, p, shown);
+    const auto picture = std::make_shared<RunInPicture>();
+    QWidget* unfinished = unfinishedBar(page, p);
+    QWidget* upper = figures(page, p);
+    followStages(page, p, picture);
     auto* middle = row({stageTable(page, p, progress), settingsBox(page, p)});
     middle->setStretch(0, 5);
     middle->setStretch(1, 4);
@@ -339,9 +328,9 @@ void makeRunInPage(PageUi& page, UPDN_Runin& p) {
     page.onWrite("Run Test", [&p] { (void)p.cmdRunInitial.userClick(); });
     page.addKey(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_S), "Save the log",
                 [&p] { (void)p.cmdStartRec.userClick(); });
-    auto* all = column({upper, middle, &shown->picture.plot(), log});
-    all->setStretch(2, 3);
-    all->setStretch(3, 2);
+    auto* all = column({unfinished, upper, middle, &picture->plot(), log});
+    all->setStretch(3, 3);
+    all->setStretch(4, 2);
     page.setFirstFocus(qobject_cast<QWidget*>(&ui.find(p.cmdRunInitial)->target()));
     page.setContent(block(all));
 }

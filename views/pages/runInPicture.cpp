@@ -4,14 +4,13 @@
 #include "views/plot/Plot.h"
 
 #include <algorithm>
-#include <limits>
-#include <numeric>
+#include <cstddef>
+#include <utility>
+#include <vector>
 
 namespace vrk {
 
 namespace {
-constexpr int kRound = 4;
-constexpr std::size_t kRounds = 63; ///< for the median
 constexpr std::size_t kMostPoints = 40000;
 constexpr std::size_t kMostFails = 4000;
 } // namespace
@@ -59,13 +58,15 @@ void RunInPicture::add(int step, double error, bool fail) {
     if (fail)
         pane.fails.emplace_back(step, error);
     model.x.to = std::max(model.x.to, static_cast<double>(step));
+    if (!model.resumed.empty())
+        model.resumed.back().second = step;
     if (pane.series[0].points.size() > kMostPoints || pane.fails.size() > kMostFails)
         thin();
     plot_->changed();
 }
 
-void RunInPicture::addResumed(int from, int to) {
-    plot_->model().resumed.emplace_back(from, to);
+void RunInPicture::addResumed(int from) {
+    plot_->model().resumed.emplace_back(from, from);
     plot_->changed();
 }
 
@@ -93,43 +94,6 @@ void RunInPicture::thin() {
             pane.fails[kept++] = pane.fails[at];
         pane.fails.resize(kept);
     }
-}
-
-void RunInClock::begin(Milliseconds now) {
-    began_ = last_ = now;
-    rounds_.clear();
-}
-
-void RunInClock::round(Milliseconds now) {
-    rounds_.push_back(now - last_);
-    last_ = now;
-    if (rounds_.size() > kRounds)
-        rounds_.pop_front();
-}
-
-Milliseconds RunInClock::left(int stepsToGo) const {
-    if (rounds_.empty())
-        return Milliseconds{0};
-    std::vector<Milliseconds> sorted(rounds_.begin(), rounds_.end());
-    const auto middle = sorted.begin() + static_cast<std::ptrdiff_t>(sorted.size() / 2);
-    std::nth_element(sorted.begin(), middle, sorted.end());
-    return *middle * (std::max(0, stepsToGo) / kRound);
-}
-
-int runInEndStep(int quantity, int logSteps) {
-    if (logSteps < 1)
-        return 0;
-    const long long apart = std::lcm(static_cast<long long>(logSteps), static_cast<long long>(kRound));
-    const long long points = std::max<long long>(1, (quantity + apart - 1) / apart);
-    return static_cast<int>(std::min<long long>(points * apart, std::numeric_limits<int>::max()));
-}
-
-QString runInTimeText(Milliseconds time) {
-    const long long seconds = time.count() / 1000;
-    return QString("%1:%2:%3")
-        .arg(seconds / 3600)
-        .arg(seconds / 60 % 60, 2, 10, QChar('0'))
-        .arg(seconds % 60, 2, 10, QChar('0'));
 }
 
 } // namespace vrk

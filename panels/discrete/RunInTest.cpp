@@ -290,6 +290,10 @@ int RunInTest::incrementOf(int stage) const {
     return directionOf(stage) == kUp ? count : -count;
 }
 
+bool RunInTest::atTally() const {
+    return std::abs(wiperVolts_ - wiperPos_ * range_.voltsPerStep) <= range_.limit;
+}
+
 RunInTest::Place RunInTest::locate(int stage) {
     // A part that was already off its tally is looked for from where it was measured last.
     const bool off = last_->verdict == RunInVerdict::Fail;
@@ -301,6 +305,9 @@ RunInTest::Place RunInTest::locate(int stage) {
     const double there = here + (on - wiperPos_) * range_.voltsPerStep;
     const double fromHere = std::abs(wiperVolts_ - here);
     const double fromThere = std::abs(wiperVolts_ - there);
+    // One odd measurement before the stop is no place to look for: the part has stood at its tally all along.
+    if (off && std::min(fromHere, fromThere) > range_.limit && atTally())
+        return Place::AtTally;
     if (std::min(fromHere, fromThere) > range_.limit)
         return Place::Elsewhere;
     return fromThere < fromHere ? Place::OneStoreOn : Place::AtTally;
@@ -313,7 +320,8 @@ bool RunInTest::accept(Place place, int stage, bool attended) {
     if (place == Place::OneStoreOn)
         note(RunInEvent::UnknownRound,
              "Step" + step + " was stored before the stop and is judged now : " + read);
-    if (place != Place::Elsewhere && last_->verdict != RunInVerdict::Fail) {
+    const bool sound = last_->verdict != RunInVerdict::Fail || (place == Place::AtTally && atTally());
+    if (place != Place::Elsewhere && sound) {
         if (place == Place::AtTally)
             log(settings_.id + "   Step" + step + " is next : " + read + kLineEnd);
         return true;
@@ -328,6 +336,8 @@ bool RunInTest::stageOfLoop(int stage) {
     stage_ = stage;
     observer_.stageBegan(stage);
     const int count = settings_.stimulus.at(static_cast<std::size_t>(stage));
+    if (sampled_) // by the look at the recalled part, which stood in the row of the stage before
+        observer_.sampled(stage, wiperVolts_);
     while (!std::exchange(sampled_, false)) {
         clock(directionOf(stage), count);
         store();

@@ -202,6 +202,8 @@ class RunInTest {
     Place locate(int stage);
     /// \param attended somebody has just asked for the run: a part off its tally is always asked about
     bool accept(Place place, int stage, bool attended);
+    /// Whether the last sample agrees with the tally.
+    bool atTally() const;
     void note(RunInEvent what, const std::string& text);
     std::string counts() const;
     std::string dateAndTime() const;

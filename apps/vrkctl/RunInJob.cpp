@@ -11,6 +11,7 @@
 #include "sim/PartCatalogue.h"
 
 #include <algorithm>
+#include <cmath>
 #include <utility>
 
 namespace vrk {
@@ -39,6 +40,8 @@ RunInJob::RunInJob(const Options& options, const RunInOptions& runIn, bool resum
 void RunInJob::checkEntries() const {
     if (!runIn_.vcc.empty())
         requireLevel(runIn_.vcc);
+    if (!std::isfinite(runIn_.tolerance))
+        throw usage("--tolerance: a number above 0 is needed");
     if (runIn_.vcc == "off")
         throw usage("--vcc: a run-in test needs VCC");
     if (!options_.simulate.empty() &&

@@ -7,8 +7,10 @@
 
 #include <algorithm>
 #include <fstream>
+#include <functional>
 #include <random>
 #include <system_error>
+#include <utility>
 
 namespace vrk {
 
@@ -316,27 +318,39 @@ bool endsFinished(const fs::path& path) {
             tail.find("terminated", last) != std::string::npos);
 }
 
+/// When its run was started; empty for a file that is no journal of a run.
+std::string startOf(const fs::path& path) {
+    std::string started;
+    try {
+        (void)readJournal(path, [&started](std::string_view text) {
+            const auto record = JsonObject::parse(text);
+            if (record && record->text("kind") == "header")
+                started = record->text("started");
+            return false;
+        });
+    } catch (const Fault&) {
+        // Gone since, or not for us to read: nothing to offer.
+        return {};
+    }
+    return started;
+}
+
 } // namespace
 
-std::vector<std::pair<fs::path, RunInHistory>> unfinishedRunIns(const fs::path& folder) {
-    std::vector<std::pair<fs::path, RunInHistory>> all;
+std::vector<fs::path> unfinishedRunIns(const fs::path& folder) {
+    std::vector<std::pair<std::string, fs::path>> all;
     std::error_code error;
     for (fs::directory_iterator entry(folder, error), end; !error && entry != end; entry.increment(error)) {
         if (entry->path().extension() != ".journal" || endsFinished(entry->path()))
             continue;
-        try {
-            RunInHistory history = readRunIn(entry->path());
-            if (whyNotResumable(entry->path(), history).empty())
-                all.emplace_back(entry->path(), std::move(history));
-        } catch (const Fault&) {
-            // Not a journal that this program can go on with: nothing to offer.
-        }
+        if (std::string started = startOf(entry->path()); !started.empty())
+            all.emplace_back(std::move(started), entry->path());
     }
-    std::sort(all.begin(), all.end(), [](const auto& one, const auto& other) {
-        return std::make_pair(one.second.header.started, one.first) >
-               std::make_pair(other.second.header.started, other.first);
-    });
-    return all;
+    std::sort(all.begin(), all.end(), std::greater<>());
+    std::vector<fs::path> paths;
+    for (const auto& [started, path] : all)
+        paths.push_back(path);
+    return paths;
 }
 
 } // namespace vrk

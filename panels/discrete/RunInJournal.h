@@ -7,7 +7,6 @@
 #include <functional>
 #include <optional>
 #include <string>
-#include <utility>
 #include <vector>
 
 namespace vrk {
@@ -90,8 +89,8 @@ class RunInJournal final : public RunInObserver {
 /// The stage as a line of the journal has it.
 std::string stageRecord(const RunInStage& stage);
 
-/// The unfinished journals of a folder that nobody has in use, newest first.
-std::vector<std::pair<std::filesystem::path, RunInHistory>>
-unfinishedRunIns(const std::filesystem::path& folder);
+/// The journals of a folder whose runs were not brought to their end, newest first. Looks at their first and
+/// last records alone: whether one can be gone on with is another question.
+std::vector<std::filesystem::path> unfinishedRunIns(const std::filesystem::path& folder);
 
 } // namespace vrk

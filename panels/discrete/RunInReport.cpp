@@ -78,6 +78,7 @@ void RunInSuite::stage(const RunInStage& given) {
     const RunInStage stage = counted_.judged(given);
     counted_.stage(given);
     lost_.clear(); // it was gone on with
+    mismatch_.clear();
     if (stage.verdict != RunInVerdict::Measured) {
         if (!open_)
             open_ = Interval{.first = stage.loop, .began = spent_};
@@ -100,6 +101,8 @@ void RunInSuite::event(const std::string& what, const std::string& text) {
         lost_ = text;
     } else if (what == runInEventName(RunInEvent::LinkBack)) {
         lost_.clear();
+    } else if (what == runInEventName(RunInEvent::Mismatch)) {
+        mismatch_ = text;
     }
 }
 
@@ -113,9 +116,11 @@ JUnitCase RunInSuite::caseOf(const Interval& interval) {
         one.outcome = JUnitCase::Outcome::Error;
         one.message = interval.error;
         one.type = "link";
-    } else if (interval.fails > 0) {
+    } else if (interval.fails > 0 || !interval.elsewhere.empty()) {
         one.outcome = JUnitCase::Outcome::Failure;
-        one.message = decimalText(interval.fails) + " outside the limit, " + interval.why;
+        one.message = !interval.elsewhere.empty()
+                          ? interval.elsewhere
+                          : decimalText(interval.fails) + " outside the limit, " + interval.why;
         one.type = "mismatch";
     }
     return one;
@@ -128,10 +133,12 @@ JUnitSuite RunInSuite::suite(bool partly) const {
     suite.lasted = spent_;
     suite.cases = cases_;
     std::optional<Interval> open = open_;
-    if (!lost_.empty() && !open)
+    const bool stopped = !lost_.empty() || !mismatch_.empty();
+    if (stopped && !open)
         open = Interval{.first = loop_ + 1, .last = loop_ + 1, .began = spent_, .ended = spent_};
-    if (open && (partly || !lost_.empty())) {
+    if (open && (partly || stopped)) {
         open->error = lost_;
+        open->elsewhere = mismatch_;
         suite.cases.push_back(caseOf(*open));
     }
     suite.properties = {{"state", state_},

@@ -62,6 +62,7 @@ class RunInSuite {
         int fails = 0;
         std::string why{}; ///< of the first fail
         std::string error{};
+        std::string elsewhere{}; ///< the part was, and the run stopped
         Milliseconds began{0};
         Milliseconds ended{0};
     };
@@ -73,8 +74,9 @@ class RunInSuite {
     RunInCount counted_;
     std::vector<JUnitCase> cases_;
     std::optional<Interval> open_;
-    std::string lost_;    ///< the link is: what was said
-    std::string resumed_; ///< "1235, 4002": the steps at which the run was gone on with
+    std::string lost_;     ///< the link is: what was said
+    std::string mismatch_; ///< the part is elsewhere, and no step has followed
+    std::string resumed_;  ///< "1235, 4002": the steps at which the run was gone on with
     int loop_ = 0;
     Milliseconds spent_{0};
     std::string state_ = "incomplete";

@@ -420,14 +420,21 @@ void UPDN_Runin::offerUnfinished() {
     FrmUnfinished.setVisible(false);
     if (!chkJournal.checked())
         return;
-    for (const auto& [path, history] : unfinishedRunIns(state_.home.folder)) {
+    for (const fs::path& path : unfinishedRunIns(state_.home.folder)) {
         if (left_.contains(path))
             continue;
-        unfinished_ = path;
-        lblUnfinished.setCaption(summary(history));
-        lblUnfinished.setToolTip(path.string());
-        FrmUnfinished.setVisible(true);
-        return;
+        try {
+            const RunInHistory history = readRunIn(path);
+            if (!whyNotResumable(path, history).empty())
+                continue;
+            unfinished_ = path;
+            lblUnfinished.setCaption(summary(history));
+            lblUnfinished.setToolTip(path.string());
+            FrmUnfinished.setVisible(true);
+            return;
+        } catch (const Fault&) {
+            // Not a journal that this program can go on with: nothing to offer.
+        }
     }
 }
 

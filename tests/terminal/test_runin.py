@@ -122,8 +122,9 @@ class RunIn(unittest.TestCase):
         self.assertIn(b"interrupted:", out)
         self.assertEqual(self.report()[1]["ended"], "interrupted")
         # Another part in the socket than the one that was left.
-        self.assertEqual(self.resume("--json")[0], 1)
+        self.assertEqual(self.resume("--json", "--junit", self.folder / "x")[0], 1)
         self.assertEqual(self.report()[1]["ended"], "mismatch")
+        self.assertEqual(ElementTree.parse(self.folder / "x").getroot()[0].get("failures"), "1")
 
     def test_a_board_that_goes_and_comes_back(self):
         gone = [{"op": "unplug", "atMs": 2000}, {"op": "plug", "atMs": 30000}]
@@ -178,7 +179,7 @@ class RunIn(unittest.TestCase):
 
     def test_entries_that_cannot_be(self):
         wire = self.folder / "wire"
-        for args in [("--steps", 0), ("--steps", "x"), ("--log-every", 0), ("--positions", -1), ("--tolerance", 0), ("--tolerance", -1),
+        for args in [("--steps", 0), ("--steps", "x"), ("--log-every", 0), ("--positions", -1), ("--tolerance", 0), ("--tolerance", -1), ("--tolerance", "nan"), ("--tolerance", "inf"),
                      ("--stimulus", "1,2,3"), ("--stimulus", "1,2,3,4,5,6,x"), ("--vcc", "9"), ("--log", self.journal), ("--step", 4)]:
             code, _, err = self.runin("--wire-log", wire, *args)
             self.assertEqual(code, 2, (args, err))

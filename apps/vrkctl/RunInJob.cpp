@@ -12,6 +12,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstddef>
+#include <system_error>
 #include <utility>
 
 namespace vrk {
@@ -25,6 +27,19 @@ Options withPart(Options options) {
     if (!options.simulate.empty())
         options.simulate = simulatedPart(options.simulate);
     return options;
+}
+
+/// Makes the file and takes it away again: a disk that is full already, too, is found before VCC is on.
+/// \throws Fault
+void probeJournal(const std::filesystem::path& path) {
+    constexpr std::size_t kRoom = 4096; // for a header
+    JournalFile probe = JournalFile::create(path);
+    const OnScopeExit gone([&path] {
+        std::error_code ignored;
+        std::filesystem::remove(path, ignored);
+    });
+    probe.add(std::string(kRoom, ' '));
+    probe.flush(true);
 }
 } // namespace
 
@@ -72,10 +87,11 @@ void RunInJob::checkFiles() {
         if (history.progress.last)
             last_ = *history.progress.last;
         if (!options_.simulate.empty() && history.header.part != options_.simulate)
-            tell("the run was begun on " + history.header.part + "; this is " + options_.simulate);
+            tell("the run was begun on " +
+                 (history.header.part.empty() ? std::string("a board") : history.header.part) + "; this is " +
+                 options_.simulate);
     } else if (!runIn_.journal.empty()) {
-        const JournalFile probe = JournalFile::create(runIn_.journal);
-        std::filesystem::remove(runIn_.journal);
+        probeJournal(runIn_.journal);
     }
     if (!runIn_.log.empty())
         requireWritable(runIn_.log);

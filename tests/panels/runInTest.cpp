@@ -137,6 +137,32 @@ TEST_F(RunIn, WhatWasStoppedIsOfferedAndGoneOnWithAtTheExactStep) {
     }
 }
 
+/// The last measurement before the stop failed, but the part has stood at its tally all along.
+TEST_F(RunIn, AnOddLastMeasurementIsNoMismatch) {
+    UPDN_Runin& panel = open(8);
+    ASSERT_TRUE(panel.cmdRunInitial.userClick().done());
+    RunInStage odd;
+    RunInListener listener;
+    listener.stage = [&odd](const RunInStage& stage) { odd = stage.loop == 2 ? stage : odd; };
+    (void)readRunIn(journal(), listener);
+    cut(6);
+    odd.volts += 1;
+    odd.error -= 1;
+    odd.verdict = RunInVerdict::Fail;
+    JournalFile::open(journal(), readRunIn(journal()).extent.good).add(stageRecord(odd));
+    store("3F");
+    panel.Form_Activate();
+    std::vector<int> before;
+    const Subscription earlier = panel.observeEarlier(
+        [&before](const RunInStage& stage, bool resumed) { before.push_back(resumed ? -1 : stage.loop); });
+    ASSERT_TRUE(panel.cmdResumeRun.userClick().done());
+    EXPECT_EQ(told(), std::vector<std::string>{"resumed"});
+    EXPECT_EQ(before, (std::vector<int>{1, 2}));
+    const RunInCount counted = recountRunIn(journal(), std::nullopt).counted;
+    EXPECT_EQ(counted.count, 8);
+    EXPECT_EQ(counted.fails, 1);
+}
+
 TEST_F(RunIn, NewAndShowLeaveTheJournalAsItIs) {
     UPDN_Runin& panel = open(8);
     const Subscription hand = behind(panel, 2, [this] { fault(sim::FaultKind::MissedStore); });

@@ -11,7 +11,6 @@
 #include "sim/PartCatalogue.h"
 
 #include <algorithm>
-#include <cmath>
 #include <cstddef>
 #include <system_error>
 #include <utility>
@@ -55,8 +54,6 @@ RunInJob::RunInJob(const Options& options, const RunInOptions& runIn, bool resum
 void RunInJob::checkEntries() const {
     if (!runIn_.vcc.empty())
         requireLevel(runIn_.vcc);
-    if (!std::isfinite(runIn_.tolerance))
-        throw usage("--tolerance: a number above 0 is needed");
     if (runIn_.vcc == "off")
         throw usage("--vcc: a run-in test needs VCC");
     if (!options_.simulate.empty() &&

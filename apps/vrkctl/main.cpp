@@ -9,8 +9,12 @@
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
+#include <charconv>
+#include <cmath>
 #include <exception>
 #include <functional>
+#include <string>
+#include <system_error>
 
 using namespace vrk;
 
@@ -148,6 +152,16 @@ void addSupplyCommands(CLI::App& app, const Add& add, const Options& options, Su
     add(*parent, "status", "Tell what is on, and measure VCC", [&] { return supplyStatus(options); });
 }
 
+/// What is wrong with a number that must be above 0; empty if nothing is. "nan" and "inf" are no numbers
+/// here.
+std::string aboveZero(const std::string& text) {
+    double value = 0;
+    const char* last = text.data() + text.size();
+    const auto [end, error] = std::from_chars(text.data(), last, value);
+    const bool fits = error == std::errc() && end == last && std::isfinite(value) && value > 0;
+    return fits ? std::string() : "'" + text + "' is no number above 0";
+}
+
 void addRunInOptions(CLI::App& command, RunInOptions& runIn) {
     command.add_option("--log", runIn.log, "Write the log, as the panel saves it")->type_name("FILE");
     command.add_option("--junit", runIn.junit, "Write a JUnit report")->type_name("FILE");
@@ -172,7 +186,7 @@ void addRunInEntries(CLI::App& command, RunInOptions& runIn) {
         ->check(CLI::Range(1, kMost16))
         ->type_name("N");
     command.add_option("--tolerance", runIn.tolerance, "Fraction of one step; 0.33 if left out")
-        ->check(CLI::PositiveNumber)
+        ->check(aboveZero)
         ->type_name("X");
     command.add_option("--id", runIn.id, "Description of the test, for the log")->type_name("TEXT");
     command
@@ -202,7 +216,7 @@ void addRunIn(CLI::App& runIns, RunInOptions& entries, RunInReportOptions& repor
     CLI::App* report = add("report", "Count a journal again; needs no board", 2);
     report->add_option("JOURNAL", reporting.journal, "Journal of the run")->required()->type_name("");
     report->add_option("--tolerance", reporting.tolerance, "Judge again with this fraction of one step")
-        ->check(CLI::PositiveNumber)
+        ->check(aboveZero)
         ->type_name("X");
     report->add_option("--junit", reporting.junit, "Write a JUnit report")->type_name("FILE");
     report->add_flag("--csv", reporting.csv, "The stages as rows with commas");

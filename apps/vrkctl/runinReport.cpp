@@ -7,7 +7,6 @@
 #include "platform/runtime/text.h"
 
 #include <array>
-#include <cmath>
 
 namespace vrk {
 
@@ -48,8 +47,6 @@ void putText(const RunInReport& report) {
 } // namespace
 
 ExitCode reportRunIn(const Options& options, const RunInReportOptions& report) {
-    if (report.tolerance && !std::isfinite(*report.tolerance))
-        throw CommandError(ExitCode::Usage, "--tolerance: a number above 0 is needed");
     if (options.json && report.csv)
         throw CommandError(ExitCode::Usage, "--json and --csv exclude each other");
     if (!report.junit.empty() && (report.junit == report.journal || sameFile(report.junit, report.journal)))

@@ -132,6 +132,7 @@ class modHID {
 
     /// Nobody may be there: the link dialogs answer Retry by themselves once a board has been back for 10 s.
     void setUnattended(bool unattended) { unattended_ = unattended; }
+    bool unattended() const { return unattended_; }
 
     /// Called after a discovery that found a board: the console lists the instances.
     void setBoardsListed(std::function<void()> handler) { boardsListed_ = std::move(handler); }

@@ -44,8 +44,9 @@ void StoreBlock::look(const hid::Report& sent, int status) {
         return;
     const int before = writes_.total();
     writes_.look(sent, status, storeRules(), drivesPins());
+    // A run that is left alone stores until its end, as its entries say: a box would stand there all night.
     if (writes_.total() == before || question_ || host().context().activities.current() == nullptr ||
-        !writes_.shouldWarn(1))
+        services_.link.unattended() || !writes_.shouldWarn(1))
         return;
     // A loop that did not say what it would store: it is asked as soon as it lets events run, as no event may
     // run inside an exchange.

@@ -65,6 +65,9 @@ class RunIn : public TestBench {
 TEST_F(RunIn, TheJournalTellsTheRun) {
     UPDN_Runin& panel = open(8);
     ASSERT_TRUE(panel.chkJournal.checked());
+    // The limit for loops is none for a test that is there to store: no box may stand in its way.
+    bench.frmVRK_UD1->txtNvBudget.setText("4");
+    ASSERT_TRUE(bench.frmVRK_UD1->txtNvBudget.userEnter().done());
     ASSERT_TRUE(panel.cmdRunInitial.userClick().done());
     EXPECT_EQ(journal().filename().string().substr(0, 15), "runin-20200101-");
     const std::string text = readFile(journal());

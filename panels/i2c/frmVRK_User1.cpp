@@ -1,9 +1,9 @@
 #include "panels/i2c/frmVRK_User1.h"
 #include "link/readings.h"
 
+#include "panels/blocks/PortLines.h"
 #include "panels/blocks/choices.h"
 #include "panels/blocks/entries.h"
-#include "panels/instruction/PortLines.h"
 #include "platform/runtime/text.h"
 
 #include <algorithm>

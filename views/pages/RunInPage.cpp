@@ -85,8 +85,8 @@ QWidget* figures(PageUi& page, UPDN_Runin& p) {
         new FigureBox("Fails", ui.value(p.lblRUnCount[1], "000000", kDigits), smallText("outside the limit"));
     auto* elapsed = new FigureBox("Elapsed", ui.value(p.lblElapsed, "000:00:00", kDigits),
                                   smallText("hours:minutes:seconds"));
-    auto* left = new FigureBox("Left", ui.value(p.lblTimeLeft, "00:00:00", kDigits),
-                               smallText("by the last rounds"));
+    auto* left =
+        new FigureBox("Left", ui.value(p.lblTimeLeft, "00:00:00", kDigits), smallText("by the last rounds"));
     auto* position =
         new FigureBox("Position", ui.value(p.lblPosition, "0000", kDigits), smallText("tally of steps"));
     ui.watch(p.lblRUnCount[1], [fails, &p] {

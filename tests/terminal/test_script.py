@@ -254,7 +254,7 @@ class Scripts(unittest.TestCase):
 
     def test_a_signal_ends_a_long_rehearsal(self):
         script, report = self.script("00,11,\n`ENDM"), self.folder / "r.xml"
-        with subprocess.Popen([PROGRAM, "script", "rehearse", script, KV4071, "--loop", "100000000", "--junit", report],
+        with subprocess.Popen([PROGRAM, "script", "rehearse", script, KV4071, "--loop", "1000000", "--junit", report],
                               stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, env=ENVIRONMENT,
                               preexec_fn=hear_signals) as running:
             while not report.exists() and running.poll() is None:

@@ -258,11 +258,9 @@ QWidget* logBox(PageUi& page, UPDN_Runin& p) {
     ui.adopt(bind(p.lblJournal, *journal));
     auto* journalRow = row({"Journal", journal});
     journalRow->setStretch(1, 1);
-    QWidget* journalLine = block(journalRow);
-    ui.watch(p.lblJournal, [&p, journalLine] { setShown(*journalLine, !p.lblJournal.caption().empty()); });
     auto* all = tightColumn({row({heading("Logged Data"), lines, stretch, path, ui(p.cmdBrowse),
                                   ui(p.chkAppend), ui(p.cmdStartRec), ui(p.cndTclear)}),
-                             log, journalLine});
+                             log, journalRow});
     all->setStretch(1, 1);
     return block(all);
 }

@@ -1,6 +1,10 @@
 #!/usr/bin/env python3
 """Runs clang-tidy over the tree's sources, a process a core.
 
+Most of the time goes into the headers of Qt and of the standard library, so sources with one command line are checked
+together, as one source that includes them, where the names that each keeps to itself do not meet. A group with findings,
+or one that does not compile as one, is checked once more file by file.
+
 A file that passed is not checked again until it, a project header that it includes, its command line or the
 checks change: a stamp in the build folder remembers that.
 
@@ -17,9 +21,37 @@ import subprocess
 import sys
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
+TOGETHER = 8
 # The compiler's precompiled headers are of no use to clang.
 PRECOMPILED = re.compile(r'-Winvalid-pch -include \S+cmake_pch\.hxx ')
+# What differs between the command lines of one target.
+OWN = re.compile(r' -o \S+ -c \S+$')
 INCLUDE = re.compile(r'^\s*#\s*include\s+"([^"]+)"', re.MULTILINE)
+# A name that begins a definition in the first column, as the formatter leaves it within a namespace.
+DEFINED = re.compile(r'^(?:(?:class|struct|enum class|enum|using) (\w+)|'
+                     r'(?:[\w:][\w:<>*&,\[\] ]*[ *&])?(\w+)(?=[({\[;=]| =))', re.MULTILINE)
+USING = re.compile(r'^using [\w:]+::(\w+);', re.MULTILINE)
+ALIAS = re.compile(r'^using (\w+) =', re.MULTILINE)
+TEST_MACROS = {"TEST", "TEST_F", "TEST_P"}
+UNNAMED = re.compile(r'^namespace \{$(.*?)^\} // namespace$', re.MULTILINE | re.DOTALL)
+
+
+class Source:
+    """A file that is due, and what marks it as done."""
+
+    def __init__(self, path, command, stamp, key):
+        self.path, self.stamp, self.key = path, stamp, key
+        self.command = OWN.sub("", command)
+        text = path.read_text(encoding="utf-8")
+        own = {a or b for part in UNNAMED.findall(text) for a, b in DEFINED.findall(part)}
+        self.own_names = own - TEST_MACROS
+        self.used_names = set(USING.findall(text)) | {name for name in ALIAS.findall(text) if name not in own}
+
+    def meets(self, other):
+        return bool(self.own_names & (other.own_names | other.used_names) or self.used_names & other.own_names)
+
+    def passed(self):
+        self.stamp.write_text(self.key, encoding="utf-8")
 
 
 def project_includes(source, known):
@@ -40,8 +72,28 @@ def project_includes(source, known):
     return digest.hexdigest()
 
 
+def grouped(due):
+    """Sources with one command line whose own names differ, a few at a time."""
+    groups = []
+    for source in due:
+        for group in groups:
+            if len(group) < TOGETHER and group[0].command == source.command and not any(map(source.meets, group)):
+                group.append(source)
+                break
+        else:
+            groups.append([source])
+    return sorted(groups, key=len, reverse=True)
+
+
+def findings(file, options):
+    """What clang-tidy says of a file, None if nothing."""
+    run = subprocess.run(["clang-tidy", "--quiet", "--extra-arg=-Wno-unknown-warning-option", *options, str(file)],
+                         capture_output=True, text=True, check=False)
+    return None if run.returncode == 0 else run.stdout  # stderr only counts what was found outside the tree
+
+
 def main():
-    build, stamps = pathlib.Path(sys.argv[1]), pathlib.Path(sys.argv[2])
+    build, stamps = pathlib.Path(sys.argv[1]), pathlib.Path(sys.argv[2]).resolve()
     stamps.mkdir(parents=True, exist_ok=True)
     version = subprocess.run(["clang-tidy", "--version"], capture_output=True, text=True, check=True).stdout
     checks = version + (ROOT / ".clang-tidy").read_text(encoding="utf-8")
@@ -49,8 +101,6 @@ def main():
     entries = json.loads((build / "compile_commands.json").read_text(encoding="utf-8"))
     for entry in entries:
         entry["command"] = PRECOMPILED.sub("", entry.get("command", ""))
-    (stamps / "compile_commands.json").write_text(json.dumps(entries), encoding="utf-8")
-    for entry in entries:
         source = pathlib.Path(entry["directory"], entry["file"]).resolve()
         if not source.is_relative_to(ROOT) or source.is_relative_to(build.resolve()):
             continue  # generated
@@ -58,22 +108,37 @@ def main():
         key = hashlib.sha256((checks + command + project_includes(source, known)).encode()).hexdigest()
         stamp = stamps / hashlib.sha256(str(source.relative_to(ROOT)).encode()).hexdigest()
         if not stamp.is_file() or stamp.read_text(encoding="utf-8") != key:
-            due.append((source, stamp, key))
+            due.append(Source(source, command, stamp, key))
+    groups = grouped(due)
+    for number, sources in enumerate(groups):
+        together = stamps / f"together{number}.cpp"
+        together.write_text("".join(f'#include "{s.path}"\n' for s in sources), encoding="utf-8")
+        # What one file keeps to itself may well have the name of a member in the next one.
+        entries.append({"directory": str(build.resolve()), "file": str(together),
+                        "command": f"{sources[0].command} -Wno-shadow -o {together}.o -c {together}"})
+    (stamps / "compile_commands.json").write_text(json.dumps(entries), encoding="utf-8")
 
-    def check(item):
-        source, stamp, key = item
-        run = subprocess.run(
-            ["clang-tidy", "--quiet", "-p", str(stamps), "--extra-arg=-Wno-unknown-warning-option", str(source)],
-            capture_output=True, text=True, check=False)
-        if run.returncode == 0:
-            stamp.write_text(key, encoding="utf-8")
-            return True
-        print(run.stdout, flush=True)  # stderr only counts what was found outside the tree
-        return False
+    def check(number):
+        """How many files of a group have findings."""
+        sources = groups[number]
+        if len(sources) > 1:
+            if findings(stamps / f"together{number}.cpp", ["-p", str(stamps)]) is None:
+                for source in sources:
+                    source.passed()
+                return 0
+        failed = 0
+        for source in sources:
+            words = findings(source.path, ["-p", str(stamps)])
+            if words is None:
+                source.passed()
+            else:
+                print(words, flush=True)
+                failed += 1
+        return failed
 
-    print(f"clang-tidy: {len(due)} files to check", flush=True)
+    print(f"clang-tidy: {len(due)} files to check, in {len(groups)} groups", flush=True)
     with concurrent.futures.ThreadPoolExecutor(os.cpu_count() or 1) as pool:
-        failed = sum(not good for good in pool.map(check, due))
+        failed = sum(pool.map(check, range(len(groups))))
     if failed:
         print(f"clang-tidy: {failed} files with findings")
     return 1 if failed else 0

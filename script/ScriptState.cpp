@@ -1,6 +1,6 @@
 #include "script/ScriptState.h"
 
-#include "platform/controls/SharedValues.h"
+#include "platform/controls/longValues.h"
 
 namespace vrk {
 
@@ -41,7 +41,7 @@ void publish(SharedValues& values, ScriptState& state) {
     values.scalar("IntStartStep", state.IntStartStep);
     values.scalar("IntEndStep", state.IntEndStep);
     values.scalar("EndMainStep", state.EndMainStep);
-    values.scalar("ExpectedReads", state.ExpectedReads);
+    publishLong(values, "ExpectedReads", state.ExpectedReads);
     values.scalar("TotalLines", state.TotalLines);
     values.scalar("ScriptLoaded", state.ScriptLoaded);
     values.scalar("ScriptI2CBase", state.ScriptI2CBase);

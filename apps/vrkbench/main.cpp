@@ -7,6 +7,7 @@
 #include <QApplication>
 #include <QIcon>
 
+#include <csignal>
 #include <cstdio>
 #include <optional>
 #include <string>
@@ -73,6 +74,7 @@ int runDesktop(const DesktopOptions& options, QApplication& application) {
 
 int main(int argc, char** argv) {
     failAtFileSizeLimit();
+    std::signal(SIGPIPE, SIG_IGN); // a wire log whose reader has left ends, and not the program
     DesktopOptions options;
     if (const auto code = readOptions(argc, argv, options))
         return *code;

@@ -91,7 +91,11 @@ RunInStage stageOf(const JsonObject& record) {
     stage.verdict = static_cast<RunInVerdict>(found - std::begin(kVerdicts));
     if (record.has("band"))
         stage.band = record.text("band") == "pass";
-    stage.ms = Milliseconds{static_cast<long long>(record.number("ms"))};
+    constexpr double kAges = 1e15; // beyond any run, and still a whole number
+    const double ms = record.number("ms");
+    if (!(ms >= 0 && ms < kAges))
+        throw Fault("a stage is none of a run");
+    stage.ms = Milliseconds{static_cast<long long>(ms)};
     return stage;
 }
 
@@ -152,6 +156,8 @@ class Reader {
     }
     void stage(const JsonObject& record) {
         RunInStage stage = stageOf(record);
+        if (stage.loop < 0 || stage.tally < 0 || stage.tally > history_.header.settings.positions)
+            throw Fault("a stage is none of this run");
         // On the first two rows the measured value is what is expected.
         stage.expected = stage.verdict == RunInVerdict::Measured ? stage.volts : stage.error + stage.volts;
         count(history_.progress, stage);
@@ -340,8 +346,11 @@ std::string startOf(const fs::path& path) {
 std::vector<fs::path> unfinishedRunIns(const fs::path& folder) {
     std::vector<std::pair<std::string, fs::path>> all;
     std::error_code error;
+    std::error_code ignored;
     for (fs::directory_iterator entry(folder, error), end; !error && entry != end; entry.increment(error)) {
-        if (entry->path().extension() != ".journal" || endsFinished(entry->path()))
+        // The open of a pipe would wait for somebody to write to it.
+        if (entry->path().extension() != ".journal" || !entry->is_regular_file(ignored) ||
+            endsFinished(entry->path()))
             continue;
         if (std::string started = startOf(entry->path()); !started.empty())
             all.emplace_back(std::move(started), entry->path());

@@ -1,5 +1,6 @@
 #include "panels/discrete/UPDN_Runin.h"
 
+#include "platform/controls/longValues.h"
 #include "platform/controls/recording.h"
 #include "platform/runtime/text.h"
 
@@ -25,12 +26,12 @@ constexpr std::array<const char*, UPDN_Runin::kStages> kSteps = {"102", "102", "
 
 void publish(SharedValues& values, RunInState& state, const std::string& panel) {
     values.scalar("TestStage", state.TestStage, panel);
-    values.scalar("LoopCount", state.LoopCount, panel);
-    values.scalar("TestCount", state.TestCount, panel);
-    values.scalar("FailCount", state.FailCount, panel);
-    values.scalar("PassCount", state.PassCount, panel);
+    publishLong(values, "LoopCount", state.LoopCount, panel);
+    publishLong(values, "TestCount", state.TestCount, panel);
+    publishLong(values, "FailCount", state.FailCount, panel);
+    publishLong(values, "PassCount", state.PassCount, panel);
     values.scalar("LogSteps", state.LogSteps, panel);
-    values.scalar("TestQty", state.TestQty, panel);
+    publishLong(values, "TestQty", state.TestQty, panel);
     values.scalar("PosMax", state.PosMax, panel);
     values.scalar("WiperPos", state.WiperPos, panel);
     values.scalar("ADVoltsPerCount", state.ADVoltsPerCount, panel);

@@ -1,5 +1,7 @@
 #include "platform/controls/SharedValues.h"
 
+#include "platform/controls/longValues.h"
+
 #include <algorithm>
 
 namespace vrk {
@@ -19,6 +21,14 @@ const SharedValues::Value* SharedValues::find(const std::string& panel, const st
         return value.name == name && value.panel == panel;
     });
     return found == values_.end() ? nullptr : &*found;
+}
+
+void publishLong(SharedValues& values, const char* name, int& field, const std::string& panel) {
+    values.add(
+        {name, kNoIndex, kNoIndex, [&field](int) { return ActionValue(std::int64_t{field}); },
+         // What 32 bits do not hold is refused where the argument is read.
+         [&field](int, const ActionValue& value) { field = static_cast<int>(wholeArgument({value}, 0)); },
+         panel});
 }
 
 } // namespace vrk

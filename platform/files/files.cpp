@@ -1,5 +1,6 @@
 #include "platform/files/files.h"
 
+#include "platform/files/OutputFile.h"
 #include "platform/runtime/Fault.h"
 #include "platform/runtime/text.h"
 
@@ -22,32 +23,27 @@ namespace {
 class Descriptor {
   public:
     explicit Descriptor(int number) : number_(number) {}
-    ~Descriptor() { close(); }
+    ~Descriptor() {
+        if (number_ >= 0)
+            ::close(number_);
+    }
     Descriptor(const Descriptor&) = delete;
     Descriptor& operator=(const Descriptor&) = delete;
 
     int number() const { return number_; }
-    bool close() {
-        const int number = std::exchange(number_, -1);
-        return number < 0 || ::close(number) == 0;
-    }
 
   private:
     int number_;
 };
 
-/// \return false with errno set when not everything went out.
-bool writeAll(int descriptor, std::string_view content) {
-    while (!content.empty()) {
-        const ssize_t written = ::write(descriptor, content.data(), content.size());
-        if (written < 0) {
-            if (errno == EINTR)
-                continue;
-            return false;
-        }
-        content.remove_prefix(static_cast<std::size_t>(written));
-    }
-    return true;
+/// Adds to what is no file to be replaced. \throws Fault
+void writeTo(const fs::path& path, OutputFile::Mode mode, std::string_view content) {
+    OutputFile file(path, mode);
+    int error = file.write(content);
+    if (error == 0)
+        error = file.close();
+    if (error != 0)
+        throw fileFault("write", path.string(), error);
 }
 
 } // namespace
@@ -157,7 +153,7 @@ void requireWritable(const fs::path& path) {
     if (existed && ::access(target.c_str(), W_OK) != 0)
         throw fileFault("write", path.string(), errno);
     if (existed && !S_ISREG(old.st_mode))
-        return; // it takes the bytes as they come
+        return; // the reader of a pipe would take the end of a trial for the end of the file
     const auto [temporary, number] = makeTemporary(target);
     const Descriptor file(number);
     if (file.number() < 0)
@@ -173,9 +169,7 @@ void replaceFile(const std::filesystem::path& path, const std::string& content) 
     const bool existed = ::stat(target.c_str(), &old) == 0;
     if (existed && !S_ISREG(old.st_mode)) {
         // A pipe or a terminal cannot be replaced; it takes the bytes as they come.
-        const Descriptor device(::open(target.c_str(), O_WRONLY | O_CLOEXEC));
-        if (device.number() < 0 || !writeAll(device.number(), content))
-            throw fileFault("write", path.string(), errno);
+        writeTo(target, OutputFile::Mode::Anew, content);
         return;
     }
     if (existed && ::access(target.c_str(), W_OK) != 0)
@@ -188,20 +182,18 @@ void replaceFile(const std::filesystem::path& path, const std::string& content) 
     const mode_t mask = ::umask(0);
     ::umask(mask);
     const mode_t mode = existed ? (old.st_mode & 07777U) : (0666U & ~mask);
-    if (!writeAll(file.number(), content) || ::fchmod(file.number(), mode) != 0 ||
-        ::fsync(file.number()) != 0 || ::rename(temporary.c_str(), target.c_str()) != 0) {
-        const int error = errno;
+    int error = writeAll(file.number(), content);
+    if (error == 0 && (::fchmod(file.number(), mode) != 0 || ::fsync(file.number()) != 0 ||
+                       ::rename(temporary.c_str(), target.c_str()) != 0))
+        error = errno;
+    if (error != 0) {
         ::unlink(temporary.c_str());
         throw fileFault("write", path.string(), error);
     }
 }
 
 void appendFile(const std::filesystem::path& path, const std::string& content) {
-    Descriptor file(::open(path.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0666));
-    if (file.number() < 0)
-        throw fileFault("open", path.string(), errno);
-    if (!writeAll(file.number(), content) || !file.close())
-        throw fileFault("write", path.string(), errno);
+    writeTo(path, OutputFile::Mode::Append, content);
 }
 
 bool sameFile(const fs::path& one, const fs::path& other) {

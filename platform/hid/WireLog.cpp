@@ -5,8 +5,8 @@
 #include "platform/runtime/text.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <charconv>
+#include <cstdio>
 #include <map>
 
 namespace vrk::hid {
@@ -111,19 +111,13 @@ std::string reportText(const Report& report) {
 
 WireLog::WireLog(WireRecorder& recorder, const Clock& clock, const std::filesystem::path& path,
                  std::function<void(const std::string&)> onFailure)
-    : path_(path.string()), file_(std::fopen(path_.c_str(), "wb")), onFailure_(std::move(onFailure)) {
-    if (!file_)
-        throw fileFault("write", path_, errno);
-    if (!put(std::string(kFormat) + "\n# started " + startedText(clock.wallTime()) +
-             "\n# ms, direction, board, 64 bytes\n"))
-        throw fileFault("write", path_, errno);
+    : path_(path.string()),
+      file_(std::make_unique<OutputFile>(path, OutputFile::Mode::Anew)),
+      onFailure_(std::move(onFailure)) {
+    if (const int error = file_->write(std::string(kFormat) + "\n# started " + startedText(clock.wallTime()) +
+                                       "\n# ms, direction, board, 64 bytes\n"))
+        throw fileFault("write", path_, error);
     subscription_ = recorder.observe([this](const WireEvent& event) { write(event); });
-}
-
-bool WireLog::put(const std::string& text) {
-    // Handed to the system line by line: a crash of the program then loses nothing that was exchanged.
-    return std::fwrite(text.data(), 1, text.size(), file_.get()) == text.size() &&
-           std::fflush(file_.get()) == 0;
 }
 
 void WireLog::write(const WireEvent& event) {
@@ -139,8 +133,7 @@ void WireLog::write(const WireEvent& event) {
     text += event.direction == WireEvent::Direction::Out ? " out " : " in  ";
     text +=
         std::to_string(event.board) + ' ' + reportText(event.report) + (event.failed ? " failed\n" : "\n");
-    if (!put(text)) {
-        const int error = errno;
+    if (const int error = file_->write(text)) {
         file_.reset();
         end(error);
     }
@@ -152,11 +145,11 @@ void WireLog::end(int error) {
 }
 
 WireLog::~WireLog() {
-    // Some network disks tell only now that there was no room.
-    if (file_ == nullptr || std::fclose(file_.release()) == 0)
+    const int error = file_ == nullptr ? 0 : file_->close();
+    if (error == 0)
         return;
     try {
-        end(errno);
+        end(error);
     } catch (...) {
         // Who is told of it fails as well: there is nobody else.
     }

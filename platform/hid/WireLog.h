@@ -1,8 +1,8 @@
 #pragma once
 
+#include "platform/files/OutputFile.h"
 #include "platform/hid/WireRecorder.h"
 
-#include <cstdio>
 #include <filesystem>
 #include <functional>
 #include <map>
@@ -46,16 +46,11 @@ class WireLog {
     bool failed() const { return file_ == nullptr; }
 
   private:
-    struct CloseFile {
-        void operator()(std::FILE* file) const { std::fclose(file); }
-    };
-
     void write(const WireEvent& event);
-    bool put(const std::string& text);
     void end(int error);
 
     std::string path_;
-    std::unique_ptr<std::FILE, CloseFile> file_;
+    std::unique_ptr<OutputFile> file_;
     std::function<void(const std::string&)> onFailure_;
     std::map<int, std::string> named_; ///< paths of the boards as the log has named them last
     Subscription subscription_;

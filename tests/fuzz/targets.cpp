@@ -1,6 +1,7 @@
 #include "tests/fuzz/targets.h"
 
 #include "motherboard/CalibrationFile.h"
+#include "panels/discrete/RunInReport.h"
 #include "platform/clipboard/Clipboard.h"
 #include "platform/dialogs/Dialogs.h"
 #include "platform/files/RegisterMapFile.h"
@@ -11,8 +12,12 @@
 #include "sim/SimulatedBus.h"
 #include "tests/script/scriptFuzz.h"
 
+#include <algorithm>
+#include <array>
+#include <cstdio>
 #include <fstream>
 #include <memory>
+#include <optional>
 #include <stdexcept>
 
 namespace vrk::fuzz {
@@ -113,6 +118,52 @@ std::string registerMap(std::string_view bytes) {
     return decimalText(static_cast<long long>(map.registers.size()));
 }
 
+/// Lines whose check is right, whatever they say: what a sound disk may hold of another program.
+std::string journal(const fs::path& file, std::string_view bytes) {
+    std::string lines;
+    for (std::size_t at = 0; at < bytes.size();) {
+        const auto end = std::min(bytes.find('\n', at), bytes.size());
+        const std::string_view record = bytes.substr(at, end - at);
+        std::array<char, 10> check{};
+        std::snprintf(check.data(), check.size(), "%08x ", crc32(record));
+        lines.append(check.data()).append(record).append("\n");
+        at = end + 1;
+    }
+    std::optional<RunInSuite> suite;
+    const RunInReport report = recountRunIn(written(file, lines), std::nullopt, {}, &suite);
+    const RunInProgress& progress = report.history.progress;
+    require(progress.testCount == progress.passCount + progress.failCount, "a judgement has two verdicts");
+    require(report.counted.judgements == progress.testCount && report.counted.fails == progress.failCount,
+            "the report and the run that is gone on with count otherwise");
+    require(recountRunIn(file, 1e-9).counted.judgements == progress.testCount,
+            "a judgement is not made again");
+    (void)junitText(suite->suite(true));
+    return report.ended() + (whyNotResumable(file, report.history).empty() ? "+" : "-") +
+           decimalText(progress.testCount);
+}
+
+std::string journalRecords() {
+    std::string records =
+        R"({"kind":"header","version":1,"run":"00AB","started":"2020-01-01 12:00:00",)"
+        R"("program":"p","part":"UPDN100","reference":3.3,"fields":{"steps":8,"logEvery":4,)"
+        R"("positions":100,"tolerance":0.33,"id":"T","logAll":false,"doublePurge":false,)"
+        R"("stimulus":[102,102,63,1,1,1,1],"vcc":"5.0","calibration":"c"}})"
+        "\n";
+    for (int stage = 0; stage < RunInSettings::kStages; ++stage) {
+        RunInStage done{.loop = std::max(0, stage - 2), .stage = stage, .tally = 63, .volts = 1.5};
+        done.verdict = static_cast<RunInVerdict>(std::min(stage / 2, 2));
+        if (stage == 2)
+            done.band = true;
+        records += stageRecord(done) + '\n';
+    }
+    return records + R"({"kind":"range","max":2.5,"min":0,"voltsPerStep":0.025,"limit":0.008})"
+                     "\n"
+                     R"({"kind":"event","what":"resumed","text":"t"})"
+                     "\n"
+                     R"({"kind":"end","ended":"completed"})"
+                     "\n";
+}
+
 std::string wireLog(std::string_view bytes) {
     return decimalText(static_cast<long long>(hid::parseWireLog(bytes).size()));
 }
@@ -157,6 +208,12 @@ std::vector<Target> makeTargets(const fs::path& examples, const fs::path& scratc
           "dimIncrement = 255\n", "%s", "width = 16\n", "bitOffset = 15\n", "bitWidth = 16\n", "value = -1\n",
           "name = \"A\"\n", "storage = \"selected\"\n", "storageSelect = \".\"\n", "0x", "[", "{", "\"\"\"",
           "9223372036854775808"}},
+        {"journal",
+         [scratch](auto bytes) { return journal(scratch / "run.journal", bytes); },
+         {journalRecords()},
+         {"{",       "}",         "[",        "1e308",        "-1",      "1e15",       "2147483647",
+          "null",    "\"kind\":", "header",   "range",        "stage",   "event",      "end",
+          "resumed", "link lost", "mismatch", "\"version\":", "\"ms\":", "\"tally\":", "\n"}},
         {"wirelog",
          wireLog,
          {wireLogLines()},

@@ -132,6 +132,15 @@ TEST_F(FilesTest, FailureKeepsTheOldFile) {
     ASSERT_EQ(::mkfifo((folder / "pipe").c_str(), 0600), 0);
     for (const fs::path& special : {folder / "pipe", fs::path("/dev/zero")})
         EXPECT_THAT(faultOf([&] { readFile(special); }), HasSubstr("a pipe or a device"));
+    for (const auto write : {replaceFile, appendFile}) {
+        const fs::path pipe = folder / "pipe";
+        EXPECT_THAT(faultOf([&] { write(pipe, "x"); }), HasSubstr("nobody reads"));
+        const int reader = ::open(pipe.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+        write(pipe, "bytes");
+        std::string got(9, '\0');
+        EXPECT_EQ(::read(reader, got.data(), got.size()), 5);
+        ::close(reader);
+    }
     fs::resize_file(file, kMostFileBytes);
     EXPECT_EQ(readFile(file).size(), kMostFileBytes);
     fs::resize_file(file, kMostFileBytes + 1);

@@ -1,5 +1,7 @@
 #include "tests/support/TestBench.h"
 
+#include <set>
+
 namespace vrk {
 namespace {
 
@@ -49,6 +51,8 @@ TEST_F(BenchTest, EverySharedValueIsItsOwn) {
                     all.push_back(shared.get(index));
         return all;
     };
+    const std::set<std::string> wide = {"LoopCount", "TestCount", "FailCount",
+                                        "PassCount", "TestQty",   "ExpectedReads"};
     for (const auto& shared : bench.sharedValues().all()) {
         if (!shared.set || shared.name == "reportBuffer")
             continue;
@@ -57,6 +61,8 @@ TEST_F(BenchTest, EverySharedValueIsItsOwn) {
         ActionValue changed = std::string("7B");
         if (std::holds_alternative<bool>(old))
             changed = !std::get<bool>(old);
+        else if (wide.contains(shared.name))
+            changed = std::int64_t{100000};
         else if (std::holds_alternative<std::int64_t>(old))
             changed = std::int64_t{123};
         else if (std::holds_alternative<double>(old))
@@ -68,6 +74,8 @@ TEST_F(BenchTest, EverySharedValueIsItsOwn) {
         for (std::size_t value = 0; value < after.size(); ++value)
             differing += after[value] == before[value] ? 0 : 1;
         EXPECT_EQ(differing, 1) << shared.name;
+        if (std::holds_alternative<std::int64_t>(old) && !wide.contains(shared.name))
+            EXPECT_THROW(shared.set(std::max(shared.last, 0), std::int64_t{40000}), Fault) << shared.name;
     }
 }
 

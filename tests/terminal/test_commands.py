@@ -13,6 +13,7 @@ from pathlib import Path
 from vrkctl import ENVIRONMENT, PROGRAM, TIMEOUT, hear_signals, run
 
 WRITE = ["wiper", "write", "0", "63"]
+EXAMPLE = Path(__file__).parents[2] / "examples/kv4071-wiper.txt"
 
 
 class Commands(unittest.TestCase):
@@ -106,6 +107,18 @@ class Commands(unittest.TestCase):
                 self.assertTrue(err.startswith("vrkctl: "), err)
                 if wanted != 1:
                     self.assertEqual(out, "")
+
+    def test_pipes_that_nobody_serves_keep_no_command_waiting(self):
+        pipe = self.log.with_name("pipe")
+        os.mkfifo(pipe)
+        script, runin = ["script", "run", EXAMPLE, "--simulate"], ["runin", "run", "--simulate=UPDN100", "--steps", 4, "--log-every", 4]
+        for args in ([*WRITE, "--simulate", "--wire-log"], [*WRITE, "--replay"], [*WRITE, "--simulate", "--sim-memory"],
+                     [*WRITE, "--simulate", "--scenario"], ["register", "list", "--simulate", "--map"], ["script", "check"],
+                     [*script, "--save"], [*script, "--junit"], [*runin, "--log"], [*runin, "--junit"], [*runin, "--journal"],
+                     ["runin", "report"], ["runin", "resume"]):
+            with self.subTest(args=args):
+                code, _, err = run(*args, pipe)
+                self.assertEqual((code, str(pipe) in err), (5, True), err)
 
     def test_registers(self):
         stays = "vrkctl: VCC stays on: a volatile value would be lost with it\n"

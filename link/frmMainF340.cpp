@@ -243,16 +243,20 @@ int frmMainF340::writeCommand(Command command, std::initializer_list<std::uint8_
 }
 
 bool frmMainF340::readCommand(Command command, unsigned prepare, std::initializer_list<std::uint8_t> bytes) {
+    const bool taken = link().checkStatus(sendCommand(command, prepare, bytes)) == kLinkGood;
+    // Not before: behind a refused write Retry reads the whole board, and those replies answer something
+    // else.
     replied_ = false;
-    if (link().checkStatus(sendCommand(command, prepare, bytes)) != kLinkGood)
+    if (!taken)
         return false;
     replied_ = link().readReply();
     return true;
 }
 
 bool frmMainF340::readState(Command command, Lost lost, std::initializer_list<std::uint8_t> bytes) {
-    replied_ = false;
-    if (link().checkStatus(sendCommand(command, kPurgeFill, bytes)) != kLinkGood)
+    const bool taken = link().checkStatus(sendCommand(command, kPurgeFill, bytes)) == kLinkGood;
+    replied_ = false; // as in readCommand()
+    if (!taken)
         return false;
     link().fillReportBuffer(0);
     replied_ = link().readReply();

@@ -115,6 +115,7 @@ void PanelBench::open(PartBus bus) {
     const bool spi = bus == PartBus::SPI;
     openRow(spi ? frmStartup::kSPI : frmStartup::kI2C,
             spi ? "opening the SPI panel" : "opening the I2C panel");
+    session_.workBegins();
 }
 
 void PanelBench::openRow(int row, const std::string& what) {
@@ -128,7 +129,6 @@ void PanelBench::openRow(int row, const std::string& what) {
         throw CommandError(ExitCode::NoBoard, "the board cannot be used: another program may have it open");
     if (const auto signalled = interrupt::requested())
         throw CommandError(*signalled, "interrupted; nothing was written");
-    session_.workBegins();
 }
 
 void PanelBench::openConsole() {

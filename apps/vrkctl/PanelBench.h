@@ -26,7 +26,8 @@ class PanelBench {
 
     /// Opens the panel of a bus on the board that the options name. \throws CommandError
     void open(PartBus bus);
-    /// Opens the panel of a row of the start panel's list. \throws CommandError
+    /// Opens the panel of a row of the start panel's list; the caller says when its work begins.
+    /// \throws CommandError
     void openRow(int row, const std::string& what);
     /// Opens the controller's console alone, which changes nothing at the board. \throws CommandError
     void openConsole();

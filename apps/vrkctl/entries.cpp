@@ -4,6 +4,7 @@
 #include "apps/vrkctl/Options.h"
 #include "platform/files/files.h"
 
+#include <algorithm>
 #include <array>
 #include <vector>
 
@@ -14,15 +15,19 @@ namespace {
 constexpr std::array kLevels = {"2.7", "3.0", "3.3", "3.5", "4.0", "4.5", "5.0", "Min", "Mid", "Max"};
 } // namespace
 
-void requireLevel(const std::string& vcc) {
+std::string levelNames() {
     std::string all;
-    for (const char* level : kLevels) {
-        if (sameLevel(vcc, level))
-            return;
-        all += std::string(level) + ", ";
-    }
-    if (vcc != "on" && vcc != "off")
-        throw CommandError(ExitCode::Usage, "--vcc: '" + vcc + "' is no level; levels: " + all + "off");
+    for (const char* level : kLevels)
+        all += (all.empty() ? "" : ", ") + std::string(level);
+    return all;
+}
+
+void requireLevel(const std::string& vcc) {
+    const bool known = std::any_of(kLevels.begin(), kLevels.end(),
+                                   [&vcc](const char* level) { return sameLevel(vcc, level); });
+    if (!known && vcc != "on" && vcc != "off")
+        throw CommandError(ExitCode::Usage,
+                           "--vcc: '" + vcc + "' is no level; levels: " + levelNames() + ", off");
 }
 
 void requireDistinct(std::initializer_list<std::pair<const char*, std::filesystem::path>> files) {

@@ -9,6 +9,9 @@
 /// What several commands take, judged before anything is sent.
 namespace vrk {
 
+/// The levels of the supply list: "2.7, 3.0, ... Max".
+std::string levelNames();
+
 /// \throws CommandError (usage) unless the supply list has such a level, or "on" or "off" is meant.
 void requireLevel(const std::string& vcc);
 

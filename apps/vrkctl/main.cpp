@@ -2,6 +2,7 @@
 #include "apps/vrkctl/Interrupt.h"
 #include "apps/vrkctl/Options.h"
 #include "apps/vrkctl/Terminal.h"
+#include "apps/vrkctl/entries.h"
 #include "panels/discrete/RunInTest.h"
 #include "platform/files/files.h"
 #include "platform/runtime/Fault.h"
@@ -54,16 +55,19 @@ void addCommonOptions(CLI::App& app, Options& options) {
         ->type_name("SECONDS");
 }
 
+/// \param off what the command says of VCC off, behind the levels
+template <class Level>
+void addLevel(CLI::App& command, Level& vcc, const char* off) {
+    command.add_option("--vcc", vcc, "Level: " + levelNames() + off + "; else 5.0")->type_name("LEVEL");
+}
+
 void addWiperOptions(CLI::App& command, WiperOptions& wiper) {
     command.add_option("CHANNEL", wiper.channel, "Wiper, counted from 0")->required();
     command.add_option("--part", wiper.part, "Part, as in the panel's device menu; else manual set-up")
         ->type_name("PART");
     command.add_option("--address", wiper.address, "Bus address, hexadecimal, 8-bit form")->type_name("HH");
     command.add_option("--taps", wiper.taps, "Taps: 16, 32, 64, 100, 128 or 256");
-    command
-        .add_option("--vcc", wiper.vcc,
-                    "Level: 2.7, 3.0, 3.3, 3.5, 4.0, 4.5, 5.0, Min, Mid, Max, or off; else 5.0")
-        ->type_name("LEVEL");
+    addLevel(command, wiper.vcc, ", or off");
 }
 
 void addScriptOptions(CLI::App& command, ScriptOptions& script) {
@@ -80,10 +84,7 @@ void addScriptOptions(CLI::App& command, ScriptOptions& script) {
 void addRunOptions(CLI::App& command, ScriptOptions& script) {
     command.add_option("--part", script.part, "Part, as in the panel's device menu; else manual set-up")
         ->type_name("PART");
-    command
-        .add_option("--vcc", script.vcc,
-                    "Level: 2.7, 3.0, 3.3, 3.5, 4.0, 4.5, 5.0, Min, Mid, Max, or off; else 5.0")
-        ->type_name("LEVEL");
+    addLevel(command, script.vcc, ", or off");
     command.add_option("--loop", script.loop, "Number of passes")
         ->check(CLI::Range(1, 1000000))
         ->type_name("N");
@@ -109,10 +110,7 @@ void addRegisterOptions(CLI::App& command, RegisterOptions& asked, bool which) {
                          "With the control register set to non-volatile");
         command.add_option("--address", asked.address, "Bus address or ID, hexadecimal, 8-bit form")
             ->type_name("HH");
-        command
-            .add_option("--vcc", asked.vcc,
-                        "Level: 2.7, 3.0, 3.3, 3.5, 4.0, 4.5, 5.0, Min, Mid, Max, or off; else 5.0")
-            ->type_name("LEVEL");
+        addLevel(command, asked.vcc, ", or off");
     }
     command.add_option("--part", asked.part, "Part; else the simulated one")->type_name("PART");
     command.add_option("--map", asked.map, "File with the part's registers")->type_name("FILE");
@@ -145,9 +143,9 @@ void addRegisterCommands(CLI::App& app, const Add& add, const Options& options, 
 void addSupplyCommands(CLI::App& app, const Add& add, const Options& options, SupplyOptions& asked) {
     CLI::App* parent = app.add_subcommand("supply", "Switch and measure the part's supplies");
     parent->require_subcommand(1);
-    add(*parent, "on", "Switch both supplies on, and leave them on", [&] { return supplyOn(options, asked); })
-        ->add_option("--vcc", asked.vcc, "Level: 2.7, 3.0, 3.3, 3.5, 4.0, 4.5, 5.0, Min, Mid, Max; else 5.0")
-        ->type_name("LEVEL");
+    addLevel(*add(*parent, "on", "Switch both supplies on, and leave them on",
+                  [&] { return supplyOn(options, asked); }),
+             asked.vcc, "");
     add(*parent, "off", "Switch both supplies off", [&] { return supplyOff(options); });
     add(*parent, "status", "Tell what is on, and measure VCC", [&] { return supplyStatus(options); });
 }
@@ -189,10 +187,7 @@ void addRunInEntries(CLI::App& command, RunInOptions& runIn) {
         ->check(aboveZero)
         ->type_name("X");
     command.add_option("--id", runIn.id, "Description of the test, for the log")->type_name("TEXT");
-    command
-        .add_option("--vcc", runIn.vcc,
-                    "Level: 2.7, 3.0, 3.3, 3.5, 4.0, 4.5, 5.0, Min, Mid or Max, never off; else 5.0")
-        ->type_name("LEVEL");
+    addLevel(command, runIn.vcc, ", never off");
     command.add_flag("--log-all", runIn.logAll, "Log passes too");
     command.add_flag("--double-purge", runIn.doublePurge,
                      "Drain stale reports once more ahead of each sample");

@@ -227,13 +227,24 @@ TEST_F(LinkTest, RetryOverALostReplyShowsTheBoardsStateAndNoOtherRegister) {
     EXPECT_THAT(boxes(), ElementsAre(with(kCheckStatus, "Retry")));
     EXPECT_EQ(console().txtReadVal[0].text(), "00");
     // Pins that were read before the loss are not laid over those that Retry has read.
-    for (const char* getter : {"getGPvalue", "getGPconf"}) {
-        fault(FaultKind::NoReply, 1, 18);
-        answer(Choice::Retry);
-        EXPECT_TRUE(act([&] { (*console().findAction(getter))({}); }).done());
-        EXPECT_THAT(boxes(), ElementsAre(with(kCheckStatus, "Retry")));
-        EXPECT_EQ(console().lblWrGPData[2].caption() + console().lblWrOC[2].caption(), "10F8");
-    }
+    const auto pins = [this](int port) {
+        return console().lblWrGPData[port].caption() + console().lblWrOC[port].caption();
+    };
+    const std::string first = pins(0);
+    for (const FaultKind kind : {FaultKind::NoReply, FaultKind::WriteFails})
+        for (const char* getter : {"getGPvalue", "getGPconf"}) {
+            fault(kind, 1, 18);
+            answer(Choice::Retry);
+            EXPECT_TRUE(act([&] { (*console().findAction(getter))({}); }).done());
+            EXPECT_THAT(boxes(), ElementsAre(with(kCheckStatus, "Retry")));
+            EXPECT_EQ(pins(0) + pins(2), first + "10F8");
+        }
+    console().cmdFirmwareVersion.userClick();
+    fault(FaultKind::WriteFails, 1, 0);
+    answer(Choice::Retry);
+    console().cmdFirmwareVersion.userClick();
+    EXPECT_EQ(boxes().size(), 1U);
+    EXPECT_NE(console().txtFirmwareVersion.freshness()->state, Freshness::State::Fresh);
     sent();
     console().cmdSimpleI2cRd.userClick(); // sets no report ID of its own
     EXPECT_THAT(sent(2), ElementsAre("01 06"));

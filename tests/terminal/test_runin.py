@@ -92,15 +92,15 @@ class RunIn(unittest.TestCase):
         self.journal.unlink()
         command = ["run", "--steps", "4000", "--journal"]
         kills = 0
-        for kill in range(6):
+        for kill in range(20):
             process = subprocess.Popen([PROGRAM, "runin", *command, self.journal, *SIMULATED, *memory], env=ENVIRONMENT,
                                        stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
-            while process.poll() is None and (not self.journal.exists() or self.journal.stat().st_size < size * (kill + 1) / 8):
+            while process.poll() is None and (not self.journal.exists() or self.journal.stat().st_size < size * (kill + 1) / 25):
                 time.sleep(0.001)
             process.kill()
             kills += process.wait() == -signal.SIGKILL
             command = ["resume"]
-        self.assertGreater(kills, 3)
+        self.assertGreater(kills, 15)
         code, _, err = self.resume(*memory)
         self.assertEqual(code, 0, err)
         code, report, _ = self.report()

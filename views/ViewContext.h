@@ -52,7 +52,7 @@ struct ViewContext {
 
 /// The link in words for a band and a status line.
 struct LinkWords {
-    QString state; ///< "attached", "simulated", "silent", "gone", "not opened"
+    QString state; ///< "attached", "simulated", "silent", "gone", "not open"
     QString board; ///< "Board attached, instance 0"
     QString last;  ///< result of the last exchange
     Colour colour = Colour::Black;

@@ -1,5 +1,6 @@
 #include "platform/qt/LogView.h"
 
+#include "platform/qt/logFailures.h"
 #include "platform/qt/theme.h"
 
 #include <QApplication>
@@ -126,11 +127,13 @@ void LogView::paintEvent(QPaintEvent*) {
     const Place to = std::max(anchor_, caret_);
     const auto first = static_cast<std::size_t>(verticalScrollBar()->value());
     const std::size_t last = std::min(lineCount(), first + static_cast<std::size_t>(linesInSight()) + 2);
+    const LogFailures* failures = LogFailures::of(*this);
     int top = kMargin / 2;
     for (std::size_t number = first; number < last; ++number, top += lineHeight()) {
         const QString text = lineText(number);
         const int base = top + fontMetrics().ascent();
-        painter.setPen(palette().color(QPalette::Text));
+        const bool failed = failures != nullptr && failures->tells(log_->line(number));
+        painter.setPen(failed ? toneColour(Tone::Failed) : palette().color(QPalette::Text));
         painter.drawText(left, base, text);
         if (from == to || number < from.line || number > to.line)
             continue;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "apps/rehearsal/SimulatedRehearsal.h"
 #include "apps/vrkbench/SimulatedSocket.h"
 #include "platform/hid/WireRecorder.h"
 #include "platform/qt/QtDialogs.h"
@@ -23,7 +24,8 @@ struct WindowBench {
                  .clipboard = clipboard,
                  .host = recorder,
                  .programFolder = folder,
-                 .workingFolder = folder}),
+                 .workingFolder = folder,
+                 .rehearsalBench = [this, folder] { return makeRehearsalBenchOf(bench, folder); }}),
           workspace({bench, BoardKind::Simulated, part, nullptr, std::make_shared<SimulatedSocket>(bus),
                      &recorder}) {
         bus.socket(part);

@@ -1,3 +1,4 @@
+#include "platform/files/files.h"
 #include "tests/windows/WindowTest.h"
 
 #include "views/blocks/PinTimeline.h"
@@ -5,6 +6,7 @@
 #include "views/pages/runInPicture.h"
 #include "views/plot/Plot.h"
 
+#include <QImage>
 #include <QLabel>
 
 #include <algorithm>
@@ -228,6 +230,53 @@ TEST_F(PinPagesTest, ARunShowsItsFiguresAndItsDrift) {
     EXPECT_EQ(text("lblTimeLeft"), "0:00:00");
     EXPECT_NE(text("lblElapsed"), "-----");
     EXPECT_TRUE(widget(kRunIn, "cmdRunInitial").isEnabled());
+    auto& log = widget<qt::LogView>(kRunIn, "rtxt1");
+    ASSERT_TRUE(log.find("FAIL", false));
+    const QImage shown = log.viewport()->grab().toImage();
+    int red = 0;
+    for (int y = 0; y < shown.height(); ++y)
+        for (int x = 0; x < shown.width(); ++x)
+            red += qRed(shown.pixel(x, y)) > qBlue(shown.pixel(x, y)) + 100 ? 1 : 0;
+    EXPECT_GT(red, 100);
+}
+
+TEST_F(PinPagesTest, AnUnfinishedRunIsOfferedAndEachAnswerDoesItsOwn) {
+    const auto runs = folder.path() / "runs";
+    bench.runInHome().folder = runs;
+    bench.runInHome().keepJournal = true;
+    click("cmdRunin");
+    panel_ = kRunIn;
+    bringToFront(kRunIn);
+    enter("txtTestQty", "8");
+    enter("txtLogSteps", "4");
+    click("cmdRunInitial");
+    const auto journal = std::filesystem::directory_iterator(runs)->path();
+    const std::string whole = readFile(journal);
+    QWidget& bar = *widget(kRunIn, "cmdResumeRun").parentWidget();
+    EXPECT_FALSE(bar.isVisible());
+    const auto offer = [&](const char* end) {
+        replaceFile(journal, whole.substr(0, whole.find(end)));
+        workspace.open(*findPageRow("frmStartup"));
+        bringToFront(kRunIn);
+        settle();
+        EXPECT_TRUE(bar.isVisible());
+    };
+    offer("\"loop\":5,");
+    EXPECT_TRUE(text("lblUnfinished").contains("step 4 of 8"));
+    click("cmdShowRun");
+    EXPECT_NE(bench.UPDN_Runin->rtxt1.text().find("step 4 of 8"), std::string::npos);
+    EXPECT_TRUE(bar.isVisible());
+    click("cmdResumeRun");
+    settle();
+    EXPECT_EQ(text("lblRUnCount(0)"), "8");
+    EXPECT_FALSE(bar.isVisible());
+    EXPECT_EQ(widget<Plot>(kRunIn, "drift").model().resumed.size(), 1U);
+    offer("\"loop\":3,");
+    const std::string left = readFile(journal);
+    click("cmdNewRun");
+    settle();
+    EXPECT_FALSE(bar.isVisible());
+    EXPECT_EQ(readFile(journal), left);
 }
 
 /// The picture of a run that no test waits for.

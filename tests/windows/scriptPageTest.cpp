@@ -1,4 +1,5 @@
 #include "apps/vrkbench/BreakpointSettings.h"
+#include "platform/files/files.h"
 #include "tests/windows/WindowTest.h"
 #include "views/pages.h"
 #include "views/pages/scriptRows.h"
@@ -219,6 +220,54 @@ TEST_F(ScriptPageTest, ASaveOfRowsThatNeverRanAsksFirst) {
         EXPECT_FALSE(bar.isVisible());
     }
     EXPECT_TRUE(std::filesystem::exists(folder.path() / "t.txt"));
+}
+
+TEST_F(ScriptPageTest, WhatIsRecordedIsSavedAndRunsAgain) {
+    constexpr const char* kI2c = "frmVRK_User1";
+    click(kScript, "cmdRecord");
+    workspace.open(*findPageRow(kI2c));
+    enter(kI2c, "txtHexDataWrt(0)", "2A");
+    click(kI2c, "cmdI2Read(0)");
+    enter(kI2c, "txtHexDataWrt(0)", "15");
+    workspace.open(*findPageRow(kScript));
+    click(kScript, "cmdRecordStop");
+    const auto file = folder.path() / "r.txt";
+    boxes.expectFile(file.string());
+    click(kScript, "cmdRecordSave");
+    settle();
+    std::size_t at = 0;
+    const std::string saved = readFile(file);
+    for (const char* row : {"\r\n00,2A,\r\n", "\r\n00,,2A\r\n", "\r\n00,15,\r\n", "`ENDM\r\n"}) {
+        at = saved.find(row, at);
+        EXPECT_NE(at, std::string::npos) << saved;
+    }
+    bench.frmVRK_User1->txtHexDataWrt[0].setText("00");
+    press(Qt::Key_F8);
+    EXPECT_EQ(widget<QLineEdit>(kScript, "txtRdPass").text(), "1");
+    EXPECT_EQ(w.bus.state().part->wipers.at(0), 0x15);
+}
+
+TEST_F(ScriptPageTest, ARehearsalTellsAbortsAndAsksBeforeARunThatWearsThePart) {
+    std::string rows = "02,40,# non-volatile\n";
+    for (int row = 0; row < 501; ++row)
+        rows += "00,1122,\n";
+    load(rows + "`ENDM");
+    QTimer::singleShot(0, &workspace, [this] { click(kScript, "cmdAbort"); });
+    click(kScript, "cmdRehearse");
+    EXPECT_EQ(bench.context().results.kept().back().text, "Rehearsal aborted");
+    EXPECT_FALSE(panel().rehearsal());
+    click(kScript, "cmdRehearse");
+    EXPECT_NE(shown("lblRehearsal").find(" 502 reports, 1002 non-volatile writes, 0 rows would fail"),
+              std::string::npos)
+        << shown("lblRehearsal");
+    QWidget& bar = widget(kScript, "script.question");
+    for (const char* answer : {"script.cancel", "script.agree"}) {
+        press(Qt::Key_F8);
+        EXPECT_TRUE(bar.isVisible());
+        EXPECT_EQ(reports, 0);
+        click(kScript, answer);
+    }
+    EXPECT_EQ(reports, 502);
 }
 
 TEST(BreakpointSettingsTest, KeepTheLinesOfEachFile) {

@@ -1,5 +1,6 @@
 /// Writes pictures of the workspace at work: `vrkshots FOLDER [--light | --dark]`, at 1280 x 720 and
-/// 1600 x 1000. The device pixel ratio comes from QT_SCALE_FACTOR.
+/// 1600 x 1000. The device pixel ratio comes from QT_SCALE_FACTOR; at 2 the workspace also stands on a screen
+/// of 1280 x 720, which is half as large.
 
 #include "platform/files/files.h"
 #include "platform/qt/theme.h"
@@ -16,8 +17,10 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
 #include <string>
 #include <utility>
+#include <vector>
 
 using namespace vrk;
 
@@ -33,7 +36,10 @@ class Shooter {
     int failures() const { return failures_; }
 
     void shoot(const char* name) {
-        for (const QSize size : {QSize(1280, 720), QSize(1600, 1000)}) {
+        std::vector<QSize> sizes = {QSize(1280, 720), QSize(1600, 1000)};
+        if (bench_.workspace.devicePixelRatio() > 1) // a screen of 1280 x 720 at 200%
+            sizes.emplace_back(640, 360);
+        for (const QSize size : sizes) {
             bench_.workspace.resize(size);
             save(bench_.workspace, QString("%1-%2-%3").arg(name, shade_).arg(size.width()));
         }
@@ -88,8 +94,19 @@ void sweep(frmVRK_User1& panel) {
         }
 }
 
-void shootPinPages(WindowBench& bench, Shooter& shooter) {
+/// Leaves the journal of a run as a program does that was killed half-way.
+void offerTheRun(const std::filesystem::path& runs) {
+    for (const auto& entry : std::filesystem::directory_iterator(runs)) {
+        const std::string whole = readFile(entry.path());
+        replaceFile(entry.path(), whole.substr(0, whole.find("\"loop\":400,")));
+    }
+}
+
+void shootPinPages(WindowBench& bench, Shooter& shooter, const QString& folder) {
     Bench& b = bench.bench;
+    const std::filesystem::path runs = folder.toStdString() + "/runs";
+    std::filesystem::remove_all(runs);
+    b.runInHome().folder = runs;
     bench.bus.socket("UPDN100");
     (void)b.frmStartup->cboVRKSelect.userSelect(frmStartup::kUpDown);
     frmVRK_UD1& upDown = *b.frmVRK_UD1;
@@ -101,11 +118,16 @@ void shootPinPages(WindowBench& bench, Shooter& shooter) {
     shooter.shoot("updown");
     UPDN_Runin& runIn = *b.UPDN_Runin;
     (void)upDown.cmdRunin.userClick();
+    runIn.chkJournal.setValue(1);
     runIn.txtTestQty.setText("800");
     runIn.txtLogSteps.setText("200");
     bench.bus.fault({.kind = sim::FaultKind::Noise, .times = 100000, .counts = 3});
     (void)runIn.cmdRunInitial.userClick();
     shooter.shoot("runin");
+    offerTheRun(runs);
+    runIn.Form_Activate();
+    (void)runIn.cmdShowRun.userClick();
+    shooter.shoot("runin-offered");
     (void)upDown.cmdMMenu.userClick();
     bench.bus.socket("PB64");
     (void)b.frmStartup->cboVRKSelect.userSelect(frmStartup::kPushButton);
@@ -138,6 +160,7 @@ void shootScript(WindowBench& bench, Shooter& shooter, const QString& folder) {
     script.openFile(path);
     bench.workspace.dock().setFolded(true);
     shooter.shoot("script-loaded");
+    (void)script.cmdRehearse.userClick();
     script.debugger().setBreakpoints({13, 19});
     bool running = false;
     const auto watch = script.observeRows([&](int row, bool began) {
@@ -214,7 +237,7 @@ int shootAll(const QString& folder, const QString& shade) {
     Workspace& workspace = bench.workspace;
     const auto show = [&b](PanelSlotBase& slot) { (void)b.events().deliver([&slot] { slot.show(); }); };
     shooter.shoot("home");
-    shootPinPages(bench, shooter); // ahead of what opens the dock
+    shootPinPages(bench, shooter, folder); // ahead of what opens the dock
 
     (void)b.events().deliver([&b] { b.Doco.load(); });
     (void)b.Doco->ChkTrace[2].userClick();

@@ -3,6 +3,7 @@
 #include "platform/controls/controls.h"
 #include "platform/files/RegisterMapFile.h"
 #include "platform/qt/theme.h"
+#include "platform/qt/words.h"
 #include "platform/runtime/Fault.h"
 #include "platform/runtime/text.h"
 #include "views/blocks/rows.h"
@@ -19,10 +20,6 @@ namespace vrk {
 using namespace qt;
 
 namespace {
-
-QString words(const std::string& text) {
-    return QString::fromStdString(text);
-}
 
 QString shown(const RegisterField& field, int word) {
     const int value = field.valueIn(word);

@@ -3,6 +3,7 @@
 #include "panels/WiperPanel.h"
 #include "panels/instruction/InstructionPanel.h"
 #include "platform/qt/theme.h"
+#include "platform/qt/words.h"
 #include "views/blocks/rows.h"
 #include "views/workspace/Page.h"
 
@@ -34,10 +35,6 @@ constexpr int kBitColumn = 30;
 constexpr int kByteWidth = 340;
 constexpr double kByteDigits = 3.7;
 constexpr int kOperation = 9; ///< column of the table
-
-QString text(const std::string& words) {
-    return QString::fromStdString(words);
-}
 
 /// The byte that the panel shows, if it is one.
 std::optional<std::uint8_t> byteOf(const InstructionPanel& p) {
@@ -229,7 +226,7 @@ QWidget* InstructionComposer::makeBits(PageUi& page, InstructionPanel& panel) {
         auto* label = ui(panel.lblSet[field]);
         label->setFont(valueFont(1.3));
         label->setAlignment(Qt::AlignCenter);
-        label->setAccessibleName(text(panel.lblSet[field].toolTip()));
+        label->setAccessibleName(qt::words(panel.lblSet[field].toolTip()));
         grid->addWidget(label, 3, at, 1, span);
     };
     number(0, 0, 4);
@@ -241,7 +238,7 @@ QWidget* InstructionComposer::makeBits(PageUi& page, InstructionPanel& panel) {
     auto* merged = ui(panel.lblSet[3]);
     merged->setFont(valueFont(1.3));
     merged->setAlignment(Qt::AlignCenter);
-    merged->setAccessibleName(text(panel.lblSet[3].toolTip()));
+    merged->setAccessibleName(qt::words(panel.lblSet[3].toolTip()));
     grid->setColumnStretch(10, 1);
     grid->addWidget(words, 1, 11, Qt::AlignCenter);
     grid->addWidget(merged, 3, 11, Qt::AlignCenter);
@@ -259,7 +256,7 @@ QWidget* InstructionComposer::makeByte(PageUi& page, InstructionPanel& panel) {
     std::vector<Item> registers{columnLabel("R1 / R0")};
     for (auto& option : panel.OptRegSel) {
         auto* button = ui(*option);
-        button->setAccessibleName("Register " + text(option->caption()));
+        button->setAccessibleName("Register " + qt::words(option->caption()));
         keepWithoutMnemonic(*button);
         registers.emplace_back(button);
         order_.push_back(button);
@@ -277,7 +274,7 @@ QWidget* InstructionComposer::makeByte(PageUi& page, InstructionPanel& panel) {
 
     auto* byte = ui(panel.lblSet[InstructionPanel::kByteField]);
     byte->setFont(valueFont(kByteDigits));
-    byte->setAccessibleName(text(panel.lblSet[InstructionPanel::kByteField].toolTip()));
+    byte->setAccessibleName(qt::words(panel.lblSet[InstructionPanel::kByteField].toolTip()));
     byte->setMinimumWidth(QFontMetrics(byte->font()).horizontalAdvance("00"));
     auto* words = new ToneLabel;
     words->setObjectName("instructionWords");
@@ -298,7 +295,7 @@ QWidget* InstructionComposer::makeByte(PageUi& page, InstructionPanel& panel) {
             words->setTone(Tone::Quiet);
             return;
         }
-        QString what = text(instructionWords(*byteNow));
+        QString what = qt::words(instructionWords(*byteNow));
         what[0] = what[0].toUpper();
         words->setText(what);
         words->setTone(Tone::Plain);
@@ -325,7 +322,7 @@ QWidget* InstructionComposer::makeByte(PageUi& page, InstructionPanel& panel) {
     go->setFixedSize(dp(150), dp(40));
     QFont large = textFont(1.3, true);
     go->setFont(large);
-    auto* lamp = ui(panel.ShpI2CAck[0], text(panel.Label1.caption()));
+    auto* lamp = ui(panel.ShpI2CAck[0], qt::words(panel.Label1.caption()));
     lamp->setSide(20);
     auto* lampWords = ui(panel.Label1);
     makeQuiet(*lampWords);

@@ -2,6 +2,7 @@
 
 #include "panels/instruction/InstructionPanel.h"
 #include "platform/qt/theme.h"
+#include "platform/qt/words.h"
 #include "views/blocks/rows.h"
 #include "views/workspace/Page.h"
 
@@ -28,10 +29,6 @@ constexpr int kHeadHeight = 28;
 constexpr int kButtonWidth = 56;
 constexpr int kFieldWidth = 40;
 constexpr double kDigits = 2.0;
-
-QString text(const std::string& words) {
-    return QString::fromStdString(words);
-}
 
 /// What a register has on the panel.
 struct Register {
@@ -84,11 +81,11 @@ std::vector<PotMap::Transfer> transfersOf(const InstructionPanel& p, int pot) {
 std::pair<QString, Tone> cellWords(const InstructionPanel& p, const PotMap::Place& at, const Reading& reading,
                                    Milliseconds now) {
     const Freshness& worth = *reading.freshness();
-    const auto full = ageWords(worth, now, text(reading.caption()));
+    const auto full = ageWords(worth, now, words(reading.caption()));
     if (worth.failed)
         return {"last read failed", Tone::Failed};
     if (worth.state == Freshness::State::Stale)
-        return {text(worth.cause), Tone::Stale};
+        return {words(worth.cause), Tone::Stale};
     if (worth.state == Freshness::State::Fresh)
         for (const PotMap::Transfer& transfer : transfersOf(p, at.pot))
             if (transfer.from.row == at.row)
@@ -97,7 +94,7 @@ std::pair<QString, Tone> cellWords(const InstructionPanel& p, const PotMap::Plac
 }
 
 LampWidget* mapLamp(PageUi& page, Lamp& lamp) {
-    auto* widget = page.ui()(lamp, text(lamp.caption()));
+    auto* widget = page.ui()(lamp, words(lamp.caption()));
     widget->setRole(LampWidget::Role::Map);
     return widget;
 }
@@ -105,7 +102,7 @@ LampWidget* mapLamp(PageUi& page, Lamp& lamp) {
 /// A failure's sign lies over the lamp of a register whose read failed: the model's blinks for that too.
 LampWidget* withFailure(PageUi& page, LampWidget* lamp, Reading& reading, const QString& name) {
     auto* failed = new LampWidget(lamp);
-    failed->setObjectName("failed." + text(reading.path()));
+    failed->setObjectName("failed." + words(reading.path()));
     failed->setName(name);
     failed->setColour(Colour::LightRed);
     failed->setAutoFillBackground(true);
@@ -143,7 +140,7 @@ class PotMap::Cell final : public QWidget {
         age->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
         const Clock& clock = p.context().clock();
         age->words = [&p, at, &reading = reg.read, &clock, age] {
-            age->setToolTip(ageWords(*reading.freshness(), clock.now(), text(reading.caption())).first);
+            age->setToolTip(ageWords(*reading.freshness(), clock.now(), words(reading.caption())).first);
             return cellWords(p, at, reading, clock.now());
         };
         ui.watch(reg.readLamp, [age] { age->refresh(); });
@@ -278,7 +275,7 @@ PotMap::PotMap(PageUi& page, InstructionPanel& panel) : arrows_(new Arrows(*this
         }
         auto* block = page.ui().frame(panel.FrVRK[pot], {}, cells);
         block->setTitled(false); // the head stands in a row of its own height
-        auto* head = heading(text(panel.FrVRK[pot].caption()), kStripScale);
+        auto* head = heading(words(panel.FrVRK[pot].caption()), kStripScale);
         head->setFixedHeight(dp(kHeadHeight));
         head->setContentsMargins(kUnit, 0, 0, 0);
         auto* outer = static_cast<QBoxLayout*>(block->layout());

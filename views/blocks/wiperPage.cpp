@@ -2,6 +2,7 @@
 
 #include "panels/WiperPanel.h"
 #include "platform/qt/theme.h"
+#include "platform/qt/words.h"
 #include "views/blocks/rows.h"
 #include "views/plot/ChannelPlot.h"
 #include "views/workspace/Page.h"
@@ -20,10 +21,6 @@ using namespace qt;
 namespace {
 
 constexpr int kSizes = 74;
-
-QString words(const std::string& text) {
-    return QString::fromStdString(text);
-}
 
 /// A button of the view's own.
 QPushButton* headButton(const QString& text, const QString& name, std::function<void()> act) {

@@ -1,5 +1,6 @@
 #include "panels/i2c/frmVRK_User1.h"
 #include "platform/qt/theme.h"
+#include "platform/qt/words.h"
 #include "views/blocks/ChannelStrips.h"
 #include "views/blocks/blocks.h"
 #include "views/blocks/rows.h"
@@ -20,10 +21,6 @@ namespace vrk {
 using namespace qt;
 
 namespace {
-
-QString words(const std::string& text) {
-    return QString::fromStdString(text);
-}
 
 void addSetUpSection(PageUi& page, frmVRK_User1& p) {
     auto* clock = page.ui()(p.cboI2CClock, 8);

@@ -1,4 +1,5 @@
 #include "panels/discrete/UPDN_Runin.h"
+#include "platform/qt/logFailures.h"
 #include "platform/qt/theme.h"
 #include "platform/runtime/text.h"
 #include "views/blocks/pinLines.h"
@@ -245,6 +246,7 @@ QWidget* logBox(PageUi& page, UPDN_Runin& p) {
     PanelUi& ui = page.ui();
     auto* log = ui(p.rtxt1);
     log->setAccessibleName("Logged Data");
+    new LogFailures(*log, [](const std::string& line) { return line.ends_with("FAIL"); });
     log->setMinimumHeight(log->fontMetrics().lineSpacing() * 3);
     log->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
     auto* path = ui(p.txtFilePath, 20);

@@ -1,4 +1,5 @@
 #include "platform/qt/theme.h"
+#include "platform/qt/words.h"
 #include "script/frmScriptOps.h"
 #include "views/pages/RowReports.h"
 #include "views/pages/pageMakers.h"

@@ -1,5 +1,6 @@
 #include "panels/instruction/Frm3310.h"
 #include "platform/qt/theme.h"
+#include "platform/qt/words.h"
 #include "views/blocks/rows.h"
 #include "views/pages/pageMakers.h"
 #include "views/workspace/Page.h"
@@ -19,14 +20,10 @@ constexpr double kDigits = 2.3;
 constexpr int kButton = 72;
 constexpr int kTransferButton = 124;
 
-QString text(const std::string& words) {
-    return QString::fromStdString(words);
-}
-
 /// One register a row: what was read, what is to be written, and the transfers between it and the wiper.
 void addRegister(PageUi& page, Frm3310& p, int index, QGridLayout& grid) {
     PanelUi& ui = page.ui();
-    const QString name = text(p.CMDq331X_Read[index].caption());
+    const QString name = words(p.CMDq331X_Read[index].caption());
     const int row = index + 1;
     int column = 0;
     const auto put = [&](QWidget* widget) { grid.addWidget(widget, row, column++, Qt::AlignVCenter); };

@@ -3,7 +3,6 @@
 #include <QString>
 
 #include <functional>
-#include <string>
 
 class QWidget;
 
@@ -11,10 +10,6 @@ namespace vrk {
 
 class PageUi;
 class frmScriptOps;
-
-inline QString words(const std::string& text) {
-    return QString::fromStdString(text);
-}
 
 /// A row's number as the table's first column has it: three digits.
 inline QString rowNumber(int row) {

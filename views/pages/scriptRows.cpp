@@ -2,6 +2,7 @@
 
 #include "platform/qt/Binding.h"
 #include "platform/qt/theme.h"
+#include "platform/qt/words.h"
 #include "script/frmScriptOps.h"
 #include "views/workspace/Page.h"
 
@@ -27,10 +28,6 @@ namespace {
 constexpr int kLagMs = 40;
 constexpr int kRowHigh = 24;
 constexpr int kSign = 14;
-
-QString words(const std::string& text) {
-    return QString::fromStdString(text);
-}
 
 bool bad(const RowResult* result) {
     return result != nullptr && result->verdict >= RowVerdict::Fail;

@@ -1,6 +1,7 @@
 #include "views/pages/scriptParts.h"
 
 #include "platform/qt/theme.h"
+#include "platform/qt/words.h"
 #include "script/frmScriptOps.h"
 #include "views/blocks/rows.h"
 #include "views/pages/boxes.h"

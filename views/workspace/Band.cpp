@@ -19,10 +19,6 @@ namespace {
 constexpr int kHeight = 60;
 constexpr double kDigits = 1.65;
 
-QString text(const std::string& bytes) {
-    return QString::fromStdString(bytes).trimmed();
-}
-
 template <class Widget>
 Widget* named(Widget* widget, const char* name) {
     widget->setObjectName(name);
@@ -308,7 +304,7 @@ void Band::showSupply(const BandSource& source) {
     };
     tint(*supplyCell_, on);
     tint(*minusCell_, minus);
-    QString volts = source.volts == nullptr ? QString() : text(source.volts->caption());
+    QString volts = source.volts == nullptr ? QString() : bandText(source.volts->caption());
     Tone tone = Tone::Plain;
     if (source.volts != nullptr && source.volts->freshness()) {
         if (source.volts->freshness()->state == Freshness::State::Never)
@@ -331,7 +327,7 @@ void Band::showSupply(const BandSource& source) {
 void Band::showLevels(const ComboBox* level) {
     const int rows = level == nullptr ? 0 : level->rowCount();
     const auto words = [level](int row) {
-        const QString name = text(level->row(row).text);
+        const QString name = bandText(level->row(row).text);
         return name.isEmpty() || !name[0].isDigit() ? name : name + " V";
     };
     bool same = rows == level_->count();
@@ -367,8 +363,8 @@ void Band::showResult() {
     const Result& last = kept.back();
     resultCell_->setGround(last.good ? Cell::Ground::Plain : Cell::Ground::Failure);
     resultLamp_->setColour(last.good ? Colour::LightGreen : Colour::LightRed);
-    result_->setText(text(last.text));
-    const QString detail = text(last.detail);
+    result_->setText(bandText(last.text));
+    const QString detail = bandText(last.detail);
     resultDetail_->setText(detail.isEmpty() ? clockText(last.time) : detail + "  ·  " + clockText(last.time));
     jump_->setVisible(!last.field.empty());
     jump_->setText("Show field");
@@ -378,10 +374,11 @@ void Band::showResult() {
 void Band::showRun() {
     const Activity* run = context_.bench.context().activities.current();
     shownRun_ = run;
-    runName_->setText(run == nullptr ? QString("Nothing runs")
-                      : run->total() > 0
-                          ? QString("%1 %2 of %3").arg(text(run->name())).arg(run->done()).arg(run->total())
-                          : text(run->name()));
+    runName_->setText(
+        run == nullptr ? QString("Nothing runs")
+        : run->total() > 0
+            ? QString("%1 %2 of %3").arg(bandText(run->name())).arg(run->done()).arg(run->total())
+            : bandText(run->name()));
     runName_->setTone(run == nullptr ? Tone::Quiet : Tone::Plain);
     runBar_->setRange(run == nullptr || run->total() <= 0 ? 1 : run->total());
     runBar_->setValue(run == nullptr || run->total() <= 0 ? 0 : run->done());

@@ -1,11 +1,17 @@
 #pragma once
 
 #include "platform/qt/theme.h"
+#include "platform/qt/words.h"
 #include "views/workspace/Band.h"
 
 #include <QPainter>
 
 namespace vrk {
+
+/// A model's text as the band shows it: its blanks are for columns that the band has not.
+inline QString bandText(const std::string& text) {
+    return qt::words(text).trimmed();
+}
 
 /// One place in the band with its own ground.
 class Band::Cell final : public QWidget {

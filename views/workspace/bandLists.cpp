@@ -13,14 +13,6 @@ namespace vrk {
 
 using namespace qt;
 
-namespace {
-
-QString text(const std::string& bytes) {
-    return QString::fromStdString(bytes).trimmed();
-}
-
-} // namespace
-
 QString clockText(const WallTime& time) {
     return QString("%1:%2:%3")
         .arg(time.hour, 2, 10, QChar('0'))
@@ -30,7 +22,7 @@ QString clockText(const WallTime& time) {
 
 BandSource bandOf(DevicePanel& panel) {
     BandSource source;
-    source.address = [&panel] { return text(panel.busAddress()); };
+    source.address = [&panel] { return bandText(panel.busAddress()); };
     source.on = &panel.OptVCC[0];
     source.off = &panel.OptVCC[1];
     source.level = &panel.CboVCC;
@@ -42,12 +34,12 @@ BandSource bandOf(DevicePanel& panel) {
         source.about = [wiper] {
             const int channels = wiper->wipers.channelCount;
             return QString("%1 · %2 channel%3 · %4 taps")
-                .arg(text(wiper->busName()))
+                .arg(bandText(wiper->busName()))
                 .arg(channels)
                 .arg(channels == 1 ? "" : "s")
                 .arg(wiper->wipers.TapCount);
         };
-        source.part = [wiper] { return text(wiper->lblProduct.caption()); };
+        source.part = [wiper] { return bandText(wiper->lblProduct.caption()); };
         source.parts = wiper->partEntries();
         source.watched = {&wiper->lblProduct, &wiper->txtDeviceAdr};
         for (auto& option : wiper->OptTaps)
@@ -82,8 +74,8 @@ void Band::openHistory() {
     std::vector<ChoicePopup::Choice> choices;
     const auto& kept = context_.bench.context().results.kept();
     for (auto at = kept.rbegin(); at != kept.rend(); ++at) {
-        const QString detail = text(at->detail);
-        ChoicePopup::Choice line{text(at->text) + (detail.isEmpty() ? QString() : "  ·  " + detail),
+        const QString detail = bandText(at->detail);
+        ChoicePopup::Choice line{bandText(at->text) + (detail.isEmpty() ? QString() : "  ·  " + detail),
                                  clockText(at->time),
                                  {},
                                  {},

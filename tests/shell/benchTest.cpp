@@ -74,8 +74,9 @@ TEST_F(BenchTest, EverySharedValueIsItsOwn) {
         for (std::size_t value = 0; value < after.size(); ++value)
             differing += after[value] == before[value] ? 0 : 1;
         EXPECT_EQ(differing, 1) << shared.name;
-        if (std::holds_alternative<std::int64_t>(old) && !wide.contains(shared.name))
+        if (std::holds_alternative<std::int64_t>(old) && !wide.contains(shared.name)) {
             EXPECT_THROW(shared.set(std::max(shared.last, 0), std::int64_t{40000}), Fault) << shared.name;
+        }
     }
 }
 

@@ -10,19 +10,20 @@
 namespace vrk {
 
 /// A whole bench on a simulated board that answers without delay, on a clock that jumps through every wait:
-/// what is left is the program's own work.
+/// what is left is the program's own work. With pace the clock tells how long a device on USB would take.
 struct BenchRig {
     VirtualClock clock;
     EventLoop events{clock};
     ScriptedDialogs dialogs;
     MemoryClipboard clipboard;
-    sim::SimulatedBus bus{clock, {.zeroLatency = true}};
+    sim::SimulatedBus bus;
     hid::WireRecorder recorder{bus, clock, report::kVendorId, report::kProductId};
     Bench bench;
 
     /// \param recorded every report passes the recorder, whose cost does not belong in a measurement.
-    explicit BenchRig(bool recorded = false)
-        : bench({events, dialogs, clipboard, recorded ? static_cast<hid::HidHost&>(recorder) : bus,
+    explicit BenchRig(bool recorded = false, bool paced = false)
+        : bus(clock, {.zeroLatency = !paced}),
+          bench({events, dialogs, clipboard, recorded ? static_cast<hid::HidHost&>(recorder) : bus,
                  std::filesystem::temp_directory_path(), std::filesystem::temp_directory_path()}) {}
 
     /// Opens the I2C panel with VCC on.

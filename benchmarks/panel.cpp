@@ -1,8 +1,11 @@
 #include "benchmarks/BenchRig.h"
+#include "panels/instruction/InstructionBus.h"
 
 #include <benchmark/benchmark.h>
 
+#include <chrono>
 #include <cstdlib>
+#include <string>
 #include <vector>
 
 namespace vrk {
@@ -103,6 +106,56 @@ void PanelAgainstBareExchanges(benchmark::State& state, On on) {
 }
 BENCHMARK_CAPTURE(PanelAgainstBareExchanges, I2c, On::I2c)->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(PanelAgainstBareExchanges, Spi, On::Spi)->Unit(benchmark::kMillisecond);
+
+/// The instruction panel of a bus with its quad part, which the device panel has been set up for.
+InstructionPanel& openQuad(BenchRig& rig, On on) {
+    on == On::Spi ? rig.openSpi() : rig.openI2c();
+    rig.bus.socket(on == On::Spi ? "Q4420" : "Q4410");
+    WiperPanel& device = panelOf(rig, on);
+    device.lblProduct.setCaption(on == On::Spi ? "Q4420/1" : "Q4410/9");
+    rig.bench.frmMainF340->chk2WireRead.setValue(1);
+    rig.bench.frmMainF340->chkRandom.setValue(0);
+    device.OptVCC[0].setValue(false);
+    device.OptVCC[0].userClick();
+    if (on == On::Spi)
+        return *rig.bench.frm_q4420;
+    return *rig.bench.frm_q4410;
+}
+
+/// Time of a piece of work: the clock's, which devices and waits take, and the processor's.
+template <class Work>
+double secondsOf(BenchRig& rig, Work work) {
+    const Milliseconds clock = rig.clock.now();
+    const double cpu = cpuSeconds();
+    work();
+    return std::chrono::duration<double>(rig.clock.now() - clock).count() + cpuSeconds() - cpu;
+}
+
+/// All registers of a quad part, against the same instructions over the bus alone.
+void ReadAllAgainstItsExchanges(benchmark::State& state, On on) {
+    constexpr int kRegisters = 20;
+    constexpr double kBehindEach = 0.030; // the one ahead of each is the bus's own
+    BenchRig rig(false, true);
+    InstructionPanel& panel = openQuad(rig, on);
+    BenchServices& services = rig.bench.services();
+    I2cInstructionBus i2c(services, rig.bench.context(), [] { return std::string("50"); });
+    SpiInstructionBus spi(services, rig.bench.context(), [] { return SpiInstructionBus::Frame{"50", "3"}; });
+    InstructionBus& bus = on == On::Spi ? static_cast<InstructionBus&>(spi) : i2c;
+    double panelTime = 0;
+    double least = 0;
+    for ([[maybe_unused]] auto _ : state) {
+        panelTime += secondsOf(rig, [&panel] { panel.cmdReadAll.userClick(); });
+        least += kRegisters * kBehindEach + secondsOf(rig, [&bus] {
+                     for (int read = 0; read < kRegisters; ++read)
+                         if (!bus.read(read < 4 ? "9" + std::to_string(read) : "B0").answered)
+                             std::abort();
+                 });
+    }
+    constexpr double kPercent = 100;
+    state.counters["beyond_percent"] = kPercent * (panelTime - least) / least;
+}
+BENCHMARK_CAPTURE(ReadAllAgainstItsExchanges, I2c, On::I2c)->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(ReadAllAgainstItsExchanges, Spi, On::Spi)->Unit(benchmark::kMillisecond);
 
 } // namespace
 } // namespace vrk

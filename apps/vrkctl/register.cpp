@@ -11,6 +11,7 @@
 #include <nlohmann/json.hpp>
 
 #include <charconv>
+#include <utility>
 
 namespace vrk {
 
@@ -164,14 +165,28 @@ class RegisterBench {
         if (!before.good())
             return before;
         const int wanted = map_.storageField()->put(*before.value, asked_.toVolatile ? 1 : 0);
-        if (wanted == *before.value)
-            return work();
-        if (const RegisterExchange::Result set = writeTo(*control, wanted); !set.good())
-            return {set.status, {}};
-        const RegisterExchange::Result result = work();
-        if (!writeTo(*control, *before.value).good())
+        const bool differs = wanted != *before.value;
+        if (differs)
+            if (const RegisterExchange::Result set = writeTo(*control, wanted); !set.good())
+                return {set.status, {}};
+        const RegisterExchange::Result result = workWith(*control, wanted, work);
+        if (differs && !writeTo(*control, *before.value).good())
             left_ = wanted;
         return result;
+    }
+
+    /// A board that comes back has had no power, and the part's control register stands as power makes it:
+    /// the write that is repeated then would go to the memory that the user has not asked for.
+    template <class Work>
+    RegisterExchange::Result workWith(const PartRegister& control, int wanted, Work work) {
+        bool setting = false;
+        const Subscription again = bench_.bench().link().observeBoardRead([&] {
+            if (std::exchange(setting, true))
+                return; // the board has gone once more, under this very write
+            (void)exchange_->write(control, wanted);
+            setting = false;
+        });
+        return work();
     }
 
     RegisterOptions asked_;

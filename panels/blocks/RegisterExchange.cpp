@@ -147,14 +147,14 @@ RegisterExchange::Result RegisterExchange::spi(Way way, const PartRegister& reg,
 
 std::pair<int, RegisterExchange::Bytes> RegisterExchange::spiFrame(const Bytes& frame) {
     frmMotherboardDAQ2& board = services_.board();
-    board.txtSPIWrQty3.setText(decimalText(static_cast<long long>(frame.size())));
-    for (std::size_t place = 0; place < frame.size(); ++place)
-        board.txtSPIWrite3Data[static_cast<int>(place) + 1].setText(byteToHex2(frame[place]));
     // As on I2C an exchange that got no reply of its own is repeated once the link is back: what stands in
-    // the fields is the discovery's then.
-    do
+    // the fields is the discovery's then, or that of a register that was set anew behind it.
+    do {
+        board.txtSPIWrQty3.setText(decimalText(static_cast<long long>(frame.size())));
+        for (std::size_t place = 0; place < frame.size(); ++place)
+            board.txtSPIWrite3Data[static_cast<int>(place) + 1].setText(byteToHex2(frame[place]));
         board.cmdSPIOWrite3_Click();
-    while (!services_.console().replied() && services_.link.hidLinkCode == 0);
+    } while (!services_.console().replied() && services_.link.hidLinkCode == 0);
     if (services_.link.hidLinkCode == 4)
         return {kLinkWriteFailed, {}};
     if (services_.link.hidLinkCode != 0)

@@ -88,6 +88,7 @@ void frmVRK_User1::CMDq331X_Write_Click(int index) {
     console().txtStartRegWr.setText(commandOf(tenBit::kWrite, index));
     splitTwoBytes(txtWrQ3319[index].text());
     console().cmdWrite_Click();
+    lblRdq331x[index].markStale(lastTransferGood() ? "written since" : "a write failed since");
     if (index == 0)
         wipersMoved();
     // A write that fails shows on the read's lamps and with its message too, as users of these parts know it.

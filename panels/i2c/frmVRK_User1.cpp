@@ -97,6 +97,7 @@ void frmVRK_User1::choosePart(const I2cPartFacts& part) {
     dropPending();
     countAnew();
     leaveFamily();
+    hideInstructions();
     txtACRAddress.setText(std::string(part.acrAddress));
     txtDeviceAdr.setText(hexText(part.address, 2));
     wipers.TapCount = part.taps;
@@ -204,6 +205,7 @@ void frmVRK_User1::Wrt_VRK(int reg) {
         f340.txtStartRegWr.setText("A0");
         txtWrQ3319[0].setText(hex);
         splitTwoBytes(hex);
+        lblRdq331x[0].markStale("the wiper was written since");
     }
     if (instructionPart) {
         // This part's data byte is the instruction itself.

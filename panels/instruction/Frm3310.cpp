@@ -14,6 +14,7 @@ namespace {
 constexpr int kLampRead = 2;
 constexpr int kLampPart = 4;
 constexpr int kDigits = 3;
+constexpr int kCommand = 2;  ///< its place among the bytes that go out
 constexpr int kValueEnd = 3; ///< place of a value's lower byte in what comes back
 
 std::string padded(const std::string& text) {
@@ -77,16 +78,22 @@ void Frm3310::blink() {
     companion().devicePanel().Shape1[kLampRead].blinkGood();
 }
 
-void Frm3310::tellOutcome(bool answered, const std::string& what, const std::string& value,
+std::string Frm3310::failure(bool composed, const std::string& command, const SpiRowFields& row) const {
+    if (!composed)
+        return "no part of this family is chosen on the SPI panel";
+    if (!uses_.services.console().replied())
+        return "the board did not reply";
+    if (!row.holds(kCommand, command))
+        return "another frame went out meanwhile";
+    return row.checked() ? "" : "the part did not answer";
+}
+
+void Frm3310::tellOutcome(const std::string& failure, const std::string& what, const std::string& value,
                           const Control& field) {
-    if (answered)
+    if (failure.empty())
         tell(true, what + value, {}, &field);
-    else if (!composes())
-        tell(false, what + " failed", "no part of this family is chosen on the SPI panel", &field);
-    else if (!uses_.services.console().replied())
-        tell(false, what + " failed", "the board did not reply", &field);
     else
-        tell(false, what + " failed", "the part did not answer", &field);
+        tell(false, what + " failed", failure, &field);
 }
 
 void Frm3310::CMDq331X_Write_Click(int index) {
@@ -105,14 +112,14 @@ void Frm3310::CMDq331X_Write_Click(int index) {
         board.txtSPIWrite2Data[4].setText(value.size() < 2 ? value : value.substr(value.size() - 2));
     }
     board.cmdSPIOWrite2_Click();
-    const bool answered = uses_.services.console().replied() && hexToInt(board.txtSPIORead[1].text()) != 0;
-    lblRdq331x[index].markStale(answered ? "written since" : "a write failed since");
+    const std::string failed = failure(composed, command, spiWriteRow(board));
+    lblRdq331x[index].markStale(failed.empty() ? "written since" : "a write failed since");
     if (index == 0)
         companion().wipersMoved();
     blink();
     companion().devicePanel().Shape1[kLampPart].setColour(Colour::LightGreen);
-    tellOutcome(answered && composed, "Write of " + registerName(index),
-                ": " + txtWrQ3319[index].text() + " hex", txtWrQ3319[index]);
+    tellOutcome(failed, "Write of " + registerName(index), ": " + txtWrQ3319[index].text() + " hex",
+                txtWrQ3319[index]);
 }
 
 void Frm3310::CMDq331X_Read_Click(int index) {
@@ -130,28 +137,19 @@ void Frm3310::CMDq331X_Read_Click(int index) {
             board.txtSPIWrite3Data[rest].setText("00");
     }
     board.cmdSPIOWrite3_Click();
-    // The row lets events run: the SPI panel may have put a frame of its own through it, whose bytes stand in
-    // all fields then.
-    const bool own = board.txtSPIWrite3Data[2].text() == command;
     // The frame is as long as the last one of this row: no step of this panel sets its length.
     const int length = decimalByte(board.txtSPIWrQty3.text());
     const std::string high = board.txtSPIORead3[2].text();
     const int value = hexToInt(high.empty() ? high : high.substr(high.size() - 1)) * 256 +
                       hexToInt(board.txtSPIORead3[3].text());
     lblRdq331x[index].setCaption(hexText(value, kDigits));
-    const bool answered = composed && own && uses_.services.console().replied() && length > kValueEnd &&
-                          hexToInt(board.txtSPIORead3[1].text()) != 0;
-    markReading(lblRdq331x[index], answered);
+    std::string failed = failure(composed, command, spiReadRow(board));
+    if (composed && length <= kValueEnd)
+        failed = "the read frame is " + decimalText(length) + " bytes long: read once on the SPI panel";
+    markReading(lblRdq331x[index], failed.empty());
     blink();
-    const std::string what = "Read of " + registerName(index);
-    if (composed && !own)
-        tell(false, what + " failed", "another frame went out meanwhile", &lblRdq331x[index]);
-    else if (composed && length <= kValueEnd)
-        tell(false, what + " failed",
-             "the read frame is " + decimalText(length) + " bytes long: read once on the SPI panel",
-             &lblRdq331x[index]);
-    else
-        tellOutcome(answered, what, ": " + lblRdq331x[index].caption() + " hex", lblRdq331x[index]);
+    tellOutcome(failed, "Read of " + registerName(index), ": " + lblRdq331x[index].caption() + " hex",
+                lblRdq331x[index]);
 }
 
 void Frm3310::transfer(const char* command, const std::string& what, Reading& recipient) {
@@ -168,8 +166,7 @@ void Frm3310::transfer(const char* command, const std::string& what, Reading& re
     board.cmdSPIOWrite2_Click();
     recipient.markStale("transferred since");
     blink();
-    tellOutcome(composed && uses_.services.console().replied() && hexToInt(board.txtSPIORead[1].text()) != 0,
-                what, {}, recipient);
+    tellOutcome(failure(composed, command, spiWriteRow(board)), what, {}, recipient);
 }
 
 void Frm3310::cmdQ331xDatatoWiper_Click(int index) {

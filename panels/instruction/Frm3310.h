@@ -1,6 +1,7 @@
 #pragma once
 
 #include "panels/blocks/BenchServices.h"
+#include "panels/blocks/spiRow.h"
 #include "panels/instruction/InstructionCompanion.h"
 #include "panels/instruction/tenBitInstructions.h"
 #include "platform/controls/Panel.h"
@@ -55,7 +56,10 @@ class Frm3310 final : public Panel {
     bool composes() const;
     std::string readId() const;
     void blink();
-    void tellOutcome(bool answered, const std::string& what, const std::string& value, const Control& field);
+    /// Why the part has not done what the frame says, in words; empty if it has.
+    std::string failure(bool composed, const std::string& command, const SpiRowFields& row) const;
+    void tellOutcome(const std::string& failure, const std::string& what, const std::string& value,
+                     const Control& field);
 
     Uses uses_;
 };

@@ -19,12 +19,17 @@ InstructionPanel* InstructionEntry::instructionPanel() const {
 void InstructionEntry::cmdShowq4410_Click() {
     if (!requireVcc(services_, host().context()))
         return;
-    prepareInstructions(static_cast<InstructionPanel&>(slot_.load()));
+    prepareInstructions(loadInstructions());
     slot_.show();
 }
 
 void InstructionEntry::cmdStoreWCRs_Click() {
-    auto& panel = static_cast<InstructionPanel&>(slot_.load());
+    InstructionPanel& panel = loadInstructions();
+    if (panel.busy()) {
+        // Its choice would change under a loop's next instruction: each of the others would store as well.
+        host().tell(false, "Store refused", "an instruction of the part's own panel is under way");
+        return;
+    }
     for (OptionButton* option : std::initializer_list<OptionButton*>{
              &panel.OptInstruction[static_cast<int>(InstructionKind::AllWiperToData)], &panel.OptWiper[0],
              &panel.OptRegSel[0]}) {
@@ -32,6 +37,11 @@ void InstructionEntry::cmdStoreWCRs_Click() {
         option->setValue(true);
     }
     panel.cmdDoInstruction_Click();
+}
+
+void InstructionEntry::hideInstructions() {
+    if (slot_.visible())
+        slot_.hide();
 }
 
 void InstructionEntry::markInstructionsStale(const std::string& cause) {

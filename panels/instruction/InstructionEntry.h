@@ -23,6 +23,9 @@ class InstructionEntry : public PanelBlock {
     /// What the instruction panel has read no longer holds.
     void markInstructionsStale(const std::string& cause);
     void unloadInstructions() { slot_.unload(); }
+    /// A part without such instructions was chosen. What the panel was set to stays.
+    void hideInstructions();
+    InstructionPanel& loadInstructions() const { return static_cast<InstructionPanel&>(slot_.load()); }
     /// Ahead of the panel's being shown.
     virtual void prepareInstructions(InstructionPanel& /*panel*/) {}
 

@@ -244,7 +244,7 @@ void InstructionPanel::cmdDoInstruction_Click() {
         requireHexTexts();
         const InstructionResult result = exchange();
         blockUpdate(result);
-        noteEffect();
+        noteEffect(result.answered);
         tellInstruction(result);
         good = result.good;
         lastAnswered_ = result.answered;

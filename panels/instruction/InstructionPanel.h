@@ -6,11 +6,14 @@
 #include "panels/instruction/StepSequence.h"
 #include "panels/instruction/instructions.h"
 #include "platform/controls/Panel.h"
+#include "platform/runtime/Signal.h"
 
 #include <functional>
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace vrk {
 
@@ -114,6 +117,18 @@ class InstructionPanel : public Panel {
     bool asChosen() const;
     /// Whether the lines are moved by hand now.
     bool stepping() const { return stepping_; }
+    /// Whether an instruction is under way.
+    bool busy() const { return busy_ > 0; }
+    /// A transfer inside one pot that the part has taken.
+    struct Transfer {
+        RegisterPlace place{}; ///< of the data register
+        bool intoWiper = false;
+    };
+    /// Those since which neither end has been read or changed.
+    const std::vector<Transfer>& transfers() const { return transfers_; }
+    [[nodiscard]] Subscription observeTransfers(std::function<void()> observer) {
+        return transfersChanged_.connect(std::move(observer));
+    }
     const InstructionFields& fields() const { return uses_.fields; }
     const InstructionChoice& choice() const { return uses_.choice; }
 
@@ -158,8 +173,10 @@ class InstructionPanel : public Panel {
     void transferred(const RegisterPlace& place, const InstructionResult& result);
     /// Shows in a register's place that it holds something that nobody has read.
     static void showMark(Reading& shown, const char* mark, const std::string& cause);
-    /// Makes readings old that the byte sent has changed under another name.
-    void noteEffect();
+    /// Makes readings old that the byte sent has changed under another name, and keeps the transfers.
+    void noteEffect(bool answered);
+    void noteTransfers(const InstructionEffect& effect, bool answered);
+    void forgetTransfers(const std::function<bool(const Transfer&)>& which);
     void showResult(bool good);
     void tellInstruction(const InstructionResult& result);
 
@@ -170,7 +187,9 @@ class InstructionPanel : public Panel {
     void leaveIncrements();
     void freeControls(bool free);
     void abortIncrements();
-    void portSilent();
+    /// Ends the increments without the part. \param why in words
+    void incrementsLost(const std::string& why);
+    bool partLost() const { return powered_ && !uses_.services.vccOn(); }
 
     Uses uses_;
     Words words_;
@@ -186,7 +205,12 @@ class InstructionPanel : public Panel {
     bool linesDriven_ = false;  ///< a run has begun on them
     bool stepUnderWay_ = false; ///< a handler of the increments is on the stack
     bool endWanted_ = false;    ///< the user has aborted meanwhile
+    bool powered_ = false;      ///< the part had VCC when they began
     int steppedPot_ = 0;
+    /// What stood in the stepped pot's field before the marks of the increments took its place.
+    std::optional<std::string> entryBefore_;
+    std::vector<Transfer> transfers_;
+    Signal<> transfersChanged_;
     std::unique_ptr<Activity> activity_;
     std::shared_ptr<char> alive_ = std::make_shared<char>();
 };

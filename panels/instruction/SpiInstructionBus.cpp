@@ -1,5 +1,6 @@
 #include "panels/instruction/InstructionBus.h"
 
+#include "panels/blocks/spiRow.h"
 #include "platform/runtime/text.h"
 
 #include <utility>
@@ -9,7 +10,7 @@ namespace vrk {
 namespace {
 /// Places of a frame: fields count from 1, the bytes that come back from 0.
 enum Sent : int { kId = 1, kInstruction = 2, kData = 3 };
-enum Came : int { kEcho = 1, kValue = 2 };
+enum Came : int { kEcho = SpiRowFields::kCheckByte, kValue = 2 };
 constexpr Milliseconds kBeforeRead{20};
 } // namespace
 
@@ -21,11 +22,9 @@ InstructionResult SpiInstructionBus::exchange(const std::string& instruction, in
     frmMotherboardDAQ2& board = services().board();
     board.cmdSPIOWrite3_Click();
     const bool replied = services().console().replied();
-    // The row lets events run ahead of its exchange and behind it. A frame that another sender has put
-    // through it meanwhile leaves its own bytes in all fields: they are no answer to this instruction.
-    const bool own = board.txtSPIWrite3Data[kInstruction].text() == instruction;
+    const SpiRowFields row = spiReadRow(board);
+    const bool own = row.holds(kInstruction, instruction);
     const int length = decimalByte(board.txtSPIWrQty3.text());
-    const bool echoed = hexToInt(board.txtSPIORead3[kEcho].text()) != 0;
     if (!replied)
         failure_ = "the board did not reply";
     else if (!own)
@@ -36,7 +35,7 @@ InstructionResult SpiInstructionBus::exchange(const std::string& instruction, in
         failure_ = "the part did not answer";
     return {.good = replied,
             // A frame that ends ahead of the answer shows what an earlier one left in its place.
-            .answered = replied && own && length > lastPlace && echoed,
+            .answered = replied && own && length > lastPlace && row.checked(),
             .value = board.txtSPIORead3[kValue].text()};
 }
 

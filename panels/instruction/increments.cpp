@@ -10,6 +10,9 @@ namespace {
 enum Direction : int { kUp = 0, kDown = 1, kTerminate = 2 };
 constexpr Milliseconds kPinsSettle{20};
 constexpr Milliseconds kShowEnd{750};
+constexpr const char* kPortSilent = "the board did not say how port P0 stands";
+/// A part that was without VCC hears no further clocks as steps.
+constexpr const char* kNoVcc = "VCC has gone meanwhile";
 } // namespace
 
 void InstructionPanel::wireIncrements() {
@@ -49,11 +52,13 @@ void InstructionPanel::beginIncrements() {
     WiperPanel& device = companion().devicePanel();
     steppedPot_ = pot;
     stepping_ = stepUnderWay_ = true;
+    powered_ = uses_.services.vccOn();
     endWanted_ = false;
     activity_ = std::make_unique<Activity>(context().activities, "Increments of pot " + decimalText(pot),
                                            [this] { abortIncrements(); });
     OnScopeExit failed([this] { leaveIncrements(); });
     written.setColour(Colour::LightBlue);
+    entryBefore_ = txtWXWcr[pot].text();
     txtWXWcr[pot].setText("^v");
     lvlPotN.setCaption("Pot " + numberToText(pot) + " Volts");
     for (auto& block : FrVRK)
@@ -73,12 +78,17 @@ void InstructionPanel::beginIncrements() {
     wait(kPinsSettle);
     pump();
     if (!steps_.readPort()) {
-        portSilent();
+        incrementsLost(kPortSilent);
         return;
     }
     if (!stepping_)
         return;
+    if (partLost()) {
+        incrementsLost(kNoVcc);
+        return;
+    }
     steps_.prepare();
+    forgetTransfers([pot](const Transfer& earlier) { return earlier.place.pot == pot; });
     showMark(lblRDWcr[pot], "--", "stepped, not read");
     ShpRdWCR[pot].setColour(Colour::Black);
     linesDriven_ = true;
@@ -118,7 +128,7 @@ void InstructionPanel::cmdIncrWip_Click(int index) {
         refreshEnabled();
     });
     if (!steps_.readPort() && index != kTerminate) {
-        portSilent();
+        incrementsLost(kPortSilent);
         return;
     }
     Lamp& written = ShpWrWCR[steppedPot_];
@@ -137,6 +147,10 @@ void InstructionPanel::stepPot(bool up) {
     steps_.step(up);
     companion().wipersMoved();
     samplePot();
+    if (partLost()) {
+        incrementsLost(kNoVcc);
+        return;
+    }
     tell(true, "Pot " + decimalText(steppedPot_) + (up ? " stepped up" : " stepped down"),
          lblPotVolts.caption() + " V", &lblPotVolts);
 }
@@ -153,6 +167,7 @@ void InstructionPanel::terminate() {
     pinsTaken_ = false;
     cmdRdWCR_Click(pot);
     txtWXWcr[pot].setText(lblRDWcr[pot].caption());
+    entryBefore_.reset();
     ShpWrWCR[pot].setColour(Colour::LightBlue);
     ShpRdWCR[pot].setColour(Colour::Yellow);
     pump();
@@ -168,6 +183,11 @@ void InstructionPanel::leaveIncrements() {
         steps_.givePinsBack();
     stepUnderWay_ = false;
     activity_.reset();
+    // The marks of an end that read nothing back are no value that could be written.
+    if (const auto entry = std::exchange(entryBefore_, std::nullopt))
+        txtWXWcr[steppedPot_].setText(*entry);
+    if (Lamp& written = ShpWrWCR[steppedPot_]; written.colour() == Colour::Blue)
+        written.setColour(Colour::LightBlue); // dark blue is the blink of the steps alone
     FrVal.setVisible(true);
     FrIncrDec.setVisible(false);
     for (auto& block : FrVRK)
@@ -179,11 +199,12 @@ void InstructionPanel::leaveIncrements() {
     refreshEnabled();
 }
 
-void InstructionPanel::portSilent() {
+void InstructionPanel::incrementsLost(const std::string& why) {
+    if (!stepping_)
+        return; // the panel has gone meanwhile
     leaveIncrements();
     lblRDWcr[steppedPot_].markStale("the last step failed", true);
-    tell(false, "Increments of pot " + decimalText(steppedPot_) + " ended",
-         "the board did not say how port P0 stands", &txtWXWcr[steppedPot_]);
+    tell(false, "Increments of pot " + decimalText(steppedPot_) + " ended", why, &txtWXWcr[steppedPot_]);
 }
 
 void InstructionPanel::abortIncrements() {

@@ -148,6 +148,16 @@ bool InstructionEffect::intoData() const {
     return kind == WriteData || kind == WiperToData || kind == AllWiperToData;
 }
 
+bool InstructionEffect::transfers() const {
+    using enum InstructionKind;
+    return kind == DataToWiper || kind == WiperToData || kind == AllDataToWiper || kind == AllWiperToData;
+}
+
+bool InstructionEffect::accessesWiper() const {
+    using enum InstructionKind;
+    return intoWiper() || kind == ReadWiper || kind == Step;
+}
+
 std::string instructionWords(std::uint8_t byte) {
     const auto kind = instructionOf(byte);
     if (!kind)

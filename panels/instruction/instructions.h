@@ -59,6 +59,10 @@ struct InstructionEffect {
     bool allPots() const { return !instructionRow(kind).usesPot; }
     bool intoWiper() const;
     bool intoData() const;
+    /// From one register of a pot to another.
+    bool transfers() const;
+    /// Reads, changes or steps the wiper's register; as a transfer's source it is left as it was.
+    bool accessesWiper() const;
 };
 std::optional<InstructionEffect> instructionEffect(std::uint8_t byte);
 /// "read data register 1 of pot 2"; empty for a byte that is no instruction.

@@ -231,10 +231,29 @@ bool InstructionPanel::asChosen() const {
            (!row.usesRegister || effect->place.reg * 4 == uses_.fields.regField);
 }
 
-void InstructionPanel::noteEffect() {
+void InstructionPanel::forgetTransfers(const std::function<bool(const Transfer&)>& which) {
+    if (std::erase_if(transfers_, which) > 0)
+        transfersChanged_.emit();
+}
+
+void InstructionPanel::noteTransfers(const InstructionEffect& effect, bool answered) {
+    forgetTransfers([&effect](const Transfer& earlier) {
+        return (effect.allPots() || earlier.place.pot == effect.place.pot) &&
+               (effect.accessesWiper() || earlier.place.reg == effect.place.reg);
+    });
+    if (!answered || !effect.transfers())
+        return; // of one that nobody heard it is not known what was moved
+    for (int pot = 0; pot < kPots; ++pot)
+        if (effect.allPots() || pot == effect.place.pot)
+            transfers_.push_back({{.pot = pot, .reg = effect.place.reg}, effect.intoWiper()});
+    transfersChanged_.emit();
+}
+
+void InstructionPanel::noteEffect(bool answered) {
     const auto effect = instructionEffect(sentByte());
     if (!effect)
         return;
+    noteTransfers(*effect, answered);
     const auto [pot, reg] = effect->place;
     const bool all = effect->allPots();
     const bool intoWiper = effect->intoWiper();
@@ -255,6 +274,7 @@ void InstructionPanel::markRegistersStale(const std::string& cause) {
         shown->markStale(cause);
     lblReadValue.markStale(cause);
     lblPotVolts.markStale(cause);
+    forgetTransfers([](const Transfer&) { return true; });
 }
 
 // All registers
@@ -327,6 +347,7 @@ void InstructionPanel::cmdResetInstruction_Click() {
     for (auto* lamps : {&ShpDataWr, &ShpDataRd})
         for (auto& lamp : *lamps)
             lamp->setColour(Colour::Black);
+    forgetTransfers([](const Transfer&) { return true; });
 }
 
 } // namespace vrk

@@ -5,14 +5,12 @@
 #include "panels/instruction/frm_q4420.h"
 #include "platform/runtime/text.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace vrk {
 
 namespace {
-/// Of a frame that went well the part gives something other than 0 here.
-constexpr int kCheckByte = 1;
-
 /// All of them where there are no more: the field is empty until a first byte has come.
 std::string lastDigits(const std::string& hex, std::size_t digits) {
     return hex.size() > digits ? hex.substr(hex.size() - digits) : hex;
@@ -165,6 +163,7 @@ void frmVRK_SPI1::choosePart(const SpiPartFacts& part) {
     dropPending();
     countAnew();
     leaveFamily();
+    hideInstructions();
     txtSPIWrCount.setText(decimalText(part.writeBytes));
     txtSPIRDQuantity.setText(decimalText(part.readBytes));
     txtACRAddress[0].setText(std::string(part.acrWrite));
@@ -240,31 +239,43 @@ bool frmVRK_SPI1::sendFrame(const SpiFrame& frame) {
         daq.txtSPIWrite2Data[static_cast<int>(at) + 1].setText(frame[at].hex);
     daq.txtSPIWrQty2.setText(txtSPIWrCount.text());
     daq.cmdSPIOWrite2_Click();
-    return judge(daq.txtSPIORead, length);
+    return judge(frame, length, spiWriteRow(daq));
 }
 
-bool frmVRK_SPI1::exchangeFrame(const SpiFrame& frame) {
+bool frmVRK_SPI1::exchangeFrame(const SpiFrame& frame, int answerBytes) {
     frmMotherboardDAQ2& daq = board();
     const int length = decimalByte(txtSPIRDQuantity.text());
+    if (length < answerBytes)
+        throw subscriptOutOfRange(); // the answer is the frame's last bytes
     requireSendable(frame, length);
+    answerLength_ = length;
     for (std::size_t at = 0; at < frame.size(); ++at)
         daq.txtSPIWrite3Data[static_cast<int>(at) + 1].setText(frame[at].hex);
     daq.txtSPIWrQty3.setText(txtSPIRDQuantity.text());
     daq.cmdSPIOWrite3_Click();
-    return judge(daq.txtSPIORead3, length);
+    return judge(frame, length, spiReadRow(daq));
 }
 
-bool frmVRK_SPI1::judge(const ControlArray<TextBox>& answer, int length) {
-    // Where the frame is too short for the check byte, or no reply came, the field shows an exchange of
-    // before.
+bool frmVRK_SPI1::judge(const SpiFrame& frame, int length, const SpiRowFields& row) {
     const bool replied = console().replied();
-    const std::string& check = answer[kCheckByte].text();
-    failure_ = !replied ? "no reply from the board" : "the part's check byte is " + check;
-    return replied && length > kCheckByte && hexToInt(check) != 0;
+    bool own = true;
+    for (int at = 0; at < std::min(length, static_cast<int>(frame.size())); ++at)
+        own = own && row.holds(at + 1, frame[static_cast<std::size_t>(at)].hex);
+    // Where the frame is too short for the check byte the field shows an exchange of before.
+    const bool reaches = length > SpiRowFields::kCheckByte;
+    if (!replied)
+        failure_ = "no reply from the board";
+    else if (!own)
+        failure_ = "another frame went out meanwhile";
+    else if (!reaches)
+        failure_ = "a frame of " + decimalText(length) + " bytes ends ahead of the part's check byte";
+    else
+        failure_ = "the part's check byte is " + row.came[SpiRowFields::kCheckByte].text();
+    return replied && own && reaches && row.checked();
 }
 
 const std::string& frmVRK_SPI1::answer(int fromEnd) const {
-    return board().txtSPIORead3[decimalByte(txtSPIRDQuantity.text()) - fromEnd].text();
+    return board().txtSPIORead3[answerLength_ - fromEnd].text();
 }
 
 bool frmVRK_SPI1::writeWiper(int channel) {
@@ -277,12 +288,13 @@ bool frmVRK_SPI1::writeWiper(int channel) {
 }
 
 std::optional<int> frmVRK_SPI1::readWiper(int channel) {
-    const bool good = exchangeFrame(readFrame(channel));
+    const bool tenBit = family() == SpiFamily::TenBit;
+    const bool good = exchangeFrame(readFrame(channel), tenBit ? 2 : 1);
     const Colour colour = good ? Colour::LightGreen : Colour::LightRed;
     Shape2[static_cast<int>(RegisterAction::ControlRead)].setColour(colour);
     showTransfer(true, colour);
     int value = hexToInt(answer(1));
-    if (family() == SpiFamily::TenBit)
+    if (tenBit)
         value += 256 * hexToInt(lastDigits(answer(2), 1));
     wipers.WiperRead[kWiperElement] = value;
     return good ? std::optional(value) : std::nullopt;

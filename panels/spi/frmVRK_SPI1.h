@@ -1,6 +1,7 @@
 #pragma once
 
 #include "panels/WiperPanel.h"
+#include "panels/blocks/spiRow.h"
 #include "panels/instruction/Frm3310.h"
 #include "panels/instruction/InstructionCompanion.h"
 #include "panels/instruction/InstructionEntry.h"
@@ -106,8 +107,10 @@ class frmVRK_SPI1 final : public WiperPanel, public InstructionEntry, public Ins
     /// One frame through the motherboard's write row, or through its read row. \return true if the board has
     /// replied and the part has answered with something other than 0 behind the first byte.
     bool sendFrame(const SpiFrame& frame);
-    bool exchangeFrame(const SpiFrame& frame);
-    bool judge(const ControlArray<TextBox>& answer, int length);
+    /// \param answerBytes at the frame's end that hold the value. \throws Fault "Subscript out of range" for
+    /// a frame that is shorter
+    bool exchangeFrame(const SpiFrame& frame, int answerBytes);
+    bool judge(const SpiFrame& frame, int length, const SpiRowFields& row);
     /// A byte of the answer to the last exchangeFrame(). \param fromEnd 1 for the last.
     const std::string& answer(int fromEnd) const;
 
@@ -125,6 +128,7 @@ class frmVRK_SPI1 final : public WiperPanel, public InstructionEntry, public Ins
 
     Companions companions_;
     std::string failure_;
+    int answerLength_ = 0; ///< bytes of the last frame that was exchanged for an answer
     /// From before the family changed them; nothing while it has not.
     std::optional<BusOptions> optionsBefore_;
     Subscription clocks_;

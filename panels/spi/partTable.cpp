@@ -106,6 +106,8 @@ void frmVRK_SPI1::leaveFamily() {
 void frmVRK_SPI1::applyFamily() {
     const bool tenBit = productStarts("Q3310/1");
     const bool quad = productStarts("Q4420/1");
+    if (!quad)
+        hideInstructions();
     if (!tenBit && !quad)
         return;
     for (Frame* frame : {&frmRegisterWrite, &fraADDRSelect, &SSFrame2, &FrmShutdown})
@@ -117,8 +119,7 @@ void frmVRK_SPI1::applyFamily() {
         companions_.tenBit.show();
         return;
     }
-    if (InstructionPanel* panel = instructionPanel())
-        prepareInstructions(*panel);
+    prepareInstructions(loadInstructions());
     Frq4410Show.setVisible(true);
     takeBusOptions();
 }

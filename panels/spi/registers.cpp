@@ -63,7 +63,7 @@ RegisterOutcome frmVRK_SPI1::exchangeRegister(RegisterAction action) {
         lblGPRead.showUnread("--"); // while it runs
     RegisterOutcome outcome;
     if (isRead(action)) {
-        outcome.trusted = exchangeFrame(registerFrame(action));
+        outcome.trusted = exchangeFrame(registerFrame(action), 1);
         const std::string& text = answer(1);
         outcome.read = text.size() == 1 ? "0" + text : text;
     } else {
@@ -81,6 +81,8 @@ namespace {
 template <class MakeFrame>
 std::string frameText(const TextBox& length, const MakeFrame& make) {
     const int bytes = decimalInt(length.text());
+    if (bytes < 1)
+        return "no byte is sent";
     if (bytes > kMostSpiBytes)
         return "at most " + decimalText(kMostSpiBytes) + " bytes can be sent";
     try {

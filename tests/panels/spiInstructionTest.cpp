@@ -1,4 +1,4 @@
-#include "tests/support/TestBench.h"
+#include "tests/panels/InstructionPanelTest.h"
 
 namespace vrk {
 namespace {
@@ -8,20 +8,19 @@ using State = Freshness::State;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
-/// The panels of the SPI parts that are told by instructions.
-class SpiInstructionTest : public TestBench {
+/// What the panels of the SPI parts that are told by instructions have for themselves.
+class SpiInstructionTest : public InstructionPanelTest {
   protected:
-    void open(const char* part, const char* product) {
+    SpiInstructionTest() : InstructionPanelTest(Bus::SPI) {}
+    Frm3310& single() { return *bench.Frm3310; }
+    /// The ten-bit part, with the length of a read frame as the SPI panel has sent it last.
+    void openSingle() {
         openSpi();
-        bus.socket(part);
-        const std::string row = std::string("h,,,,,,,,,,,,,,,,,,\r\n,") + product +
-                                ",4,256,50,NA,NA,NA,NA,NA,A0,90,1,1,3,3,,,\r\n";
-        EXPECT_THAT(chooseFrom(spi().mnu_SPI_List, folder.write("p.csv", row).string(), 1), IsEmpty());
+        bus.socket("Q3310");
+        EXPECT_THAT(chooseSpiRow("Q3310/1,1,1024,50,NA,NA,NA,NA,NA,A0,80,1,1,4,4"), IsEmpty());
+        spi().cmdI2Read[0].userClick();
         wire.clear();
     }
-    frm_q4420& panel() { return *bench.frm_q4420; }
-    Frm3310& single() { return *bench.Frm3310; }
-    sim::PartState part() { return *bus.state().part; }
     /// The frames that went out since the last call.
     std::vector<std::string> frames() {
         std::vector<std::string> cut = sent(Command::SpiTransfer, 16);
@@ -31,20 +30,10 @@ class SpiInstructionTest : public TestBench {
         }
         return cut;
     }
-    void compose(int instruction, int pot, int reg = -1) {
-        for (auto& option : panel().OptWiper)
-            option->setValue(false);
-        panel().OptInstruction[instruction].userClick();
-        if (pot >= 0)
-            panel().OptWiper[pot].userClick();
-        if (reg >= 0)
-            panel().OptRegSel[reg].userClick();
-    }
 };
 
 TEST_F(SpiInstructionTest, InstructionsAreFrames) {
-    open("Q4420", "Q4420/1");
-    spi().cmdShowq4410.userClick();
+    open();
     EXPECT_EQ(panel().FrPot.caption(), "Q4420/1 Instruction Set");
     EXPECT_EQ(panel().Label1.caption(), "USB Comm.");
     const struct {
@@ -86,8 +75,7 @@ TEST_F(SpiInstructionTest, InstructionsAreFrames) {
 }
 
 TEST_F(SpiInstructionTest, LampTellsOfTheLinkAndTheCellOfThePart) {
-    open("Q4420", "Q4420/1");
-    spi().cmdShowq4410.userClick();
+    open();
     panel().cmdReadAll.userClick();
     EXPECT_EQ(panel().lblRdData[15].freshness()->state, State::Fresh);
     bus.socket(std::nullopt);
@@ -96,40 +84,27 @@ TEST_F(SpiInstructionTest, LampTellsOfTheLinkAndTheCellOfThePart) {
     EXPECT_TRUE(panel().lblRdData[15].freshness()->failed);
     EXPECT_FALSE(bench.context().results.kept().back().good);
     bus.socket("Q4420");
-    for (const auto kind : {sim::FaultKind::NoReply, sim::FaultKind::WriteFails}) {
-        fault(kind, 1, 9);
-        answer(Choice::Retry);
-        panel().cmdRDData[14].userClick();
-        EXPECT_EQ(boxes().back(), "USB Communications Error, VCC & AVDD Power and USB Connections  [OK]");
-        EXPECT_EQ(panel().ShpI2CAck[0].colour(), Colour::LightRed);
-        EXPECT_NE(panel().lblRdData[14].freshness()->state, State::Fresh);
-        panel().cmdRDData[14].userClick();
-        EXPECT_EQ(panel().lblRdData[14].freshness()->state, State::Fresh);
-    }
-    // A frame that ends ahead of the value reads nothing.
-    type(spi().txtSPIRDQuantity, "2");
+    fault(sim::FaultKind::NoReply, 1, 9);
+    answer(Choice::Retry);
     panel().cmdRDData[14].userClick();
-    EXPECT_NE(panel().lblRdData[14].freshness()->state, State::Fresh);
+    EXPECT_EQ(boxes().back(), "USB Communications Error, VCC & AVDD Power and USB Connections  [OK]");
+    EXPECT_EQ(panel().ShpI2CAck[0].colour(), Colour::LightRed);
+    panel().cmdRDData[14].userClick();
+    EXPECT_EQ(panel().lblRdData[14].freshness()->state, State::Fresh);
+    // A frame that ends ahead of the value reads nothing, nor does one without a byte.
+    for (const char* length : {"2", ""}) {
+        spi().txtSPIRDQuantity.setText(length);
+        panel().cmdRDData[14].userClick();
+        EXPECT_TRUE(panel().lblRdData[14].freshness()->failed) << length;
+    }
+    // A part without such instructions takes their panel away.
+    spi().mnuKV4184.userClick();
+    EXPECT_FALSE(slot().visible());
 }
 
 TEST_F(SpiInstructionTest, IncrementsAreClockedByHand) {
-    open("Q4420", "Q4420/1");
-    spi().cmdShowq4410.userClick();
-    compose(8, 1);
-    wire.clear();
-    panel().cmdDoInstruction.userClick();
-    const auto lines = [this] {
-        std::string all;
-        for (const std::string& report : sent(Command::SfrAccess, 5)) {
-            if (report.substr(6) == "00 E1 06")
-                return all + " XBR0=06";
-            if (report.substr(0, 11) == "01 12 00 80")
-                all += (all.empty() ? "" : " ") + hexText(hexToInt(report.substr(12)) & 0x0D, 2);
-            else if (report.substr(6, 5) == "00 E1")
-                all += "XBR0=" + report.substr(12);
-        }
-        return all;
-    };
+    open();
+    send(8, 1);
     EXPECT_EQ(lines(), "XBR0=00 00 00 00 00 "
                        "01 00 04 05 04 00 01 00 04 05 04 00 01 00 01 00 01 00 01 00 "
                        "01 00 01 00 04 05 04 00 01 00 01 00 01 00 01 00 04 05 04");
@@ -146,12 +121,9 @@ TEST_F(SpiInstructionTest, IncrementsAreClockedByHand) {
 }
 
 TEST_F(SpiInstructionTest, TenBitPartHasAButtonForEachOfItsInstructions) {
-    open("Q3310", "Q3310/1");
+    openSingle();
     EXPECT_TRUE(bench.Frm3310.visible());
     EXPECT_EQ(single().frq331x.caption(), "Q3310/0 Table 3 Instruction Set");
-    // The length of a read frame is what was last sent with its row.
-    type(spi().txtSPIRDQuantity, "4");
-    spi().cmdI2Read[0].userClick();
     const char* const reads[] = {"80", "A0", "A4", "A8", "AC"};
     const char* const writes[] = {"A0", "C0", "C4", "C8", "CC"};
     Colour lamp = spi().Shape1[2].colour();
@@ -189,12 +161,6 @@ TEST_F(SpiInstructionTest, TenBitPartHasAButtonForEachOfItsInstructions) {
     bus.reply(9, {1, 0, 0, 0x51, 0x1A, 0x7F}); // only the digit A counts of the upper byte
     single().CMDq331X_Read[0].userClick();
     EXPECT_EQ(single().lblRdq331x[0].caption(), "A7F");
-    // VCC off is said, and the exchange runs all the same; nothing fresh comes of it.
-    spi().OptVCC[1].userClick();
-    single().CMDq331X_Read[2].userClick();
-    EXPECT_THAT(boxes(), ElementsAre("VCC is not turned on. [OK]"));
-    EXPECT_TRUE(single().lblRdq331x[2].freshness()->failed);
-    spi().OptVCC[0].userClick();
     single().CMDq331X_Read[3].userClick();
     spi().CMDxMIT[0].userClick();
     EXPECT_NE(single().lblRdq331x[3].freshness()->state, State::Fresh);
@@ -206,6 +172,56 @@ TEST_F(SpiInstructionTest, TenBitPartHasAButtonForEachOfItsInstructions) {
     EXPECT_NE(single().lblRdq331x[4].freshness()->state, State::Fresh);
     spi().cmdMMenu.userClick();
     EXPECT_FALSE(bench.Frm3310.loaded());
+}
+
+/// Whatever fails is told, leaves nothing disabled, and no register says that it was read.
+TEST_F(SpiInstructionTest, TenBitPanelTakesNothingForAnAnswerThatIsNone) {
+    const auto otherFrames = [this] {
+        at(0, [this] {
+            spi().cmdI2Read[0].userClick();
+            spi().CMDxMIT[0].userClick();
+        });
+    };
+    const struct {
+        const char* what;
+        std::function<void()> spoil;
+        bool said;
+    } cases[] = {
+        {"VCC is off", [this] { spi().OptVCC[1].userClick(); }, true}, // and sent all the same
+        {"another ID", [this] { type(spi().txtDeviceAdr, "54"); }, false},
+        {"no part", [this] { bus.socket(std::nullopt); }, false},
+        {"lost reply", [this] { fault(sim::FaultKind::NoReply, 1, 9); }, true},
+        {"late reply", [this] { fault(sim::FaultKind::LateReply, 1, 9, 6100); }, true},
+        {"not sent", [this] { fault(sim::FaultKind::WriteFails, 1, 9); }, true},
+        {"unplugged", [this] { bus.unplug(0); }, true},
+        {"another frame meanwhile", otherFrames, false},
+    };
+    openSingle();
+    for (const auto& c : cases)
+        for (Button* action :
+             {&single().CMDq331X_Read[2], &single().CMDq331X_Write[2], &single().cmdQ331xWipertoData[1]}) {
+            SCOPED_TRACE(c.what + (" " + action->path()));
+            bus.clear();
+            bus.socket("Q3310");
+            type(spi().txtDeviceAdr, "50");
+            spi().OptVCC[0].setValue(false);
+            spi().OptVCC[0].userClick();
+            boxes();
+            c.spoil();
+            answer(Choice::Retry, [this] { bus.plug(0); });
+            action->userClick();
+            EXPECT_EQ(!boxes().empty(), c.said);
+            dropAnswers();
+            boxes();
+            EXPECT_NE(single().lblRdq331x[2].freshness()->state, State::Fresh);
+            EXPECT_FALSE(bench.context().results.kept().back().good);
+            EXPECT_TRUE(single().CMDq331X_Write[2].responsive());
+        }
+    // Of two clicks that wait the second is refused: its frame would go out in the first one's place.
+    wire.clear();
+    at(0, [this] { EXPECT_TRUE(single().CMDq331X_Read[3].userClick().refused()); });
+    single().CMDq331X_Read[1].userClick();
+    EXPECT_THAT(frames(), ElementsAre("51 A0 00 00"));
 }
 
 } // namespace

@@ -278,7 +278,8 @@ TEST_F(SpiPanelTest, EntriesKeepTheirRulesAndWhatCannotBeSentIsRefusedWhole) {
     };
     for (const auto& [box, text, said] : {Refusal{&spi().txtDeviceAdr, "100", "Overflow [OK]"},
                                           {&spi().txtBaseVRKReadAddress, "FF", "Overflow [OK]"},
-                                          {&spi().txtSPIRDQuantity, "9", "Subscript out of range [OK]"}}) {
+                                          {&spi().txtSPIRDQuantity, "9", "Subscript out of range [OK]"},
+                                          {&spi().txtSPIRDQuantity, "", "Subscript out of range [OK]"}}) {
         const std::string before = box->text();
         box->setText(text);
         wire.clear();
@@ -362,6 +363,26 @@ TEST_F(SpiPanelTest, FailedExchangeIsNoReadingAndLeavesNothingBehind) {
             EXPECT_THAT(bench.context().results.kept().back().text, HasSubstr("failed"));
             expectNothingLeftDisabled();
         }
+}
+
+TEST_F(SpiPanelTest, WhatAnotherFrameBroughtIsNoReading) {
+    openKv4184();
+    enter(spi().txtHexDataWrt[2], "11");
+    enter(spi().txtHexDataWrt[1], "22");
+    for (const auto& [button, reading, ms] :
+         {std::tuple<Button*, Control*, int>{&spi().cmdACRRead, &spi().txtACR[1], 21},
+          {&spi().cmdI2Read[1], &spi().lblPotRead[1], 1},
+          {&spi().CMDxMIT[1], nullptr, 1}}) {
+        at(ms, [this] {
+            spi().cmdI2Read[2].userClick();
+            spi().CMDxMIT[2].userClick();
+        });
+        button->userClick();
+        EXPECT_EQ(bench.context().results.kept().back().detail, "another frame went out meanwhile");
+        EXPECT_TRUE(reading == nullptr || stateOf(*reading) != State::Fresh);
+        EXPECT_EQ(stateOf(spi().lblPotRead[2]), State::Fresh);
+        expectNothingLeftDisabled();
+    }
 }
 
 TEST_F(SpiPanelTest, UnplugInALongActionEndsIt) {

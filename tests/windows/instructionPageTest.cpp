@@ -25,6 +25,7 @@ class InstructionPageTest : public WindowTest {
     }
     frm_q4410& panel() { return *bench.frm_q4410; }
     QString text(const std::string& path) { return widget<QLabel>(kPage, path).text(); }
+    QString text2(const std::string& path) { return widget<QLabel>("frmVRK_User1", path).text(); }
     void choose(int instruction, int pot, int reg) {
         clickOn(widget(kPage, "OptInstruction(" + std::to_string(instruction) + ")"));
         if (pot >= 0)
@@ -64,6 +65,10 @@ TEST_F(InstructionPageTest, CellTellsWhatItsRegisterIsWorth) {
     EXPECT_EQ(widget(kPage, "txtWrData(6)").accessibleDescription(), "differs from read");
     click(kPage, "cdmWrData(6)");
     EXPECT_EQ(widget(kPage, "txtWrData(6)").accessibleDescription(), "") << "what was read is old now";
+    EXPECT_EQ(text("writes(2)") + text("writes(1)"), "1 write0 writes");
+    bench.frmVRK_User1->cmdSampleWiper[1].userClick();
+    EXPECT_EQ(text("wiperVolts(1)"), "wiper " + text2("lblWiperVolts(1)") + " V");
+    EXPECT_EQ(text("wiperVolts(2)"), "");
     choose(4, 1, 2);
     EXPECT_EQ(text("instructionWords"), "Transfer data register 2 of pot 1 to its wiper register");
     click(kPage, "cmdDoInstruction");
@@ -90,7 +95,7 @@ TEST_F(InstructionPageTest, ByteIsPutTogetherBeforeItIsSent) {
     choose(2, 2, 1);
     EXPECT_EQ(text("lblSet(4)"), "B6");
     EXPECT_EQ(text("instructionWords"), "Read data register 1 of pot 2");
-    EXPECT_EQ(text("instructionFurther"), "1 byte comes back");
+    EXPECT_EQ(text("instructionFurther"), "1 byte comes back · slave 50 hex");
     QString bits;
     for (int bit = 0; bit < 8; ++bit)
         bits += text("bit(" + std::to_string(bit) + ")");
@@ -109,6 +114,66 @@ TEST_F(InstructionPageTest, ByteIsPutTogetherBeforeItIsSent) {
     QTest::qWait(1);
     EXPECT_EQ(text("lblRDWcr(3)"), "81");
     EXPECT_TRUE(widget(kPage, "lblRDWcr(2)").isVisible());
+}
+
+/// The SPI panel with a part of its families, as the part's row of the parameter file sets it up.
+class SpiFamilyTest : public WindowTest {
+  protected:
+    explicit SpiFamilyTest(const char* part = "Q3310") : WindowTest(part) {
+        workspace.resize(1600, 1000);
+        click("frmStartup", "open.SPI");
+        click("frmVRK_SPI1", "OptVCC(0)");
+    }
+    void chooseFamily(const char* product) {
+        (void)bench.events().deliver([this, product] { bench.frmVRK_SPI1->lblProduct.setCaption(product); });
+    }
+};
+
+TEST_F(SpiFamilyTest, SingleWiperPageHasARowForEachRegister) {
+    constexpr const char* kSingle = "Frm3310";
+    chooseFamily("Q3310/1");
+    enter("frmVRK_SPI1", "txtSPIRDQuantity", "4");
+    click("frmVRK_SPI1", "cmdI2Read(0)");
+    (void)bench.events().deliver([this] { bench.Frm3310.show(); });
+    for (int index = 0; index < 5; ++index) {
+        const std::string at = "(" + std::to_string(index) + ")";
+        const std::string name = index == 0 ? "Wiper" : "Data " + std::to_string(index - 1);
+        EXPECT_EQ(widget(kSingle, "CMDq331X_Read" + at).accessibleName().toStdString(), "Read " + name);
+        EXPECT_EQ(widget(kSingle, "CMDq331X_Write" + at).accessibleName().toStdString(), "Write " + name);
+        EXPECT_EQ(widget(kSingle, "lblRdq331x" + at).accessibleName().toStdString(), name + ", as read");
+        enter(kSingle, "txtWrQ3319" + at, ("1a" + std::to_string(index)).c_str());
+        click(kSingle, "CMDq331X_Write" + at);
+        const int row = widget(kSingle, "lblRdq331x" + at).y();
+        EXPECT_LT(std::abs(widget(kSingle, "txtWrQ3319" + at).y() - row), 24);
+        EXPECT_TRUE(index == 0 ||
+                    std::abs(widget(kSingle, "cmdQ331xWipertoData(" + std::to_string(index - 1) + ")").y() -
+                             row) < 24);
+    }
+    click(kSingle, "cmdQ331xDatatoWiper(2)");
+    QTest::keyClick(&workspace, Qt::Key_F5); // reads the wiper
+    EXPECT_EQ(widget<QLabel>(kSingle, "lblRdq331x(0)").text(), "1A3");
+}
+
+struct SpiQuadTest : SpiFamilyTest {
+    SpiQuadTest() : SpiFamilyTest("Q4420") {}
+};
+
+TEST_F(SpiQuadTest, SpiInstructionsStandOnTheSamePageUnderTheirOwnWords) {
+    constexpr const char* kQuad = "frm_q4420";
+    chooseFamily("Q4420/1");
+    for (const char* box : {"txtSPIRDQuantity", "txtSPIWrCount"})
+        enter("frmVRK_SPI1", box, "3");
+    (void)bench.events().deliver([this] { bench.frmVRK_SPI1->cmdShowq4410_Click(); });
+    click(kQuad, "cmdRDData(6)");
+    EXPECT_EQ(widget<QLabel>(kQuad, "lblRdData(6)").text(), "80");
+    EXPECT_EQ(widget<QLabel>(kQuad, "Label1").text(), "USB Comm.");
+    EXPECT_EQ(widget<QLabel>(kQuad, "instructionFurther").text(), "1 byte comes back · ID 50 hex");
+    clickOn(widget(kQuad, "OptInstruction(8)"));
+    clickOn(widget(kQuad, "OptWiper(2)"));
+    QTest::keyClick(&workspace, Qt::Key_Return, Qt::ControlModifier);
+    click(kQuad, "cmdIncrWip(0)");
+    click(kQuad, "cmdIncrWip(2)");
+    EXPECT_EQ(widget<QLabel>(kQuad, "lblRDWcr(2)").text(), "81");
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 #include "apps/vrkbench/Desktop.h"
 #include "tests/windows/WindowTest.h"
 
+#include <QComboBox>
 #include <QLabel>
 #include <QStackedWidget>
 
@@ -51,6 +52,8 @@ TEST_F(SpiPageTest, EachFieldStandsInItsPlaceUnderItsName) {
             {"lblRegisterFrame(2)", "Frame of Reg. write", "section.Frames"},
             {"cmdShowq4410", "Show Instruction Set Form", "section.Q4420/1"},
         });
+    const QWidget& update = widget(kSpi, "cmdSetSPICLock");
+    EXPECT_LE(update.mapTo(&workspace, QPoint(update.width(), 0)).x(), workspace.width()) << "cut off";
 }
 
 TEST_F(SpiPageTest, FramesAreThoseOfTheChannelInHandBeforeTheyGo) {
@@ -65,6 +68,33 @@ TEST_F(SpiPageTest, FramesAreThoseOfTheChannelInHandBeforeTheyGo) {
     click(kSpi, "chkSendID");
     EXPECT_EQ(text("lblReadFrame(2)"), "B2 command · 00 clock · 00 clock");
     EXPECT_TRUE(text("age(2)").endsWith("the address changed since"));
+}
+
+TEST_F(SpiPageTest, FieldsAreThoseOfTheRegisterThatEachCommandLeadsTo) {
+    auto* store = &widget<QComboBox>(kSpi, "field.ACR.STORE");
+    EXPECT_EQ(store->currentText(), "WR Register"); // C0 is to be written
+    click(kSpi, "cmdACRRead");                      // 40
+    EXPECT_EQ(text("read.ACR.STORE") + "/" + text("read.ACR.SHDN"), "IVR EEPROM/running");
+    enter(kSpi, "txtACRAddress(1)", "b0"); // reads wiper 0
+    click(kSpi, "cmdACRRead");
+    EXPECT_EQ(text("read.ACR.STORE"), qt::kNeverRead);
+    enter(kSpi, "txtACRAddress(0)", "na");
+    EXPECT_EQ(text("read.WR0.POSITION"), "40 hex");
+    EXPECT_EQ(page(kSpi).find("field.ACR.STORE"), nullptr);
+}
+
+/// What the inspector lists by register stands there whole.
+TEST_F(SpiPageTest, StoresOfEveryRegisterAreReadable) {
+    click(kSpi, "Option1(0)");
+    click(kSpi, "cmdACRWrite");
+    for (const char* command : {"c0", "c1", "c2", "c3", "c4", "c5", "c6", "c7"}) {
+        enter(kSpi, "txtGPAddress(0)", command);
+        for (int times = 0; times < 12; ++times)
+            (void)bench.frmVRK_SPI1->cmdWriteGP.userClick();
+    }
+    auto& list = widget<QLabel>(kSpi, "lblNvRegisters");
+    EXPECT_TRUE(list.text().endsWith("07  12"));
+    EXPECT_GE(list.height(), list.heightForWidth(list.width()));
 }
 
 TEST(DesktopPart, OpensItsPanelSetUpForIt) {

@@ -182,6 +182,71 @@ void shootScript(WindowBench& bench, Shooter& shooter, const QString& folder) {
     (void)script.cmdExecAll.userClick();
 }
 
+/// All registers filled and read, one transferred, one written otherwise, one that was not heard.
+void workRegisters(WindowBench& bench, InstructionPanel& panel) {
+    (void)panel.cmdFillRegs.userClick();
+    (void)panel.cmdReadAll.userClick();
+    advance(bench.events, bench.clock, Milliseconds{38000});
+    (void)panel.OptInstruction[4].userClick();
+    (void)panel.OptWiper[1].userClick();
+    (void)panel.OptRegSel[2].userClick();
+    (void)panel.cmdDoInstruction.userClick();
+    panel.lblRdData[15].markStale("the last read failed", true);
+    (void)panel.cmdRDData[9].userClick();
+    (void)panel.txtWrData[9].userType("09");
+    bench.events.runDue();
+    (void)panel.txtWrData[9].userLeave();
+}
+
+/// With an increment run under way, which is ended.
+void shootIncrements(Shooter& shooter, InstructionPanel& panel, const char* name) {
+    (void)panel.OptInstruction[8].userClick();
+    (void)panel.OptWiper[2].userClick();
+    (void)panel.cmdDoInstruction.userClick();
+    for (const int step : {0, 0, 1})
+        (void)panel.cmdIncrWip[step].userClick();
+    shooter.shoot(name);
+    (void)panel.cmdIncrWip[2].userClick();
+}
+
+/// The parts on SPI that are told by instructions.
+void shootSpiInstructions(WindowBench& bench, Shooter& shooter) {
+    Bench& b = bench.bench;
+    frmVRK_SPI1& device = *b.frmVRK_SPI1;
+    const auto choose = [&](const char* part, const char* product, const char* bytes) {
+        bench.bus.socket(part);
+        const bool quad = bytes[0] == '3';
+        (void)b.events().deliver([&] {
+            device.OptChans[quad ? 2 : 0].setValue(true);
+            device.OptTaps[quad ? 5 : 7].setValue(true);
+            device.lblProduct.setCaption(product);
+            device.txtSPIRDQuantity.setText(bytes);
+            device.txtSPIWrCount.setText(bytes);
+        });
+    };
+    choose("Q4420", "Q4420/1, SPI, Four Pots", "3");
+    device.Frq4410Show.setVisible(true);
+    (void)device.cmdShowq4410.userClick();
+    workRegisters(bench, *b.frm_q4420);
+    (void)device.cmdSampleWiper[0].userClick();
+    shooter.shoot("spi-instructions");
+    shootIncrements(shooter, *b.frm_q4420, "spi-increments");
+    choose("Q3310", "Q3310/1, SPI, One Pot", "4");
+    (void)device.cmdI2Read[0].userClick();
+    (void)b.events().deliver([&b] { b.Frm3310.show(); });
+    Frm3310& single = *b.Frm3310;
+    single.frq331x.setCaption("Q3310/0 Table 3 Instruction Set");
+    for (int index = 0; index < Frm3310::kRegisters; ++index) {
+        (void)single.txtWrQ3319[index].userType("1A" + std::to_string(index));
+        b.events().runDue();
+        (void)single.CMDq331X_Write[index].userClick();
+        if (index != 3)
+            (void)single.CMDq331X_Read[index].userClick();
+    }
+    (void)single.cmdQ331xDatatoWiper[1].userClick();
+    shooter.shoot("single-wiper");
+}
+
 /// The SPI panel with four channels and with one.
 int shootSpi(const QString& folder, const QString& shade) {
     WindowBench bench(folder.toStdString(), "KV4184");
@@ -200,10 +265,10 @@ int shootSpi(const QString& folder, const QString& shade) {
     (void)panel.OptChans[0].userClick();
     (void)panel.cmdI2Read[0].userClick();
     shooter.shoot("spi-1");
+    shootSpiInstructions(bench, shooter);
     return shooter.failures();
 }
 
-/// All registers filled and read, one transferred, one written otherwise, one that was not heard.
 void workQuadPart(WindowBench& bench) {
     Bench& b = bench.bench;
     bench.bus.socket("Q4410");
@@ -214,20 +279,9 @@ void workQuadPart(WindowBench& bench) {
         b.frmMainF340->chk2WireRead.setValue(1);
         b.frmMainF340->chkRandom.setValue(0);
     });
-    frm_q4410& panel = *b.frm_q4410;
     (void)b.frmVRK_User1->cmdShowq4410.userClick();
-    (void)panel.cmdFillRegs.userClick();
-    (void)panel.cmdReadAll.userClick();
-    advance(b.events(), bench.clock, Milliseconds{38000});
-    (void)panel.OptInstruction[4].userClick();
-    (void)panel.OptWiper[1].userClick();
-    (void)panel.OptRegSel[2].userClick();
-    (void)panel.cmdDoInstruction.userClick();
-    panel.lblRdData[15].markStale("the last read failed", true);
-    (void)panel.cmdRDData[9].userClick();
-    (void)panel.txtWrData[9].userType("09");
-    b.events().runDue();
-    (void)panel.txtWrData[9].userLeave();
+    workRegisters(bench, *b.frm_q4410);
+    (void)b.frmVRK_User1->cmdSampleWiper[0].userClick();
 }
 
 int shootAll(const QString& folder, const QString& shade) {
@@ -268,13 +322,7 @@ int shootAll(const QString& folder, const QString& shade) {
     workspace.help().hide();
     workQuadPart(bench);
     shooter.shoot("instructions");
-    (void)b.frm_q4410->OptInstruction[8].userClick();
-    (void)b.frm_q4410->OptWiper[2].userClick();
-    (void)b.frm_q4410->cmdDoInstruction.userClick();
-    for (const int step : {0, 0, 1})
-        (void)b.frm_q4410->cmdIncrWip[step].userClick();
-    shooter.shoot("increments");
-    (void)b.frm_q4410->cmdIncrWip[2].userClick();
+    shootIncrements(shooter, *b.frm_q4410, "increments");
     b.frmMainF340->chk2WireRead.setValue(0);
     b.frmMainF340->chkRandom.setValue(1);
     show(b.frmVRK_User1);

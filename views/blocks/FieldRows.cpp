@@ -40,32 +40,54 @@ FieldRows::FieldRows(PageUi& page, Byte byte) : byte_(std::move(byte)) {
     all->setContentsMargins(0, 0, 0, 0);
     all->setSpacing(dp(kUnit / 2));
     rebuild();
-    for (Control* control : std::initializer_list<Control*>{&byte_.product, &byte_.address})
-        page.ui().watch(*control, [this] { follow(); });
+    for (Control* control :
+         std::initializer_list<Control*>{&byte_.product, &byte_.address, byte_.readAddress})
+        if (control != nullptr)
+            page.ui().watch(*control, [this] { follow(); });
     for (Control* control : std::initializer_list<Control*>{&byte_.toWrite, &byte_.asRead})
         page.ui().watch(*control, [this] { show(); });
 }
 
-const PartRegister* FieldRows::current() const {
-    const std::string& text = byte_.address.text();
-    if (!map_ || text.empty() || text.find_first_not_of("0123456789ABCDEFabcdef") != std::string::npos)
+namespace {
+std::optional<int> numberIn(const TextBox& box) {
+    const std::string& text = box.text();
+    if (text.empty() || text.find_first_not_of("0123456789ABCDEFabcdef") != std::string::npos)
+        return std::nullopt; // "NA"
+    return hexToInt(text);
+}
+
+const PartRegister* commandedBy(const RegisterMap& map, int PartRegister::*command,
+                                std::optional<int> number) {
+    const auto found = std::find_if(map.registers.begin(), map.registers.end(),
+                                    [&](const PartRegister& one) { return one.*command == number; });
+    return found == map.registers.end() ? nullptr : &*found;
+}
+} // namespace
+
+const PartRegister* FieldRows::writtenRegister() const {
+    const std::optional<int> number = numberIn(byte_.address);
+    if (!map_ || !number)
         return nullptr;
-    const int number = hexToInt(byte_.address.text());
-    if (map_->bus != PartBus::SPI)
-        return map_->at(number);
-    const auto found = std::find_if(map_->registers.begin(), map_->registers.end(),
-                                    [number](const PartRegister& one) { return one.writeCommand == number; });
-    return found == map_->registers.end() ? nullptr : &*found;
+    return map_->bus == PartBus::SPI ? commandedBy(*map_, &PartRegister::writeCommand, number)
+                                     : map_->at(*number);
+}
+
+const PartRegister* FieldRows::readRegister() const {
+    if (byte_.readAddress == nullptr)
+        return writtenRegister();
+    const std::optional<int> number = numberIn(*byte_.readAddress);
+    return map_ && number ? commandedBy(*map_, &PartRegister::readCommand, number) : nullptr;
 }
 
 void FieldRows::follow() {
-    if (product_ == byte_.product.caption() && address_ == byte_.address.text())
+    const std::string other = byte_.readAddress != nullptr ? byte_.readAddress->text() : "";
+    if (product_ == byte_.product.caption() && addresses_ == byte_.address.text() + "/" + other)
         return;
+    addresses_ = byte_.address.text() + "/" + other;
     rebuild();
 }
 
 void FieldRows::rebuild() {
-    address_ = byte_.address.text();
     if (product_ != byte_.product.caption()) {
         product_ = byte_.product.caption();
         try {
@@ -79,7 +101,9 @@ void FieldRows::rebuild() {
         delete item->widget();
         delete item;
     }
-    const PartRegister* reg = current();
+    const PartRegister* const source = readRegister();
+    const PartRegister* const target = writtenRegister();
+    const PartRegister* const reg = target != nullptr ? target : source;
     setShown(*this, reg != nullptr && !reg->fields.empty());
     if (reg == nullptr)
         return;
@@ -88,7 +112,9 @@ void FieldRows::rebuild() {
         read->setObjectName(words("read." + reg->name + "." + field.name));
         read->setAccessibleName(words(field.name) + ", as read");
         QWidget* written = nullptr;
-        if (field.choices.empty()) {
+        if (target == nullptr) {
+            written = new QWidget; // the part's map knows no such command to write
+        } else if (field.choices.empty()) {
             auto* value = quietText({});
             written = value;
             refreshes_.emplace_back(
@@ -107,9 +133,9 @@ void FieldRows::rebuild() {
             });
         }
         written->setObjectName(words("field." + reg->name + "." + field.name));
-        refreshes_.emplace_back([this, read, &field] {
+        refreshes_.emplace_back([this, read, &field, same = source == reg] {
             const auto& worth = byte_.asRead.freshness();
-            const Freshness::State state = worth ? worth->state : Freshness::State::Never;
+            const Freshness::State state = worth && same ? worth->state : Freshness::State::Never;
             read->setText(state == Freshness::State::Never ? QString(kNeverRead)
                                                            : shown(field, hexToInt(byte_.readText())));
             read->setTone(state == Freshness::State::Fresh ? Tone::Plain : Tone::Stale);

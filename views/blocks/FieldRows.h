@@ -28,6 +28,8 @@ class FieldRows final : public QWidget {
         TextBox& toWrite;
         Control& asRead;
         std::function<std::string()> readText;
+        /// The command that reads it, where that is one of its own; it may lead to another register.
+        TextBox* readAddress = nullptr;
     };
     FieldRows(PageUi& page, Byte byte);
 
@@ -36,11 +38,14 @@ class FieldRows final : public QWidget {
     void rebuild();
     void show();
     void choose(const RegisterField& field, int value);
-    const PartRegister* current() const;
+    /// The register that the byte to write goes to, and the one that the byte read came from; nullptr for
+    /// one that no map knows.
+    const PartRegister* writtenRegister() const;
+    const PartRegister* readRegister() const;
 
     Byte byte_;
     std::string product_;
-    std::string address_;
+    std::string addresses_;
     std::optional<RegisterMap> map_;
     std::vector<std::function<void()>> refreshes_;
 };

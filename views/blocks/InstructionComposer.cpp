@@ -44,6 +44,16 @@ std::optional<std::uint8_t> byteOf(const InstructionPanel& p) {
     return hexToByte(shown);
 }
 
+/// What leads the instruction on the bus; the clocks of the steps go to a fixed address of their own.
+QString addressWords(const InstructionPanel& p) {
+    InstructionCompanion* const beside = p.loadedCompanion();
+    if (beside == nullptr || p.choice().instructionClass == "INC")
+        return {};
+    const WiperPanel& device = beside->devicePanel();
+    return QString(device.bus() == Bus::SPI ? " · ID " : " · slave ") + text(device.txtDeviceAdr.text()) +
+           " hex";
+}
+
 /// Draws a row's words over as many lines as they need, and the chosen row on its own ground.
 class WrappedCells final : public QStyledItemDelegate {
   public:
@@ -194,7 +204,9 @@ QWidget* InstructionComposer::makeTable(PageUi& page, InstructionPanel& panel) {
         beside->update();
         table->viewport()->update();
     });
-    return qt::block(rows({heading("Table 1. Instruction Set Selection"), beside}));
+    auto* selection = heading("Table 1. Instruction Set Selection");
+    selection->setToolTip(qt::words(panel.OptInstruction[0].toolTip()));
+    return qt::block(rows({row({selection, stretch, quietText("TABLE 1. INSTRUCTION SET")}), beside}));
 }
 
 /// I3 to P0 over the bits of the byte, and under them its three numbers.
@@ -205,7 +217,13 @@ QWidget* InstructionComposer::makeBits(PageUi& page, InstructionPanel& panel) {
     grid->setHorizontalSpacing(2);
     grid->setVerticalSpacing(0);
     std::array<QLabel*, 8> bits{};
-    int column = 0;
+    const auto caption = [](const char* words) {
+        auto* label = quietText(words);
+        label->setFont(textFont(kSmall));
+        return label;
+    };
+    grid->addWidget(caption("Fields in Hex >"), 3, 0, Qt::AlignVCenter);
+    int column = 1;
     for (std::size_t bit = 0; bit < kHeads.size(); ++bit) {
         if (bit == 4 || bit == 6)
             grid->setColumnMinimumWidth(column++, dp(8));
@@ -217,7 +235,7 @@ QWidget* InstructionComposer::makeBits(PageUi& page, InstructionPanel& panel) {
         digit->setObjectName(QString("bit(%1)").arg(bit));
         digit->setFont(valueFont(1.3));
         digit->setAlignment(Qt::AlignCenter);
-        digit->setMinimumWidth(dp(19));
+        digit->setMinimumWidth(dp(18));
         bits.at(bit) = digit;
         grid->addWidget(digit, 1, column++);
     }
@@ -229,26 +247,20 @@ QWidget* InstructionComposer::makeBits(PageUi& page, InstructionPanel& panel) {
         label->setAccessibleName(qt::words(panel.lblSet[field].toolTip()));
         grid->addWidget(label, 3, at, 1, span);
     };
-    number(0, 0, 4);
-    number(1, 5, 2);
-    number(2, 8, 2);
-    auto* words = quietText("merged R, P");
-    words->setFont(textFont(kSmall));
-    words->setToolTip("Merged RX / PX Fields in Hex");
+    number(0, 1, 4);
+    number(1, 6, 2);
+    number(2, 9, 2);
+    grid->setColumnStretch(11, 1);
     auto* merged = ui(panel.lblSet[3]);
     merged->setFont(valueFont(1.3));
-    merged->setAlignment(Qt::AlignCenter);
     merged->setAccessibleName(qt::words(panel.lblSet[3].toolTip()));
-    grid->setColumnStretch(10, 1);
-    grid->addWidget(words, 1, 11, Qt::AlignCenter);
-    grid->addWidget(merged, 3, 11, Qt::AlignCenter);
-    grid->setColumnStretch(12, 1);
     page.ui().watch(panel.lblSet[InstructionPanel::kByteField], [bits, &panel] {
         const auto byte = byteOf(panel);
         for (std::size_t bit = 0; bit < bits.size(); ++bit)
             bits.at(bit)->setText(byte ? QString(((*byte >> (7 - bit)) & 1) != 0 ? "1" : "0") : QString("-"));
     });
-    return qt::block(grid);
+    return qt::block(rows({grid, row({caption("Merged RX / PX Fields in Hex >"), merged, stretch}),
+                           caption("Final Instruction in Hex >")}));
 }
 
 QWidget* InstructionComposer::makeByte(PageUi& page, InstructionPanel& panel) {
@@ -286,7 +298,7 @@ QWidget* InstructionComposer::makeByte(PageUi& page, InstructionPanel& panel) {
     further->setFont(textFont(kSmall));
     further->setWordWrap(true);
     further->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
-    page.ui().watch(panel.lblSet[InstructionPanel::kByteField], [words, further, &panel] {
+    const auto describe = [words, further, &panel] {
         const auto byteNow = byteOf(panel);
         const auto effect = byteNow ? instructionEffect(*byteNow) : std::nullopt;
         if (!effect) {
@@ -305,8 +317,11 @@ QWidget* InstructionComposer::makeByte(PageUi& page, InstructionPanel& panel) {
                                 : group == "Write" ? "1 byte follows"
                                 : group == "INC"   ? "clocks follow, one a step"
                                                    : "no data";
-        further->setText(follows);
-    });
+        further->setText(follows + addressWords(panel));
+    };
+    page.ui().watch(panel.lblSet[InstructionPanel::kByteField], describe);
+    if (InstructionCompanion* beside = panel.loadedCompanion())
+        page.ui().watch(beside->devicePanel().txtDeviceAdr, describe);
 
     auto* value = ui(panel.txtWriteValue, 2);
     value->setFixedWidth(dp(44));
@@ -329,10 +344,12 @@ QWidget* InstructionComposer::makeByte(PageUi& page, InstructionPanel& panel) {
     order_.push_back(value);
     order_.push_back(go);
 
-    auto* content = rows({row(registers), potGroup, separator(Qt::Horizontal), makeBits(page, panel),
-                          row({byte, qt::block(rows({words, further}))}), valueFrame,
-                          row({quietText("Read Operation returned Value."), stretch, came, quietText("hex")}),
-                          row({go, stretch, lampWords, lamp})});
+    auto* whole = row({byte, qt::block(rows({words, further}))});
+    whole->setStretch(1, 1); // the words follow the byte
+    auto* content =
+        rows({row(registers), potGroup, separator(Qt::Horizontal), makeBits(page, panel), whole, valueFrame,
+              row({quietText("Read Operation returned Value."), stretch, came, quietText("hex")}),
+              row({go, stretch, lampWords, lamp})});
     auto* group = ui.frame(panel.FrPot, {}, content);
     return group;
 }

@@ -1,8 +1,10 @@
 #include "views/blocks/PotMap.h"
 
+#include "panels/WiperPanel.h"
 #include "panels/instruction/InstructionPanel.h"
 #include "platform/qt/theme.h"
 #include "platform/qt/words.h"
+#include "platform/runtime/text.h"
 #include "views/blocks/rows.h"
 #include "views/workspace/Page.h"
 
@@ -56,25 +58,58 @@ Register registerAt(InstructionPanel& p, const PotMap::Place& at) {
             "data register " + QString::number(at.row - 1) + pot};
 }
 
-Colour readColour(const InstructionPanel& p, const PotMap::Place& at) {
-    return at.row == 0 ? p.ShpRdWCR[at.pot].colour()
-                       : p.ShpDataRd[at.pot * InstructionPanel::kRegisters + at.row - 1].colour();
-}
-
-/// Source and recipient carry their marks until the next access, so the lamps tell what was transferred.
+/// What the part has taken, and not what the lamps show: they mark where the choice stands, which may be
+/// another place than the byte sent, and a transfer that failed as well.
 std::vector<PotMap::Transfer> transfersOf(const InstructionPanel& p, int pot) {
     std::vector<PotMap::Transfer> all;
-    const PotMap::Place wiper{pot, 0};
-    const Colour wiperLamp = readColour(p, wiper);
-    for (int row = 1; row < kRows; ++row) {
-        const PotMap::Place data{pot, row};
-        const Colour lamp = readColour(p, data);
-        if (wiperLamp == Colour::LightBlue && lamp == Colour::Yellow)
-            all.push_back({data, wiper});
-        else if (wiperLamp == Colour::Yellow && lamp == Colour::LightBlue)
-            all.push_back({wiper, data});
+    for (const InstructionPanel::Transfer& taken : p.transfers()) {
+        if (taken.place.pot != pot)
+            continue;
+        const PotMap::Place wiper{pot, 0};
+        const PotMap::Place data{pot, taken.place.reg + 1};
+        all.push_back({taken.intoWiper ? data : wiper, taken.intoWiper ? wiper : data});
     }
     return all;
+}
+
+/// The wiper's volts behind the pot's name, as the device panel measured them last.
+QLabel* wiperVolts(PageUi& page, InstructionPanel& p, int pot) {
+    auto* shown = new ToneLabel;
+    shown->setObjectName(QString("wiperVolts(%1)").arg(pot));
+    shown->setFont(textFont(kSmall));
+    InstructionCompanion* const beside = p.loadedCompanion();
+    if (beside == nullptr)
+        return shown;
+    Reading& volts = beside->devicePanel().lblWiperVolts[pot];
+    page.ui().watch(volts, [shown, &volts, &clock = p.context().clock()] {
+        const Freshness& worth = *volts.freshness();
+        const bool measured = worth.state != Freshness::State::Never;
+        const bool fresh = worth.state == Freshness::State::Fresh;
+        shown->setText(measured ? "wiper " + words(volts.caption()) + " V" + (fresh ? "" : ", old")
+                                : QString());
+        shown->setTone(fresh ? Tone::Plain : Tone::Stale);
+        shown->setToolTip(measured ? ageWords(worth, clock.now(), words(volts.caption())).first : QString());
+    });
+    return shown;
+}
+
+/// How often the data registers of a row have been written since the part was chosen.
+QLabel* rowWrites(PageUi& page, const InstructionPanel& p, int reg) {
+    auto* shown = quietText({});
+    shown->setObjectName(QString("writes(%1)").arg(reg));
+    shown->setFont(textFont(kSmall));
+    InstructionCompanion* const beside = p.loadedCompanion();
+    if (beside == nullptr)
+        return shown;
+    WiperPanel& device = beside->devicePanel();
+    page.ui().watch(device.lblNvRegisters, [shown, &device, reg] {
+        int writes = 0;
+        for (const auto& [name, count] : device.nonvolatileWrites().byRegister())
+            if (startsWith(name, "DR") && name.ends_with("." + std::to_string(reg)))
+                writes += count;
+        shown->setText(QString::number(writes) + (writes == 1 ? " write" : " writes"));
+    });
+    return shown;
 }
 
 /// Age and state of a register in few words: the cell is narrow, and its tool tip says the rest.
@@ -144,6 +179,7 @@ class PotMap::Cell final : public QWidget {
             return cellWords(p, at, reading, clock.now());
         };
         ui.watch(reg.readLamp, [age] { age->refresh(); });
+        ui.keep(p.observeTransfers([age] { age->refresh(); }));
         auto* field = ui(reg.write, 3);
         field->setFixedWidth(dp(kFieldWidth));
         field->setAlignment(Qt::AlignCenter);
@@ -265,7 +301,7 @@ PotMap::PotMap(PageUi& page, InstructionPanel& panel) : arrows_(new Arrows(*this
     auto* all = new QHBoxLayout(this);
     all->setContentsMargins(0, 0, 0, 0);
     all->setSpacing(0);
-    all->addWidget(rowHeads());
+    all->addWidget(rowHeads(page, panel));
     for (int pot = 0; pot < InstructionPanel::kPots; ++pot) {
         auto* cells = new QVBoxLayout;
         cells->setSpacing(0);
@@ -275,7 +311,8 @@ PotMap::PotMap(PageUi& page, InstructionPanel& panel) : arrows_(new Arrows(*this
         }
         auto* block = page.ui().frame(panel.FrVRK[pot], {}, cells);
         block->setTitled(false); // the head stands in a row of its own height
-        auto* head = heading(words(panel.FrVRK[pot].caption()), kStripScale);
+        QWidget* head = qt::block(row({heading(words(panel.FrVRK[pot].caption()), kStripScale),
+                                       wiperVolts(page, panel, pot), stretch}));
         head->setFixedHeight(dp(kHeadHeight));
         head->setContentsMargins(kUnit, 0, 0, 0);
         auto* outer = static_cast<QBoxLayout*>(block->layout());
@@ -289,17 +326,14 @@ PotMap::PotMap(PageUi& page, InstructionPanel& panel) : arrows_(new Arrows(*this
             for (QWidget* field : cells_.at(static_cast<std::size_t>(pot * kRows + row))->fields())
                 order_.push_back(field);
     const auto transfers = [this, &panel] { showTransfers(panel); };
-    for (auto& lamp : panel.ShpRdWCR)
-        page.ui().watch(*lamp, transfers);
-    for (auto& lamp : panel.ShpDataRd)
-        page.ui().watch(*lamp, transfers);
+    page.ui().keep(panel.observeTransfers(transfers));
     for (auto& frame : panel.FrVRK)
         page.ui().watch(*frame, transfers);
     page.ui().watch(panel.lblSet[InstructionPanel::kByteField], [this, &panel] { showChoice(panel); });
     arrows_->raise();
 }
 
-QWidget* PotMap::rowHeads() {
+QWidget* PotMap::rowHeads(PageUi& page, const InstructionPanel& panel) {
     auto* heads = new QVBoxLayout;
     heads->setSpacing(0);
     heads->addSpacing(dp(kHeadHeight));
@@ -308,6 +342,8 @@ QWidget* PotMap::rowHeads() {
         auto* kind = quietText(row == 0 ? "wiper counter,\nvolatile" : "non-volatile");
         kind->setFont(textFont(kSmall));
         std::vector<Item> lines{name, kind};
+        if (row > 0)
+            lines.emplace_back(rowWrites(page, panel, row - 1));
         lines.emplace_back(stretch);
         auto* column = tightColumn(lines);
         column->setSpacing(0);

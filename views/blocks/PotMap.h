@@ -23,7 +23,7 @@ class PotMap final : public QWidget {
         int pot = 0;
         int row = 0;
     };
-    /// A transfer inside one pot, as its lamps tell it.
+    /// A transfer inside one pot.
     struct Transfer {
         Place from;
         Place to;
@@ -36,7 +36,7 @@ class PotMap final : public QWidget {
     class Cell;
     class Arrows;
 
-    static QWidget* rowHeads();
+    static QWidget* rowHeads(PageUi& page, const InstructionPanel& panel);
     void showChoice(const InstructionPanel& panel);
     void showTransfers(const InstructionPanel& panel);
 

@@ -38,7 +38,7 @@ QWidget* fieldsOf(PageUi& page, const RegisterAddress& at, TextBox& toWrite, Con
                   std::function<std::string()> readText) {
     if (at.product == nullptr)
         return new QWidget;
-    return new FieldRows(page, {*at.product, *at.address, toWrite, asRead, std::move(readText)});
+    return new FieldRows(page, {*at.product, *at.address, toWrite, asRead, std::move(readText), at.read});
 }
 
 /// "Commands [C8] write [B8] read", where a read has a command of its own.

@@ -74,6 +74,13 @@ QWidget* byteField(PageUi& page, TextBox& box) {
     return field;
 }
 
+void keepWhole(PageUi& page, Control& control, QLabel& label) {
+    label.setWordWrap(true);
+    const auto fit = [&label] { label.setMinimumHeight(label.heightForWidth(label.width())); };
+    page.ui().watch(control, fit);
+    new Listener(label, {QEvent::Resize}, fit);
+}
+
 void followEnabled(QWidget& follower, QWidget& leader) {
     follower.setEnabled(leader.isEnabled());
     auto* listener = new Listener(leader, {QEvent::EnabledChange},

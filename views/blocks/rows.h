@@ -32,6 +32,10 @@ QWidget* wideButton(QWidget* button, int width);
 /// A field for a hexadecimal byte or address.
 QWidget* byteField(PageUi& page, TextBox& box);
 
+/// A label with a text of any length wraps and keeps the height of all its lines: the inspector goes by the
+/// least heights and not by what a width needs.
+void keepWhole(PageUi& page, Control& control, QLabel& label);
+
 /// A button of the view's own takes what its control's widget takes, and looks like it.
 void followEnabled(QWidget& follower, QWidget& leader);
 

@@ -18,13 +18,15 @@ Section& addStoreSection(PageUi& page, StoreBlock& block) {
     auto* budget = ui(block.txtNvBudget, 7);
     budget->setAlignment(Qt::AlignRight);
     auto* registers = ui(block.lblNvRegisters);
-    registers->setWordWrap(true);
+    keepWhole(page, block.lblNvRegisters, *registers);
     registers->setAccessibleName("Non-volatile writes by register");
     makeQuiet(*registers);
+    auto* list = row({columnLabel("Registers"), registers});
+    list->setStretch(1, 1); // as many lines as the section is wide
     Section& section = page.addSection("Non-volatile writes",
                                        qt::block(rows({row({columnLabel("So far"), writes, stretch,
                                                             smallCaption("Warn above", budget), budget}),
-                                                       row({columnLabel("Registers"), registers})})));
+                                                       list})));
     const auto summary = [&block] { return QString::fromStdString(block.lblNvWrites.caption()); };
     summarise(page, section, summary, [] { return QString(); }, {&block.lblNvWrites});
     return section;

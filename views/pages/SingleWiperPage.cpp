@@ -1,6 +1,8 @@
 #include "panels/instruction/Frm3310.h"
 #include "platform/qt/theme.h"
 #include "platform/qt/words.h"
+#include "shell/Bench.h"
+#include "views/blocks/blocks.h"
 #include "views/blocks/rows.h"
 #include "views/pages/pageMakers.h"
 #include "views/workspace/Page.h"
@@ -60,6 +62,10 @@ void addRegister(PageUi& page, Frm3310& p, int index, QGridLayout& grid) {
 void makeSingleWiperPage(PageUi& page, Frm3310& p) {
     page.setHelpPage("Single-wiper panel");
     PanelUi& ui = page.ui();
+    if (frmVRK_SPI1* beside = page.context().bench.frmVRK_SPI1.loadedPanel()) {
+        addSupplySection(page, *beside);
+        addStoreSection(page, *beside);
+    }
     auto* grid = new QGridLayout;
     grid->setHorizontalSpacing(kUnit);
     grid->setVerticalSpacing(kUnit);

@@ -50,8 +50,9 @@ void addSetUpSection(PageUi& page, frmVRK_SPI1& p) {
                       row({columnLabel("Frame"), ui(p.chkSendID), stretch}),
                       addressRows(page, p, "ID"),
                       sizeRow(page, p),
-                      row({smallCaption("SPI clock frequency (MHz)", clock), stretch, clock,
-                           wideButton(ui(p.cmdSetSPICLock), kClock)}),
+                      row({smallCaption("SPI clock frequency (MHz)", clock), stretch}),
+                      // In a line of their own: with the caption they would be wider than the inspector.
+                      row({stretch, clock, wideButton(ui(p.cmdSetSPICLock), kClock)}),
                   })));
     showPart(page, section, p);
 }
@@ -60,7 +61,7 @@ void addSetUpSection(PageUi& page, frmVRK_SPI1& p) {
 QLayout* frameLine(PageUi& page, const QString& button, Label& frame) {
     QLabel* bytes = page.ui()(frame);
     bytes->setFont(valueFont(kSmall));
-    bytes->setWordWrap(true);
+    keepWhole(page, frame, *bytes);
     bytes->setAccessibleName("Frame of " + button);
     auto* line = row({columnLabel(button), bytes});
     line->setStretch(1, 1);

@@ -51,11 +51,15 @@ class RailEntry final : public QAbstractButton {
         const int side = dp(kSignSize);
         drawSign(painter, sign_, QRectF(dp(12), (height() - side) / 2.0, side, side), ink);
         if (width() > dp(kNarrowWidth)) {
-            painter.setFont(textFont(1.0, isChecked()));
             painter.setPen(ink);
             const QRect room = rect().adjusted(dp(35), 0, -dp(2), 0);
-            if (painter.fontMetrics().horizontalAdvance(text()) > room.width())
-                painter.setFont(textFont(kSmall, isChecked())); // the longest names
+            // The longest names stand smaller, and the longest of them never bold.
+            for (const QFont& font :
+                 {textFont(1.0, isChecked()), textFont(kSmall, isChecked()), textFont(kSmall)}) {
+                painter.setFont(font);
+                if (QFontMetricsF(font).horizontalAdvance(text()) <= room.width())
+                    break;
+            }
             painter.drawText(room, Qt::AlignLeft | Qt::AlignVCenter,
                              painter.fontMetrics().elidedText(text(), Qt::ElideRight, room.width()));
         }

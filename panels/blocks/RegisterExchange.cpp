@@ -1,6 +1,7 @@
 #include "panels/blocks/RegisterExchange.h"
 
 #include "panels/blocks/PortLines.h"
+#include "panels/blocks/spiRow.h"
 #include "platform/runtime/text.h"
 
 #include <array>
@@ -147,6 +148,12 @@ RegisterExchange::Result RegisterExchange::spi(Way way, const PartRegister& reg,
 
 std::pair<int, RegisterExchange::Bytes> RegisterExchange::spiFrame(const Bytes& frame) {
     frmMotherboardDAQ2& board = services_.board();
+    const auto own = [&board, &frame] {
+        for (std::size_t place = 0; place < frame.size(); ++place)
+            if (!spiReadRow(board).holds(static_cast<int>(place) + 1, byteToHex2(frame[place])))
+                return false;
+        return true;
+    };
     // As on I2C an exchange that got no reply of its own is repeated once the link is back: what stands in
     // the fields is the discovery's then, or that of a register that was set anew behind it.
     do {
@@ -154,7 +161,7 @@ std::pair<int, RegisterExchange::Bytes> RegisterExchange::spiFrame(const Bytes& 
         for (std::size_t place = 0; place < frame.size(); ++place)
             board.txtSPIWrite3Data[static_cast<int>(place) + 1].setText(byteToHex2(frame[place]));
         board.cmdSPIOWrite3_Click();
-    } while (!services_.console().replied() && services_.link.hidLinkCode == 0);
+    } while ((!services_.console().replied() || !own()) && services_.link.hidLinkCode == 0);
     if (services_.link.hidLinkCode == 4)
         return {kLinkWriteFailed, {}};
     if (services_.link.hidLinkCode != 0)

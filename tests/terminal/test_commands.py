@@ -213,6 +213,20 @@ class Commands(unittest.TestCase):
         args = ("register", "read", "WCR1", "--simulate=Q4410", "--scenario", scenario, "--link-wait", "1")
         self.assertEqual(run(*args)[0], 4)
 
+    def test_a_volatile_write_stays_one_when_the_board_loses_its_power(self):
+        scenario, memory = (self.log.parent / name for name in ("gone.jsonl", "memory"))
+        for part in ("KV4071", "KV4184"):
+            for moment in range(104, 146, 4):  # around the control register, the write and its read-back
+                with self.subTest(part=part, moment=moment):
+                    scenario.write_text(f'{{"op":"unplug","board":0,"atMs":{moment}}}\n'
+                                        f'{{"op":"plug","board":0,"atMs":{moment + 500}}}\n')
+                    memory.unlink(missing_ok=True)
+                    _, out, _ = run("register", "write", "WR0", "11", "--volatile", f"--simulate={part}", "--scenario",
+                                    scenario, "--sim-memory", memory, "--json")
+                    self.assertIn(json.loads(out)["value"], ("11", "40"))
+                    _, out, _ = run("register", "read", "WR0", f"--simulate={part}", "--sim-memory", memory, "--json")
+                    self.assertEqual(json.loads(out)["value"], "40")
+
     def test_nothing_is_sent_for_a_position_that_the_part_has_not(self):
         run("wiper", "write", "0", "200", "--simulate", "--wire-log", self.log)
         self.assertEqual(self.reports(), [])

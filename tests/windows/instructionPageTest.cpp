@@ -25,7 +25,6 @@ class InstructionPageTest : public WindowTest {
     }
     frm_q4410& panel() { return *bench.frm_q4410; }
     QString text(const std::string& path) { return widget<QLabel>(kPage, path).text(); }
-    QString text2(const std::string& path) { return widget<QLabel>("frmVRK_User1", path).text(); }
     void choose(int instruction, int pot, int reg) {
         clickOn(widget(kPage, "OptInstruction(" + std::to_string(instruction) + ")"));
         if (pot >= 0)
@@ -66,8 +65,9 @@ TEST_F(InstructionPageTest, CellTellsWhatItsRegisterIsWorth) {
     click(kPage, "cdmWrData(6)");
     EXPECT_EQ(widget(kPage, "txtWrData(6)").accessibleDescription(), "") << "what was read is old now";
     EXPECT_EQ(text("writes(2)") + text("writes(1)"), "1 write0 writes");
-    bench.frmVRK_User1->cmdSampleWiper[1].userClick();
-    EXPECT_EQ(text("wiperVolts(1)"), "wiper " + text2("lblWiperVolts(1)") + " V");
+    (void)bench.events().deliver([this] { bench.frmVRK_User1->cmdSampleWiper_Click(1); });
+    EXPECT_EQ(text("wiperVolts(1)"),
+              QString("wiper %1 V").arg(bench.frmVRK_User1->lblWiperVolts[1].caption().c_str()));
     EXPECT_EQ(text("wiperVolts(2)"), "");
     choose(4, 1, 2);
     EXPECT_EQ(text("instructionWords"), "Transfer data register 2 of pot 1 to its wiper register");
@@ -170,8 +170,12 @@ TEST_F(SpiQuadTest, SpiInstructionsStandOnTheSamePageUnderTheirOwnWords) {
     EXPECT_EQ(widget<QLabel>(kQuad, "instructionFurther").text(), "1 byte comes back · ID 50 hex");
     clickOn(widget(kQuad, "OptInstruction(8)"));
     clickOn(widget(kQuad, "OptWiper(2)"));
-    QTest::keyClick(&workspace, Qt::Key_Return, Qt::ControlModifier);
+    settle();
+    click(kQuad, "cmdDoInstruction");
+    EXPECT_TRUE(bench.frm_q4420->stepping());
+    settle();
     click(kQuad, "cmdIncrWip(0)");
+    settle();
     click(kQuad, "cmdIncrWip(2)");
     EXPECT_EQ(widget<QLabel>(kQuad, "lblRDWcr(2)").text(), "81");
 }

@@ -8,7 +8,6 @@
 #include "views/blocks/rows.h"
 #include "views/pages/pageMakers.h"
 #include "views/workspace/Page.h"
-#include "views/workspace/Section.h"
 
 #include <QLabel>
 #include <QPushButton>
@@ -49,23 +48,20 @@ void addLegend(PageUi& page, InstructionPanel& p) {
     page.addSection("LED Color Legend", qt::block(content));
 }
 
-void addIncrements(PageUi& page, InstructionPanel& p) {
+/// Stands above the map while the increments run: nothing else of the page works then, and the inspector may
+/// be folded away.
+QWidget* increments(PageUi& page, InstructionPanel& p) {
     PanelUi& ui = page.ui();
-    auto* hint =
-        quietText("Shown while Inc / Dec WCR runs. The map then keeps only the pot that is stepped.");
-    hint->setWordWrap(true);
-    hint->setFont(textFont(kSmall));
-    std::vector<Item> buttons;
+    std::vector<Item> line{heading(QString::fromStdString(p.FrIncrDec.caption())), gap};
     for (auto& button : p.cmdIncrWip)
-        buttons.emplace_back(wideButton(ui(*button), kStepButton));
-    buttons.emplace_back(stretch);
+        line.emplace_back(wideButton(ui(*button), kStepButton));
     auto* volts = ui.value(p.lblPotVolts, "00.000", 1.38);
     volts->setAccessibleName("Volts of the pot that is stepped");
-    auto* frame =
-        ui.frame(p.FrIncrDec, {}, rows({row(buttons), row({ui(p.lvlPotN), stretch, volts, quietText("V")})}));
+    for (const Item& item : {gap, Item(ui(p.lvlPotN)), Item(volts), Item(quietText("V")), stretch})
+        line.push_back(item);
+    auto* frame = ui.frame(p.FrIncrDec, {}, row(line));
     frame->setTitled(false);
-    Section& section = page.addSection("Increment / Decrement", qt::block(rows({hint, frame})));
-    section.setFoldsLast(true);
+    return frame;
 }
 
 void makePage(PageUi& page, InstructionPanel& p) {
@@ -78,14 +74,13 @@ void makePage(PageUi& page, InstructionPanel& p) {
         addSupplySection(page, beside->devicePanel());
     auto* map = new PotMap(page, p);
     auto* composer = new InstructionComposer(page, p);
-    addIncrements(page, p);
     addLegend(page, p);
     if (beside != nullptr)
         addStoreSection(page, beside->devicePanel());
     page.onRead("Read all registers", [&p] { (void)p.cmdReadAll.userClick(); });
     page.onWrite("Send the instruction", [&p] { (void)p.cmdDoInstruction.userClick(); });
     page.setFirstFocus(composer->first());
-    page.setContent(qt::block(column({map, composer, stretch})));
+    page.setContent(qt::block(column({increments(page, p), map, composer, stretch})));
     std::vector<QWidget*> order = map->tabOrder();
     for (QWidget* field : composer->tabOrder())
         order.push_back(field);

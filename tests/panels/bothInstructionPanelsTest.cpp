@@ -112,7 +112,9 @@ TEST_P(BothInstructionPanels, TransfersMarkSourceAndRecipientAndAreDrawnAsTheyWe
     panel().OptInstruction[2].userClick();
     panel().cmdResetInstruction.userClick();
     EXPECT_EQ(panel().lblSet[4].caption() + arrows(), "00");
+    answerAll(Choice::Retry);
     panel().cmdDoInstruction.userClick();
+    dropAnswers();
     EXPECT_NE(stateOf(panel().lblRdData[0]), Freshness::State::Fresh);
     EXPECT_EQ(bench.context().results.kept().back().text, "Instruction 00 failed");
     boxes();

@@ -209,6 +209,7 @@ void WindowTest::expectPlaces(const char* panel, const std::vector<Place>& place
 
 void WindowTest::enter(const char* panel, const std::string& path, const char* text) {
     QWidget& box = widget(panel, path);
+    (void)QTest::qWaitFor([&box] { return box.isEnabled(); }, 500); // as in click()
     QTest::mouseClick(&box, Qt::LeftButton);
     QTest::keyClick(&box, Qt::Key_A, Qt::ControlModifier);
     QTest::keyClicks(&box, text);

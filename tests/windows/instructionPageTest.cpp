@@ -26,11 +26,11 @@ class InstructionPageTest : public WindowTest {
     frm_q4410& panel() { return *bench.frm_q4410; }
     QString text(const std::string& path) { return widget<QLabel>(kPage, path).text(); }
     void choose(int instruction, int pot, int reg) {
-        clickOn(widget(kPage, "OptInstruction(" + std::to_string(instruction) + ")"));
+        click(kPage, "OptInstruction(" + std::to_string(instruction) + ")");
         if (pot >= 0)
-            clickOn(widget(kPage, "OptWiper(" + std::to_string(pot) + ")"));
+            click(kPage, "OptWiper(" + std::to_string(pot) + ")");
         if (reg >= 0)
-            clickOn(widget(kPage, "OptRegSel(" + std::to_string(reg) + ")"));
+            click(kPage, "OptRegSel(" + std::to_string(reg) + ")");
     }
     /// The cell of the map that the widget stands in.
     std::string cellOf(const QWidget& shown) {
@@ -168,15 +168,9 @@ TEST_F(SpiQuadTest, SpiInstructionsStandOnTheSamePageUnderTheirOwnWords) {
     EXPECT_EQ(widget<QLabel>(kQuad, "lblRdData(6)").text(), "80");
     EXPECT_EQ(widget<QLabel>(kQuad, "Label1").text(), "USB Comm.");
     EXPECT_EQ(widget<QLabel>(kQuad, "instructionFurther").text(), "1 byte comes back · ID 50 hex");
-    clickOn(widget(kQuad, "OptInstruction(8)"));
-    clickOn(widget(kQuad, "OptWiper(2)"));
-    settle();
-    click(kQuad, "cmdDoInstruction");
-    EXPECT_TRUE(bench.frm_q4420->stepping());
-    settle();
-    click(kQuad, "cmdIncrWip(0)");
-    settle();
-    click(kQuad, "cmdIncrWip(2)");
+    for (const char* button :
+         {"OptInstruction(8)", "OptWiper(2)", "cmdDoInstruction", "cmdIncrWip(0)", "cmdIncrWip(2)"})
+        click(kQuad, button);
     EXPECT_EQ(widget<QLabel>(kQuad, "lblRDWcr(2)").text(), "81");
 }
 

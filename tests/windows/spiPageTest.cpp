@@ -1,5 +1,6 @@
 #include "apps/vrkbench/Desktop.h"
 #include "tests/windows/WindowTest.h"
+#include "views/workspace/Section.h"
 
 #include <QComboBox>
 #include <QLabel>
@@ -92,6 +93,8 @@ TEST_F(SpiPageTest, StoresOfEveryRegisterAreReadable) {
         for (int times = 0; times < 12; ++times)
             (void)bench.frmVRK_SPI1->cmdWriteGP.userClick();
     }
+    workspace.findChild<Section*>("section.Non-volatile writes")->setFolded(false);
+    settle();
     auto& list = widget<QLabel>(kSpi, "lblNvRegisters");
     EXPECT_TRUE(list.text().endsWith("07  12"));
     EXPECT_GE(list.height(), list.heightForWidth(list.width()));

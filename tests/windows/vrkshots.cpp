@@ -46,6 +46,7 @@ class Shooter {
     }
     void save(QWidget& widget, const QString& name) {
         QTest::qWait(kSettleMs);
+        QTest::qWait(kSettleMs); // where painting alone has filled the first, layouts follow in the second
         const QString path = folder_ + "/" + name + ".png";
         if (widget.grab().save(path)) {
             std::printf("%s\n", qPrintable(path));

@@ -150,10 +150,10 @@ class OptionsBeside final : public QWidget {
             y += table_.rowHeight(row);
         }
         table_.setGeometry(dp(kOptionColumn), 0, width() - dp(kOptionColumn), y + 1);
-        if (std::exchange(high_, y + 1) != y + 1) {
-            setFixedHeight(high_);
-            updateGeometry();
-        }
+        // Not from inside the layout that has just given the width: it would not hear of the new height.
+        if (std::exchange(high_, y + 1) != y + 1)
+            QMetaObject::invokeMethod(
+                this, [this] { setFixedHeight(high_); }, Qt::QueuedConnection);
     }
     QTableView& table_;
     std::vector<QRadioButton*> options_;

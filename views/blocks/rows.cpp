@@ -76,9 +76,15 @@ QWidget* byteField(PageUi& page, TextBox& box) {
 
 void keepWhole(PageUi& page, Control& control, QLabel& label) {
     label.setWordWrap(true);
-    const auto fit = [&label] { label.setMinimumHeight(label.heightForWidth(label.width())); };
-    page.ui().watch(control, fit);
-    new Listener(label, {QEvent::Resize}, fit);
+    // Not from inside the layout that has just given the width: it would not hear of the new height. A folded
+    // label has no width yet to go by.
+    const auto fit = [&label] {
+        if (label.isVisible())
+            label.setMinimumHeight(label.heightForWidth(label.width()));
+    };
+    const auto later = [&label, fit] { QMetaObject::invokeMethod(&label, fit, Qt::QueuedConnection); };
+    page.ui().watch(control, later);
+    new Listener(label, {QEvent::Resize, QEvent::Show}, later);
 }
 
 void followEnabled(QWidget& follower, QWidget& leader) {

@@ -93,6 +93,8 @@ void Inspector::arrange() {
             break;
         section->setFolded(true);
     }
+    layout.invalidate();
+    layout.activate(); // a resize that brings this about has laid the sections out unfolded
     area_->setUpdatesEnabled(true);
 }
 

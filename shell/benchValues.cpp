@@ -68,6 +68,16 @@ void Bench::registerSharedValues() {
                  return panel != nullptr ? panel->name() : std::string();
              },
              {}});
+    all.add({"runningActivities",
+             kNoIndex,
+             kNoIndex,
+             [this](int) -> ActionValue {
+                 std::string names;
+                 for (const Activity* activity : context_.activities.running())
+                     names += (names.empty() ? "" : ", ") + activity->name();
+                 return names;
+             },
+             {}});
     const auto traceSwitch = [this](void (Trace::*change)(bool)) {
         return [this, change](int, const ActionValue& value) {
             (trace_.*change)(wholeArgument({value}, 0) != 0);

@@ -34,9 +34,10 @@ class RpcFailure(Exception):
 class Rpc:
     """A bench behind `vrkctl rpc`. Notifications gather in `notes`."""
 
-    def __init__(self, *args):
+    def __init__(self, *args, **options):
+        options = {"stderr": subprocess.PIPE, "env": ENVIRONMENT, **options}
         self.process = subprocess.Popen([PROGRAM, "rpc", *args], stdin=subprocess.PIPE, stdout=subprocess.PIPE,
-                                        stderr=subprocess.PIPE, text=True, env=ENVIRONMENT)
+                                        text=True, **options)
         self.notes = []
         self.last = 0
 
@@ -60,7 +61,7 @@ class Rpc:
 
     def receive(self):
         line = self.process.stdout.readline()
-        assert line, "vrkctl rpc has gone: " + self.process.stderr.read()
+        assert line, "vrkctl rpc has gone: " + (self.process.stderr.read() if self.process.stderr else "")
         return json.loads(line)
 
     def get(self, path, aspect):
@@ -71,7 +72,8 @@ class Rpc:
         self.process.stdin.close()
         code = self.process.wait(TIMEOUT)
         self.process.stdout.close()
-        self.process.stderr.close()
+        if self.process.stderr:
+            self.process.stderr.close()
         return code
 
 

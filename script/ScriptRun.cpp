@@ -113,6 +113,13 @@ ScriptEnd ScriptRun::runPasses(int passes, std::optional<Range> range) {
         uses_.fields.setText(Text::LoopCount, decimalText(++done));
         uses_.host.letEventsRun();
         uses_.host.letEventsRun();
+        if (passes != 0)
+            continue;
+        const Range rows = range.value_or(mainPart());
+        if (rows.first > rows.last)
+            break; // no row: nothing would ever be done, and no row lets an abort through
+        // Rows that send nothing take no time: the clock must go on all the same, and the processor rest.
+        uses_.host.hold(Milliseconds{1});
     }
     return end;
 }

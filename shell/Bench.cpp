@@ -17,7 +17,7 @@ Bench::Bench(const Parts& parts)
                          frmStartup::Uses{frmMainF340, frmMotherboardDAQ2, link_, trace_, analog_, supply_,
                                           shell_, [this](int row) { return panelOfRow(row); },
                                           [this]() -> PanelSlotBase& { return this->frmStartup; },
-                                          [this] { frm_q4410.show(); }});
+                                          [this] { frm_q4410.show(); }, [this] { frmAbout2.show(); }});
                  }),
       Doco(context_, "Doco", "Trace", [this] { return std::make_shared<class Doco>(context_, trace_); }),
       frmMainF340(context_, "frmMainF340", "HID Firmware Basic I/O ",
@@ -88,6 +88,11 @@ Bench::Bench(const Parts& parts)
                                                         [this] { return scriptAddress(); }, rehearsalBench_,
                                                         breakpoints_});
                    }),
+      frmAbout2(context_, "frmAbout2", "About",
+                [this, tool = parts.informationTool] {
+                    return std::make_shared<class frmAbout2>(
+                        context_, frmAbout2::Uses{tool, [this] { frmAbout2.unload(); }});
+                }),
       motherboard_(context_, link_, analog_, supply_, frmMotherboardDAQ2),
       services_{
           frmMainF340, frmMotherboardDAQ2, motherboard_, link_, analog_, ports_, supply_, shell_, run_, *this,

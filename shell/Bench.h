@@ -16,9 +16,11 @@
 #include "platform/controls/Panel.h"
 #include "platform/controls/SharedValues.h"
 #include "platform/hid/HidHost.h"
+#include "platform/runtime/InformationTool.h"
 #include "script/frmScriptOps.h"
 #include "shell/Doco.h"
 #include "shell/ProductExec.h"
+#include "shell/frmAbout2.h"
 #include "shell/frmStartup.h"
 #include "shell/panelTable.h"
 
@@ -43,6 +45,8 @@ class Bench final : private ShellControl, private ProductTable {
         RehearsalFactory rehearsalBench{};
         /// Where the breakpoints of scripts outlive the program; nullptr: they go with it.
         BreakpointStore* breakpoints = nullptr;
+        /// What the about box opens; nullptr: nothing.
+        InformationTool* informationTool = nullptr;
     };
 
     explicit Bench(const Parts& parts);
@@ -146,6 +150,7 @@ class Bench final : private ShellControl, private ProductTable {
     PanelSlot<class UPDN_Runin> UPDN_Runin;
     PanelSlot<class ProductExec> ProductExec;
     PanelSlot<class frmScriptOps> frmScriptOps;
+    PanelSlot<class frmAbout2> frmAbout2;
 
   private:
     Motherboard motherboard_;

@@ -113,10 +113,7 @@ void frmStartup::cmdShow4410_Click() {
 }
 
 void frmStartup::mnuAboutShow_Click() {
-    context().say(
-        "Bench console for digitally controlled potentiometers, version 0.1.0.\r\n\r\nFor evaluation on the "
-        "bench. No warranty: check every setting before you rely on a measurement.",
-        "About");
+    uses_.showAbout();
 }
 
 void frmStartup::Picture1_DblClick() {

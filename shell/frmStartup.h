@@ -35,6 +35,7 @@ class frmStartup final : public Panel, public ActivePanel {
         std::function<PanelSlotBase*(int row)> panelOfRow;
         std::function<PanelSlotBase&()> self;
         std::function<void()> showInstructions;
+        std::function<void()> showAbout;
     };
 
     frmStartup(PanelContext& context, Uses uses);

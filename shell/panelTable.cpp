@@ -29,6 +29,7 @@ std::vector<PanelRow> makePanelTable(Bench& bench) {
         {.slot = &bench.ProductExec, .manualPage = "Product table"},
         {.slot = &bench.frmScriptOps, .manualPage = "Script"},
         {.slot = &bench.Doco, .manualPage = "Trace"},
+        {.slot = &bench.frmAbout2, .manualPage = "About"},
     };
 }
 

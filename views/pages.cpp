@@ -44,6 +44,7 @@ const std::vector<PageRow>& pageRows() {
         {"Doco", "Trace", "", Sign::Script, 0, page<Doco, makeTracePage>, Dock},
         {"ProductExec", "Product table", "", Sign::Instructions, 0, page<ProductExec, makeProductTablePage>,
          Sheet},
+        {"frmAbout2", "About", "", Sign::Home, 0, page<frmAbout2, makeAboutPage>, Sheet},
     };
     return kRows;
 }

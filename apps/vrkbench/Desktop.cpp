@@ -78,7 +78,8 @@ Desktop::Desktop(const DesktopOptions& options)
                      .programFolder = folder,
                      .workingFolder = std::filesystem::current_path(),
                      .rehearsalBench = [this, folder] { return makeRehearsalBenchOf(*bench_, folder); },
-                     .breakpoints = breakpoints_ ? &*breakpoints_ : nullptr});
+                     .breakpoints = breakpoints_ ? &*breakpoints_ : nullptr,
+                     .informationTool = &informationTool_});
     bench_->runInHome() = {.folder = userDataFolder() / "runs",
                            .keepJournal = true,
                            .program = "vrkbench " + QApplication::applicationVersion().toStdString(),

@@ -9,6 +9,7 @@
 #include "platform/qt/QtDialogs.h"
 #include "platform/qt/QtHost.h"
 #include "platform/runtime/Clock.h"
+#include "platform/system/DesktopInformationTool.h"
 #include "platform/system/LogindInhibitor.h"
 #include "shell/Bench.h"
 #include "sim/SimulatedBus.h"
@@ -90,6 +91,7 @@ class Desktop {
     std::optional<BreakpointSettings> breakpoints_;
     SupplyGuard supplies_; ///< after the bench at the end, when the link has closed its handles
     LogindInhibitor awake_{"vrkbench"};
+    DesktopInformationTool informationTool_;
     std::unique_ptr<Bench> bench_;
     std::optional<PlugWatch> plugs_;
     std::unique_ptr<Workspace> workspace_;

@@ -2,6 +2,7 @@
 """Holds the walls of the house: which folder may include which, and what the programs link.
 
 usage: architecture.py includes SOURCE_FOLDER
+       architecture.py messages SOURCE_FOLDER                (each is explained in docs/manual.md)
        architecture.py links NM READELF PROGRAM LIBRARY...   (the program without Qt, the model libraries)
        architecture.py self-test
 """
@@ -129,6 +130,30 @@ def check_links(nm, readelf, program, *libraries):
     return faults
 
 
+# Ways in which a model says something to the user.
+SAYS = re.compile(r"\b(?:say|askRetry|confirm|dialogs\.show)\(\s*\{?\s*(?=[^;]*?\")([^;]*)")
+LITERALS = re.compile(r'"(?:[^"\\\n]|\\.)*"(?:\s*"(?:[^"\\\n]|\\.)*")*')
+
+
+def said_in(source):
+    """The constant pieces of what a source says, without those of a word or two."""
+    for call in SAYS.findall(source):
+        for run in LITERALS.findall(call):
+            text = " ".join("".join(re.findall(r'"((?:[^"\\]|\\.)*)"', run)).replace("\\r\\n", " ").split())
+            if len(text) > 12 and " " in text:
+                yield text
+
+
+def check_messages(root, manual):
+    """A message that the manual does not explain leaves the user alone with it."""
+    known = " ".join(manual.split())
+    said = {(text, path.name) for folder in ("link", "motherboard", "panels", "script", "shell")
+            for path in sorted((root / folder).rglob("*.*")) if path.suffix in (".cpp", ".h")
+            for text in said_in(path.read_text(encoding="utf-8"))}
+    faults = [f"{name}: the manual does not explain {text!r}" for text, name in sorted(said) if text not in known]
+    return faults or ([] if len(said) > 10 else ["no messages were found"])
+
+
 def self_test():
     """The walls hold against those who would go through them."""
     refused = [
@@ -167,6 +192,10 @@ def self_test():
         (root / "link/a.cpp").write_text('#include "link/gone.h"\n  # include <QString>\n', encoding="utf-8")
         if len(check_includes(root)) != 2:
             faults.append(f"includes: {check_includes(root)}")
+        (root / "link/b.cpp").write_text('context().say("Nobody explains " +\n  name + "what it is\\r\\n"\n  "for.");',
+                                         encoding="utf-8")
+        if check_messages(root, "what it  is for.") != ["b.cpp: the manual does not explain 'Nobody explains'"]:
+            faults.append(f"messages: {check_messages(root, 'what it  is for.')}")
     return faults
 
 
@@ -174,6 +203,9 @@ def main():
     command, arguments = sys.argv[1], sys.argv[2:]
     if command == "includes":
         faults = check_includes(pathlib.Path(arguments[0]))
+    elif command == "messages":
+        root = pathlib.Path(arguments[0])
+        faults = check_messages(root, (root / "docs/manual.md").read_text(encoding="utf-8"))
     elif command == "links":
         faults = check_links(*arguments)
     else:

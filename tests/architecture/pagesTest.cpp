@@ -4,6 +4,8 @@
 
 #include <QString>
 
+#include <filesystem>
+
 namespace vrk {
 namespace {
 
@@ -19,6 +21,11 @@ TEST(PanelTableTest, EveryPanelHasItsPageAndItsHeadingInTheManual) {
         const std::string& name = panel.slot->name();
         EXPECT_NE(manual.find(std::string("\n## ") + panel.manualPage + "\n"), std::string::npos)
             << name << ": docs/manual.md has no heading \"" << panel.manualPage << '"';
+        const std::size_t chapter = manual.find(std::string("\n## ") + panel.manualPage + "\n\n[![");
+        const std::size_t picture = manual.find("](pictures/", chapter);
+        ASSERT_NE(picture, std::string::npos) << name << ": its chapter does not begin with a picture";
+        const std::string file = manual.substr(picture + 2, manual.find(')', picture) - picture - 2);
+        EXPECT_TRUE(std::filesystem::exists(std::filesystem::path(VRK_MANUAL).parent_path() / file)) << file;
         const PageRow* const page = findPageRow(name);
         if (page == nullptr || page->make == nullptr) {
             ADD_FAILURE() << name << " has no page";

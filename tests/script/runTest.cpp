@@ -177,6 +177,15 @@ TEST_F(ScriptRunTest, AbortIsSeenBetweenRowsAndPassesGoOnUntilThen) {
     EXPECT_EQ(panel().txtLoopCount.text(), "1");
     EXPECT_THAT(ranLines(), ElementsAre(1, 2));
     EXPECT_EQ(panel().results().end, ScriptEnd::StoppedOnFail);
+
+    // Rows that send nothing take no time, and yet the abort gets through; without a row nothing goes on.
+    load("`A50\n`ENDM");
+    at(50, [&] { (void)panel().cmdAbort.userClick(); });
+    ASSERT_TRUE(panel().cmdRunContinuous.userClick().done());
+    EXPECT_EQ(panel().results().end, ScriptEnd::Stopped);
+    load("`ENDM\n00,,11");
+    ASSERT_TRUE(panel().cmdRunContinuous.userClick().done());
+    EXPECT_EQ(panel().txtLoopCount.text(), "1");
 }
 
 TEST_F(ScriptRunTest, TheUserMayRunARowOrLoadAnotherScriptInTheMidst) {

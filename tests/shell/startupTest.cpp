@@ -3,6 +3,8 @@
 namespace vrk {
 namespace {
 
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 
 class StartupTest : public TestBench {};
@@ -125,6 +127,27 @@ TEST_F(StartupTest, ClosingAWindowThatTheProgramStandsOnEndsItAndClosesTheHandle
         EXPECT_EQ(other.frmVRK_User1->OptVCC[0].userClick().kind,
                   ends ? Outcome::Kind::Ended : Outcome::Kind::Done);
     }
+}
+
+struct OneTool final : InformationTool {
+    std::optional<std::string> name() override { return "Info Center"; }
+    void open() override { throw Fault("info: No such file or directory"); }
+};
+
+TEST_F(StartupTest, AboutBoxOpensTheToolThatTheSystemHas) {
+    bench.start();
+    (void)startup().mnuAboutShow.userClick();
+    ASSERT_TRUE(bench.frmAbout2.visible());
+    EXPECT_TRUE(bench.frmAbout2->cmdSysInfo.userClick().refused()); // no tool, no button
+    (void)bench.frmAbout2->cmdOK.userClick();
+    EXPECT_FALSE(bench.frmAbout2.loaded());
+    EXPECT_TRUE(bench.frmStartup.visible());
+
+    OneTool tool;
+    class frmAbout2 about(bench.context(), {&tool, [] {}});
+    EXPECT_THAT(about.cmdSysInfo.toolTip(), HasSubstr("Info Center"));
+    EXPECT_TRUE(about.cmdSysInfo.userClick().done());
+    EXPECT_THAT(boxes(), ElementsAre(HasSubstr("could not be opened: info: No such file")));
 }
 
 } // namespace

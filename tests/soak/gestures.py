@@ -11,7 +11,7 @@ ABORTS = ["frmScriptOps.cmdAbort", "frmScriptOps.cmdRecordStop", "UPDN_Runin.cmd
 FILES = ["script.txt", "fails.txt", "table.csv", "out.txt", "none/none.txt"]
 CONSOLES = ["frmMainF340", "frmMotherboardDAQ2"]
 PANELS = CONSOLES + ["frmVRK_User1", "frmVRK_SPI1", "frm_q4410", "frm_q4420", "Frm3310", "frmVRK_UD1", "frmVRK_PB1",
-                     "UPDN_Runin", "ProductExec", "frmScriptOps", "Doco", "frmStartup"]
+                     "UPDN_Runin", "ProductExec", "frmScriptOps", "Doco", "frmAbout2", "frmStartup"]
 
 
 def request(method, **params):

@@ -1,5 +1,7 @@
 """What must hold once the faults are over, whatever was done before."""
 
+import re
+
 from bench import BURST_SECONDS, Finding
 from gestures import ABORTS, PANELS
 from parts import PARTS, parameter_file
@@ -13,6 +15,8 @@ DEPENDS = {"ProductExec.cmdReturn"} | {f"{form}.{box}" for form in ("frm_q4410",
                                        for box in ("txtWriteValue", "lblReadValue")}
 # What the user sets and what makes no difference to the board by itself.
 ENTRIES = {"TextBox": "text", "CheckBox": "value", "OptionButton": "value", "ComboBox": "index"}
+# Of the controller console: how transfers are made. Its other entries are what the board says.
+BUS_OPTIONS = re.compile(r"frmMainF340\.(ch[kK](Random|2Wire|RepeatedStart|StoppedWrite|ExtendHold|FileWrite|SPI)|cboS)")
 
 
 def paths_of(panel, entries):
@@ -53,11 +57,10 @@ class Oracles:
         bench("select", path="frmStartup.cboVRKSelect", index=2)
         self.controls = {panel: bench("describe", panel=panel) for panel in PANELS}
         self.paths = [path for panel in PANELS for path in paths_of(panel, self.controls[panel])]
-        self.entries = {}  # of a fresh program
         self.usable = {}  # by part
         self.files_open = None
         self.warm = None  # MiB
-        self.entries = self.entered(PANELS)
+        self.entries = self.entered(PANELS)  # of a fresh program
         for name in PARTS:
             self.usable[name] = self.settle(name)
 
@@ -79,7 +82,8 @@ class Oracles:
         """The entries of a fresh program, as a user would who wants to begin anew."""
         for path, value in self.entered(panels).items():
             was = self.entries[path]
-            if was != value and was is not False and not path.split(".")[1].startswith("OptVCC"):
+            mine = BUS_OPTIONS.match(path) or not path.startswith(("frmMainF340.", f"{path.split('.')[0]}.OptVCC"))
+            if mine and was != value and was is not False:
                 self.bench.tried("set", path=path, value=was)
 
     def calm(self):
@@ -105,7 +109,9 @@ class Oracles:
         self.bench.tried("close", panel="frmMotherboardDAQ2")
         self.bench("show", panel="frmMotherboardDAQ2")
         part = PARTS[name]
-        self.put_back({part.panel, part.reader, "UPDN_Runin"})
+        for entry in ("frmVRK_User1.mnu_KV4071", "frmVRK_SPI1.mnuKV4180"):  # whatever part was chosen before
+            self.bench("click", path=entry)
+        self.put_back({part.panel, part.reader, "UPDN_Runin", "frmMainF340"})
         for form in ("frm_q4410", "frm_q4420"):  # what is enabled there follows from the instruction in hand
             self.bench.tried("click", path=f"{form}.cmdResetInstruction")
         self.read_part(name, part)

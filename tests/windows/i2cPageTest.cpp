@@ -259,13 +259,13 @@ TEST(PlotTest, ZoomsKeepsPeaksAndPacesItsDrawing) {
     trace.resize(1000);
     for (const auto& [name, start] : kFiles) {
         const auto path = folder.path() / name;
-        EXPECT_EQ(plot.save(QString::fromStdString(path.string())), "");
+        EXPECT_EQ(plot.drawing().save(QString::fromStdString(path.string())), "");
         std::ifstream file(path);
         std::string first(std::string(start).size(), ' ');
         file.read(first.data(), static_cast<std::streamsize>(first.size()));
         EXPECT_EQ(first, start);
     }
-    EXPECT_NE(plot.save("/no/such/folder/a.png"), "");
+    EXPECT_NE(plot.drawing().save("/no/such/folder/a.png"), "");
 }
 
 } // namespace

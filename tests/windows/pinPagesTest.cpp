@@ -6,6 +6,8 @@
 #include "views/pages/runInPicture.h"
 #include "views/plot/Plot.h"
 
+#include <QApplication>
+#include <QClipboard>
 #include <QImage>
 #include <QLabel>
 
@@ -133,7 +135,13 @@ TEST_F(PinPagesTest, TheHandReachesTheRightPart) {
     EXPECT_EQ(timeline().edgesOf(0, true), 1);
     EXPECT_TRUE(bench.frmVRK_UD1->ChOut[0].checked());
     settle();
-    EXPECT_FALSE(widget(kUpDown, "timing").accessibleDescription().isEmpty());
+    auto& timing = widget<TimingPicture>(kUpDown, "timing");
+    EXPECT_FALSE(timing.accessibleDescription().isEmpty());
+    const auto svg = folder.path() / "edges.svg";
+    EXPECT_EQ(timing.drawing().save(QString::fromStdString(svg.string())), "");
+    EXPECT_NE(readFile(svg).find("/CS1"), std::string::npos);
+    QTest::keyClick(&timing, Qt::Key_C, Qt::ControlModifier);
+    EXPECT_FALSE(QApplication::clipboard()->image().isNull());
     // A report that the board did not take is no edge.
     const std::size_t before = timeline().count();
     w.bus.fault(

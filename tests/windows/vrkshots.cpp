@@ -42,13 +42,25 @@ class Shooter {
         for (const QSize size : sizes) {
             bench_.workspace.resize(size);
             save(bench_.workspace, QString("%1-%2-%3").arg(name, shade_).arg(size.width()));
+            if (size.width() == 1280)
+                forManual(name, bench_.workspace.grab().toImage());
         }
+    }
+    /// The manual shows light ones of the ordinary size, in few colours: they are part of the programs.
+    void forManual(const QString& name, const QImage& picture) {
+        if (shade_ != "light" || picture.devicePixelRatio() != 1.0)
+            return;
+        QDir().mkpath(folder_ + "/manual");
+        write(picture.convertToFormat(QImage::Format_Indexed8, Qt::ThresholdDither),
+              folder_ + "/manual/" + name + ".png");
     }
     void save(QWidget& widget, const QString& name) {
         QTest::qWait(kSettleMs);
         QTest::qWait(kSettleMs); // where painting alone has filled the first, layouts follow in the second
-        const QString path = folder_ + "/" + name + ".png";
-        if (widget.grab().save(path)) {
+        write(widget.grab().toImage(), folder_ + "/" + name + ".png");
+    }
+    void write(const QImage& picture, const QString& path) {
+        if (picture.save(path)) {
             std::printf("%s\n", qPrintable(path));
         } else {
             std::fprintf(stderr, "vrkshots: cannot write %s\n", qPrintable(path));
@@ -292,6 +304,9 @@ int shootAll(const QString& folder, const QString& shade) {
     Workspace& workspace = bench.workspace;
     const auto show = [&b](PanelSlotBase& slot) { (void)b.events().deliver([&slot] { slot.show(); }); };
     shooter.shoot("home");
+    (void)b.frmStartup->mnuAboutShow.userClick();
+    shooter.shoot("about");
+    (void)b.frmAbout2->cmdOK.userClick();
     shootPinPages(bench, shooter, folder); // ahead of what opens the dock
 
     (void)b.events().deliver([&b] { b.Doco.load(); });

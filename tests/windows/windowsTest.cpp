@@ -126,6 +126,19 @@ TEST_F(I2cWindowTest, PageGoesOutIntoItsOwnWindowAndBack) {
     EXPECT_EQ(workspace.front(), &i2c);
 }
 
+TEST_F(I2cWindowTest, AboutBoxOverTheProductTableLeavesTheTableInSight) {
+    openI2c(false);
+    const auto show = [this](PanelSlotBase& slot) { (void)bench.events().deliver([&slot] { slot.show(); }); };
+    show(bench.ProductExec);
+    show(bench.frmAbout2);
+    EXPECT_EQ(workspace.working()->name(), "About");
+    click("frmAbout2", "cmdOK");
+    EXPECT_EQ(workspace.working()->name(), "Product table");
+    EXPECT_TRUE(widget("ProductExec", "tGrid").isVisible());
+    (void)bench.ProductExec.userClose();
+    EXPECT_EQ(workspace.working()->name(), "I2C");
+}
+
 TEST_F(I2cWindowTest, PaletteFindsRefusesAndRuns) {
     openI2c();
     bringToFront(kI2c);

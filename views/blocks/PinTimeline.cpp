@@ -3,7 +3,10 @@
 #include "link/reportLayout.h"
 #include "platform/qt/theme.h"
 
+#include <QContextMenuEvent>
 #include <QFontMetricsF>
+#include <QKeyEvent>
+#include <QMenu>
 #include <QPainter>
 
 #include <algorithm>
@@ -92,9 +95,16 @@ struct TimingPicture::Scale {
 };
 
 TimingPicture::TimingPicture(std::unique_ptr<PinTimeline> timeline, std::vector<std::size_t> counted)
-    : timeline_(std::move(timeline)), counted_(std::move(counted)) {
+    : timeline_(std::move(timeline)),
+      counted_(std::move(counted)),
+      drawing_(*this, {.name = "Last edges",
+                       .paint = [this](QPainter& painter, const QRectF& area) { paint(painter, area); },
+                       .least = {640, 120}}),
+      menu_(new QMenu(this)) {
     setObjectName("timing");
     setAccessibleName("Last edges");
+    setFocusPolicy(Qt::StrongFocus);
+    drawing_.addTo(*menu_);
     setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Expanding);
     lag_.setSingleShot(true);
     lag_.setInterval(kShowMs);
@@ -129,14 +139,14 @@ QSize TimingPicture::sizeHint() const {
             dp(kLane) * static_cast<int>(lanes_.size()) + QFontMetrics(textFont(kSmall)).height() + 4};
 }
 
-TimingPicture::Scale TimingPicture::scaleOf() const {
+TimingPicture::Scale TimingPicture::scaleOf(const QRectF& area) const {
     const QFontMetricsF words(font());
     double names = 0;
     for (const PinTimeline::Pin& pin : timeline_->pins())
         names = std::max(names, words.horizontalAdvance(pin.name));
     const double below = QFontMetricsF(textFont(kSmall)).height() + 2;
     Scale scale;
-    scale.place = QRectF(names + kUnit, 1, width() - names - kUnit - 1, height() - below - 2);
+    scale.place = area.adjusted(names + kUnit, 1, -1, -below - 1);
     scale.lane = scale.place.height() / static_cast<double>(std::max<std::size_t>(1, lanes_.size()));
     const auto& edges = timeline_->edges();
     if (!edges.empty()) {
@@ -209,7 +219,27 @@ void TimingPicture::paintLane(QPainter& painter, const Scale& scale, std::size_t
 
 void TimingPicture::paintEvent(QPaintEvent*) {
     QPainter painter(this);
-    const Scale scale = scaleOf();
+    paint(painter, rect());
+    if (hasFocus()) {
+        painter.setPen(QPen(palette().color(QPalette::Highlight), 2));
+        painter.setBrush(Qt::NoBrush);
+        painter.drawRect(rect().adjusted(1, 1, -1, -1));
+    }
+}
+
+void TimingPicture::keyPressEvent(QKeyEvent* event) {
+    if (event->matches(QKeySequence::Copy))
+        drawing_.copy();
+    else
+        QWidget::keyPressEvent(event);
+}
+
+void TimingPicture::contextMenuEvent(QContextMenuEvent* event) {
+    menu_->popup(event->globalPos());
+}
+
+void TimingPicture::paint(QPainter& painter, const QRectF& area) const {
+    const Scale scale = scaleOf(area);
     painter.setPen(palette().color(QPalette::Dark));
     painter.setBrush(palette().color(QPalette::Base));
     painter.drawRect(scale.place);

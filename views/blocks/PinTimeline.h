@@ -2,6 +2,7 @@
 
 #include "platform/hid/WireRecorder.h"
 #include "platform/runtime/EventLoop.h"
+#include "views/FastDrawing.h"
 
 #include <QString>
 #include <QTimer>
@@ -12,6 +13,8 @@
 #include <memory>
 #include <optional>
 #include <vector>
+
+class QMenu;
 
 namespace vrk {
 
@@ -66,7 +69,8 @@ class PinTimeline {
     Subscription subscription_;
 };
 
-/// The timeline as a timing picture: one lane a pin, its falling edges numbered below where they count.
+/// The timeline as a timing picture: one lane a pin, its falling edges numbered below where they count. Its
+/// menu and Ctrl+C copy it and save it, as those of a plot do.
 class TimingPicture final : public QWidget {
   public:
     /// \param counted pins whose falling edges are numbered.
@@ -77,6 +81,7 @@ class TimingPicture final : public QWidget {
     void setLanes(std::vector<std::size_t> lanes);
     /// What the edges come to, in words; for a screen reader.
     void setWords(const QString& words);
+    const FastDrawing& drawing() const { return drawing_; }
     /// Called when the picture is brought up to date, ten times a second at most.
     std::function<void()> onShown;
 
@@ -85,10 +90,13 @@ class TimingPicture final : public QWidget {
 
   protected:
     void paintEvent(QPaintEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+    void contextMenuEvent(QContextMenuEvent* event) override;
 
   private:
     struct Scale;
-    Scale scaleOf() const;
+    Scale scaleOf(const QRectF& area) const;
+    void paint(QPainter& painter, const QRectF& area) const;
     void paintNumbers(QPainter& painter, const Scale& scale) const;
     void paintLane(QPainter& painter, const Scale& scale, std::size_t lane) const;
 
@@ -96,6 +104,8 @@ class TimingPicture final : public QWidget {
     std::vector<std::size_t> counted_;
     std::vector<std::size_t> lanes_;
     QTimer lag_;
+    FastDrawing drawing_;
+    QMenu* menu_;
     Subscription edges_;
 };
 

@@ -7,6 +7,7 @@ class Frm3310;
 class PageUi;
 class ProductExec;
 class UPDN_Runin;
+class frmAbout2;
 class frmMainF340;
 class frmMotherboardDAQ2;
 class frmScriptOps;
@@ -21,6 +22,7 @@ class frm_q4420;
 /// One file a panel: layout only. Each fills the window of its panel.
 void makeHomePage(PageUi& page, frmStartup& panel);
 void makeTracePage(PageUi& page, Doco& panel);
+void makeAboutPage(PageUi& page, frmAbout2& panel);
 void makeProductTablePage(PageUi& page, ProductExec& panel);
 void makeI2cPanelView(PageUi& page, frmVRK_User1& panel);
 void makeSpiPanelView(PageUi& page, frmVRK_SPI1& panel);

@@ -99,7 +99,7 @@ void ChannelPlot::makeTools() {
     };
     sweep_ = button("sweep", "Sweep", [this] { sweep(); });
     sweep_->setToolTip("Writes and reads back each of these positions");
-    button("savePlot", "Save…", [this] { plot_->askAndSave(); });
+    button("savePlot", "Save…", [this] { plot_->drawing().askAndSave(); });
 }
 
 void ChannelPlot::watch() {

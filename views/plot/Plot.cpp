@@ -21,7 +21,12 @@ constexpr int kPaceMs = 100; ///< between two drawings of the traces
 constexpr double kWheelZoom = 0.8;
 } // namespace
 
-Plot::Plot(const QString& name) : name_(name), menu_(new QMenu(this)) {
+Plot::Plot(const QString& name)
+    : drawing_(*this, {.name = name,
+                       .paint = [this](QPainter& painter,
+                                       const QRectF& area) { picture(area).paint(painter, palette()); },
+                       .numbers = [this] { return model_.csv(); }}),
+      menu_(new QMenu(this)) {
     setAccessibleName(name);
     setFocusPolicy(Qt::StrongFocus);
     setMouseTracking(true);
@@ -29,8 +34,7 @@ Plot::Plot(const QString& name) : name_(name), menu_(new QMenu(this)) {
     setFont(textFont(kSmall));
     pace_.setSingleShot(true);
     connect(&pace_, &QTimer::timeout, this, [this] { update(); });
-    addMenuEntry("Copy", [this] { copy(); });
-    addMenuEntry("Save…", [this] { askAndSave(); });
+    drawing_.addTo(*menu_);
     addMenuEntry("Show all", [this] { showAll(); });
 }
 
@@ -193,7 +197,7 @@ void Plot::leaveEvent(QEvent*) {
 void Plot::keyPressEvent(QKeyEvent* event) {
     const double middle = spot_ ? spot_->x : (model_.x.from + model_.x.to) / 2;
     if (event->matches(QKeySequence::Copy))
-        copy();
+        drawing_.copy();
     else if (event->key() == Qt::Key_Left || event->key() == Qt::Key_Right)
         stepSpot(event->key() == Qt::Key_Left ? -1 : 1);
     else if (event->key() == Qt::Key_Home || event->key() == Qt::Key_End)

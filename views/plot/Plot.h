@@ -1,5 +1,6 @@
 #pragma once
 
+#include "views/FastDrawing.h"
 #include "views/plot/PlotPicture.h"
 
 #include <QElapsedTimer>
@@ -31,11 +32,8 @@ class Plot final : public QWidget {
     /// How often the traces were drawn.
     int redraws() const { return redraws_; }
 
-    void copy() const;
-    /// By the name's ending: .png, .pdf, .svg or .csv. A file is replaced whole or not at all. \return what
-    /// went wrong, empty if nothing did.
-    QString save(const QString& path) const;
-    void askAndSave();
+    /// The traces as they are in sight, without crosshair; their numbers are all of them.
+    const FastDrawing& drawing() const { return drawing_; }
     /// An entry of the plot's own menu, behind copy and save.
     void addMenuEntry(const QString& text, std::function<void()> act);
 
@@ -63,7 +61,6 @@ class Plot final : public QWidget {
     void stepSpot(int by);
 
     PlotModel model_;
-    QString name_;
     double from_ = 0;
     double to_ = 0; ///< not above from_: all is shown
     std::optional<PlotPicture::Spot> spot_;
@@ -74,6 +71,7 @@ class Plot final : public QWidget {
     QTimer pace_;
     QElapsedTimer sinceDrawn_;
     int redraws_ = 0;
+    FastDrawing drawing_;
     QMenu* menu_;
 };
 

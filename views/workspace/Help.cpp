@@ -2,6 +2,7 @@
 
 #include "platform/qt/layout.h"
 #include "platform/qt/theme.h"
+#include "views/workspace/ManualBrowser.h"
 
 #include <QComboBox>
 #include <QFile>
@@ -17,11 +18,19 @@ namespace vrk {
 
 using namespace qt;
 
+namespace {
+constexpr int kWidth = 420;
+constexpr int kRoom = kWidth - 60; ///< beside the margins and the scroll bar
+} // namespace
+
 Help::Help()
-    : contents_(new QComboBox), find_(new QLineEdit), outcome_(quietText({})), browser_(new QTextBrowser) {
+    : contents_(new QComboBox),
+      find_(new QLineEdit),
+      outcome_(quietText({})),
+      browser_(new ManualBrowser(dp(kRoom))) {
     setObjectName("help");
     setAccessibleName("Manual");
-    setFixedWidth(dp(420));
+    setFixedWidth(dp(kWidth));
     contents_->setObjectName("help.contents");
     contents_->setAccessibleName("Contents of the manual");
     contents_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
@@ -29,11 +38,6 @@ Help::Help()
     find_->setPlaceholderText("Search the manual");
     find_->setAccessibleName("Search the manual");
     find_->setClearButtonEnabled(true);
-    browser_->setObjectName("manual");
-    browser_->setAccessibleName("Manual");
-    browser_->setOpenExternalLinks(true);
-    browser_->setFrameShape(QFrame::NoFrame);
-    browser_->document()->setDocumentMargin(2 * kUnit);
     auto* back = new QPushButton("Back");
     back->setObjectName("help.back");
     back->setAutoDefault(false);

@@ -98,6 +98,7 @@ class Workspace final : public QMainWindow {
     void leave(PageUi& page);
     void openSheet(PageUi& page);
     void closeSheet();
+    void leftSheet(const PageUi& left);
     void showFront();
     void activateLater();
     void followDevice();

@@ -249,6 +249,10 @@ void Workspace::fillHelp(QMenu& menu) {
     connect(menu.addAction("&Actions of This Page\tCtrl+K"), &QAction::triggered, this,
             [this] { showPalette(); });
     connect(menu.addAction("&Keys\t?"), &QAction::triggered, this, [this] { showKeys(); });
+    menu.addSeparator();
+    Bench& bench = context_.bench;
+    connect(menu.addAction("&About"), &QAction::triggered, this,
+            [&bench] { showPanel(bench, bench.frmAbout2); });
 }
 
 QString Workspace::lossOnClosing() const {

@@ -88,7 +88,7 @@ Bench::Bench(const Parts& parts)
                                                         [this] { return scriptAddress(); }, rehearsalBench_,
                                                         breakpoints_});
                    }),
-      frmAbout2(context_, "frmAbout2", "About",
+      frmAbout2(context_, "frmAbout2", "About this program",
                 [this, tool = parts.informationTool] {
                     return std::make_shared<class frmAbout2>(
                         context_, frmAbout2::Uses{tool, [this] { frmAbout2.unload(); }});

@@ -28,7 +28,7 @@ constexpr Library kUsed[frmAbout2::kLibraries] = {
 } // namespace
 
 frmAbout2::frmAbout2(PanelContext& context, Uses uses)
-    : Panel(context, "frmAbout2", "About"), uses_(std::move(uses)) {
+    : Panel(context, "frmAbout2", "About this program"), uses_(std::move(uses)) {
     lblTitle.setCaption("Bench console for digitally controlled potentiometers");
     lblVersion.setCaption("Version " VRK_VERSION);
     lblLicence.setCaption("MIT License, (c) the vrkbench authors");

@@ -9,10 +9,10 @@ from parts import PARTS, parameter_file
 HANDLES = 2  # of the board, which the program keeps open
 MEMORY_GROWTH = 64  # MiB from the end of the warm-up: freed memory that the allocator keeps for reuse is less
 VOLT_STEP = 2 * 3.3 / 1023  # of the converter, behind the divider
-# Depends on what was done, not on what failed: a row of the product table is in hand or not, and an instruction
-# that writes or one that reads.
-DEPENDS = {"ProductExec.cmdReturn"} | {f"{form}.{box}" for form in ("frm_q4410", "frm_q4420")
-                                       for box in ("txtWriteValue", "lblReadValue")}
+# Depends on what was done, not on what failed: a row of the product table is in hand or not, an instruction that
+# writes or one that reads, a part that has stored since its last step or not.
+DEPENDS = {"ProductExec.cmdReturn", "frmVRK_UD1.cmdSequence(1)", "frmVRK_UD1.cmdSequence(3)"} | {
+    f"{form}.{box}" for form in ("frm_q4410", "frm_q4420") for box in ("txtWriteValue", "lblReadValue")}
 # What the user sets and what makes no difference to the board by itself.
 ENTRIES = {"TextBox": "text", "CheckBox": "value", "OptionButton": "value", "ComboBox": "index"}
 # Of the controller console: how transfers are made. Its other entries are what the board says.

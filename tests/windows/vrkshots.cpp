@@ -367,7 +367,7 @@ int main(int argc, char** argv) {
     QApplication::setQuitOnLastWindowClosed(false);
     // One family on every machine, so that pictures can be compared.
     QApplication::setFont(QFont("DejaVu Sans", 10));
-    const QString& folder = arguments[1];
+    const QString folder = QDir(arguments[1]).absolutePath(); // the bench has a folder of its own
     QDir().mkpath(folder);
     int failures = 0;
     if (!arguments.contains("--dark")) {

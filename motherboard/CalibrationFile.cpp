@@ -4,7 +4,32 @@
 #include "platform/files/files.h"
 #include "platform/runtime/text.h"
 
+#include <algorithm>
+#include <cstddef>
+
 namespace vrk {
+
+namespace {
+constexpr const char* kTitle = "VRK VCC Calibration ";
+constexpr const char* kReference = "VREF";
+constexpr const char* kEnd = "END";
+
+std::string digits(int value, std::size_t count) {
+    std::string text = decimalText(value);
+    return std::string(count - std::min(count, text.size()), '0') + text;
+}
+} // namespace
+
+std::string CalibrationFile::headerAt(const WallTime& now) {
+    return kTitle + digits(now.year, 4) + "-" + digits(now.month, 2) + "-" + digits(now.day, 2) + " " +
+           digits(now.hour, 2) + ":" + digits(now.minute, 2) + ":" + digits(now.second, 2);
+}
+
+std::optional<double> CalibrationFile::volts(const std::string& reference) {
+    if (!isNumeric(reference) || !(leadingNumber(reference) > 0))
+        return std::nullopt;
+    return leadingNumber(reference);
+}
 
 CalibrationFile CalibrationFile::read(const std::filesystem::path& path, CalibrationFile before) {
     const std::string content = readFile(path);
@@ -17,10 +42,30 @@ CalibrationFile CalibrationFile::read(const std::filesystem::path& path, Calibra
     std::string name; // "VREF", of no further use
     take(name);
     take(before.reference);
-    for (Row& row : before.rows)
-        for (std::string* field : {&row.target, &row.hex, &row.volts, &row.vcc})
+    for (Row& row : before.rows) {
+        std::string target = row.target;
+        take(target);
+        if (target == kEnd) // a file with fewer rows
+            break;
+        row.target = target;
+        for (std::string* field : {&row.hex, &row.volts, &row.vcc})
             take(*field);
+    }
     return before;
+}
+
+std::string CalibrationFile::text() const {
+    constexpr const char* kLineEnd = "\r\n";
+    std::string text =
+        sequentialField(header) + kLineEnd + kReference + " , " + sequentialField(reference) + kLineEnd;
+    for (const Row& row : rows)
+        text += sequentialField(row.target) + "," + sequentialField(row.hex) + "," +
+                sequentialField(row.volts) + "," + sequentialField(row.vcc) + kLineEnd;
+    return text + kEnd + kLineEnd;
+}
+
+void CalibrationFile::write(const std::filesystem::path& path) const {
+    replaceFile(path, text());
 }
 
 } // namespace vrk

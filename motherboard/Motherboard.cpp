@@ -1,6 +1,6 @@
 #include "motherboard/Motherboard.h"
 
-#include "motherboard/CalibrationFile.h"
+#include "motherboard/FrmVCCCal.h"
 #include "platform/files/files.h"
 
 #include <array>
@@ -26,12 +26,13 @@ constexpr int kStartRow = 6;
 } // namespace
 
 Motherboard::Motherboard(PanelContext& context, modHID& link, AnalogState& analog, SupplyState& supply,
-                         PanelSlot<frmMotherboardDAQ2>& console)
+                         PanelSlot<frmMotherboardDAQ2>& console, PanelSlot<FrmVCCCal>& calibration)
     : context_(context),
       link_(link),
       analog_(analog),
       supply_(supply),
       console_(console),
+      calibration_(calibration),
       boardRead_(link.observeBoardRead([this] { followBoard(); })) {}
 
 SupplyPanel* Motherboard::active() const {
@@ -103,36 +104,28 @@ void Motherboard::initSupplyDefaults() {
     }
     board.lblCal_header.setCaption("Defaults");
     if (fileExists(context_.programFolder / CalibrationFile::kName))
-        applyCalibration(list);
+        applyCalibration();
 }
 
-void Motherboard::applyCalibration(ComboBox* list) {
-    CalibrationFile blank;
-    for (CalibrationFile::Row& row : blank.rows)
-        row = {"x.x", "--", "--", "--"};
-    blank.reference = "---";
-    CalibrationFile file = blank;
-    try {
-        file = CalibrationFile::read(context_.programFolder / CalibrationFile::kName, blank);
-    } catch (const Fault&) {
-        // Without a message: the rows say that they have no code, and a panel opens with this.
-    }
+void Motherboard::applyCalibration() {
+    FrmVCCCal& calibration = *calibration_;
+    calibration.cdmRead_Cal_File_Click();
     std::vector<RowControl::Row> rows;
-    for (int row = 0; row < CalibrationFile::kTargets; ++row) {
-        const CalibrationFile::Row& target = file.rows.at(static_cast<std::size_t>(row));
-        rows.push_back({target.target, 0});
-        supply_.VCCHex[row] = target.hex;
+    for (int row = 1; row <= FrmVCCCal::kTargets; ++row) {
+        rows.push_back({calibration.blbTargetV[row].caption(), 0});
+        supply_.VCCHex[row - 1] = calibration.lblTargetHex[row].caption();
     }
     for (const int row : {7, 8, 9})
         rows.push_back({kVccRows.at(static_cast<std::size_t>(row)).first, 0});
-    if (list != nullptr) {
+    SupplyPanel* panel = active();
+    if (ComboBox* list = panel != nullptr ? panel->vccList() : nullptr) {
         list->setRows(std::move(rows));
         list->setListIndex(kStartRow);
     }
-    console_->lblCal_header.setCaption(file.header);
+    console_->lblCal_header.setCaption(calibration.lblCal_header.caption());
     // A file that is cut short or damaged must not take the converter's scale away.
-    if (isNumeric(file.reference) && leadingNumber(file.reference) > 0)
-        analog_.ADRef = analog_.VrefCal = leadingNumber(file.reference);
+    if (CalibrationFile::volts(calibration.txtVrefCal.text()))
+        analog_.ADRef = analog_.VrefCal;
     context_.events.letEventsRun();
 }
 

@@ -4,11 +4,13 @@
 
 namespace vrk {
 
+class FrmVCCCal;
+
 /// Supply routines that every device panel shares; they work on the fields of the panel in front.
 class Motherboard {
   public:
     Motherboard(PanelContext& context, modHID& link, AnalogState& analog, SupplyState& supply,
-                PanelSlot<frmMotherboardDAQ2>& console);
+                PanelSlot<frmMotherboardDAQ2>& console, PanelSlot<FrmVCCCal>& calibration);
 
     /// Lamps and options of the panel in front, and the motherboard's switch. \param state 0 VCC on, 1 VCC
     /// off
@@ -26,13 +28,14 @@ class Motherboard {
 
   private:
     SupplyPanel* active() const;
-    void applyCalibration(ComboBox* list);
+    void applyCalibration();
 
     PanelContext& context_;
     modHID& link_;
     AnalogState& analog_;
     SupplyState& supply_;
     PanelSlot<frmMotherboardDAQ2>& console_;
+    PanelSlot<FrmVCCCal>& calibration_;
     Subscription boardRead_;
 };
 

@@ -13,4 +13,8 @@ void publish(SharedValues& values, SupplyState& state) {
     values.array("VCCHex", state.VCCHex);
 }
 
+void publish(SharedValues& values, CalibrationState& state) {
+    values.scalar("CalRunning", state.CalRunning);
+}
+
 } // namespace vrk

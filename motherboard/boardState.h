@@ -23,7 +23,12 @@ struct SupplyState {
     CheckedArray<std::string, 21> VCCHex; ///< code of each row of the volts list
 };
 
+struct CalibrationState {
+    int CalRunning = 0; ///< -1 while the supply is calibrated; 0 asks the sweep to end
+};
+
 void publish(SharedValues& values, PortState& state);
 void publish(SharedValues& values, SupplyState& state);
+void publish(SharedValues& values, CalibrationState& state);
 
 } // namespace vrk

@@ -140,7 +140,7 @@ void frmMotherboardDAQ2::tellPanel(bool minus, int index) {
     if (panel == nullptr || index < 0 || index > 1)
         return;
     const OptionButton* shown = minus ? panel->minusOption(index) : panel->vccOption(index);
-    if (shown == nullptr || shown->value())
+    if (shown != nullptr && shown->value())
         return; // it was the panel that switched
     panel->suppliesMoved();
     showSuppliesOn(*panel);

@@ -33,6 +33,12 @@ Bench::Bench(const Parts& parts)
                                  frmMotherboardDAQ2::Uses{frmMainF340, link_, trace_, analog_, ports_,
                                                           supply_, [this] { frmMotherboardDAQ2.unload(); }});
                          }),
+      FrmVCCCal(context_, "FrmVCCCal", "VRK VCC Calibration",
+                [this] {
+                    return std::make_shared<class FrmVCCCal>(
+                        context_, FrmVCCCal::Uses{frmMotherboardDAQ2, motherboard_, link_, analog_, ports_,
+                                                  supply_, calibration_, [this] { leaveCalibration(); }});
+                }),
       frmVRK_User1(context_, "frmVRK_User1", "VRK I2C Evaluation",
                    [this] {
                        return std::make_shared<class frmVRK_User1>(context_, services_, i2cWipers_,
@@ -93,7 +99,7 @@ Bench::Bench(const Parts& parts)
                     return std::make_shared<class frmAbout2>(
                         context_, frmAbout2::Uses{tool, [this] { frmAbout2.unload(); }});
                 }),
-      motherboard_(context_, link_, analog_, supply_, frmMotherboardDAQ2),
+      motherboard_(context_, link_, analog_, supply_, frmMotherboardDAQ2, FrmVCCCal),
       services_{
           frmMainF340, frmMotherboardDAQ2, motherboard_, link_, analog_, ports_, supply_, shell_, run_, *this,
           *this},
@@ -221,6 +227,12 @@ void Bench::unloadCompanions(const Panel& panel) {
         if (row.slot->name() == panel.name())
             for (PanelSlotBase* companion : row.companions)
                 companion->unload();
+}
+
+void Bench::leaveCalibration() {
+    shell_.returningToMenu = true;
+    FrmVCCCal.hide();
+    frmStartup.show();
 }
 
 void Bench::leaveProductTable() {

@@ -2,6 +2,7 @@
 
 #include "link/frmMainF340.h"
 #include "link/modHID.h"
+#include "motherboard/FrmVCCCal.h"
 #include "motherboard/Motherboard.h"
 #include "motherboard/frmMotherboardDAQ2.h"
 #include "panels/blocks/BenchServices.h"
@@ -96,6 +97,7 @@ class Bench final : private ShellControl, private ProductTable {
     bool selected() const override;
     std::string field(int column) const override;
     void leaveProductTable();
+    void leaveCalibration();
     PanelSlotBase* panelOfRow(int row) const;
     void followDevicePanels();
     /// The device panel beside another one. Loaded here it stays unseen, and is not the one in front.
@@ -117,6 +119,7 @@ class Bench final : private ShellControl, private ProductTable {
     AnalogState analog_;
     PortState ports_;
     SupplyState supply_;
+    CalibrationState calibration_;
     ShellState shell_;
     BusMode busMode_;
     ProductChoice choice_;
@@ -140,6 +143,7 @@ class Bench final : private ShellControl, private ProductTable {
     PanelSlot<class Doco> Doco;
     PanelSlot<class frmMainF340> frmMainF340;
     PanelSlot<class frmMotherboardDAQ2> frmMotherboardDAQ2;
+    PanelSlot<class FrmVCCCal> FrmVCCCal;
     PanelSlot<class frmVRK_User1> frmVRK_User1;
     PanelSlot<class frm_q4410> frm_q4410;
     PanelSlot<class frmVRK_SPI1> frmVRK_SPI1;

@@ -94,6 +94,7 @@ void Bench::registerSharedValues() {
     publish(all, analog_);
     publish(all, ports_);
     publish(all, supply_);
+    publish(all, calibration_);
     publish(all, shell_);
     publish(all, busMode_);
     publish(all, run_);

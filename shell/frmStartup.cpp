@@ -21,7 +21,6 @@ frmStartup::frmStartup(PanelContext& context, Uses uses)
     Command1.setCaption("Command1");
     Command2.setCaption("Command2");
     Command3.setCaption("Calibrate");
-    Command3.setEnabled(uses_.panelOfRow(kCalibrate) != nullptr);
     cmdShow4410.setCaption("Instruction form");
     cmdShowBlock.setCaption("Block");
     mnuAboutShow.setCaption("About");

@@ -26,6 +26,7 @@ std::vector<PanelRow> makePanelTable(Bench& bench) {
          .manualPage = "Up/Down"},
         {.slot = &bench.frmVRK_PB1, .startRow = frmStartup::kPushButton, .manualPage = "Push Button"},
         {.slot = &bench.UPDN_Runin, .manualPage = "Run-in"},
+        {.slot = &bench.FrmVCCCal, .startRow = frmStartup::kCalibrate, .manualPage = "Calibration"},
         {.slot = &bench.ProductExec, .manualPage = "Product table"},
         {.slot = &bench.frmScriptOps, .manualPage = "Script"},
         {.slot = &bench.Doco, .manualPage = "Trace"},

@@ -37,7 +37,8 @@ const std::vector<PageRow>& pageRows() {
         {"frmScriptOps", "Script", "Procedures", Sign::Script, 0, page<frmScriptOps, makeScriptPage>},
         {"UPDN_Runin", "Run-in", "Procedures", Sign::RunIn, 0, page<UPDN_Runin, makeRunInPage>, Page,
          "frmVRK_UD1"},
-        {"", "Calibration", "Procedures", Sign::Calibration, frmStartup::kCalibrate, nullptr},
+        {"FrmVCCCal", "Calibration", "Procedures", Sign::Calibration, frmStartup::kCalibrate,
+         page<FrmVCCCal, makeCalibrationPage>},
         {"frmMotherboardDAQ2", "Motherboard", "Board", Sign::Motherboard, 0,
          page<frmMotherboardDAQ2, makeMotherboardPage>},
         {"frmMainF340", "Controller", "Board", Sign::Controller, 0, page<frmMainF340, makeControllerPage>},
@@ -51,8 +52,8 @@ const std::vector<PageRow>& pageRows() {
 
 const PageRow* findPageRow(const std::string& slot) {
     const auto& rows = pageRows();
-    const auto found = std::find_if(
-        rows.begin(), rows.end(), [&](const PageRow& row) { return *row.slot != '\0' && slot == row.slot; });
+    const auto found =
+        std::find_if(rows.begin(), rows.end(), [&](const PageRow& row) { return slot == row.slot; });
     return found == rows.end() ? nullptr : &*found;
 }
 

@@ -18,9 +18,9 @@ enum class PagePlace {
     Sheet ///< over the page that opened it
 };
 
-/// One panel as the workspace knows it. A panel that is still to come has no slot: its entry is greyed.
+/// One panel as the workspace knows it.
 struct PageRow {
-    const char* slot;  ///< "frmVRK_User1"; empty for a panel that this version has not
+    const char* slot;  ///< "frmVRK_User1"
     const char* name;  ///< one name for rail, head, menu and manual
     const char* group; ///< heading in the rail; empty for home
     Sign sign;

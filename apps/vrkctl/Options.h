@@ -103,6 +103,13 @@ struct SupplyOptions {
     std::optional<std::string> vcc; ///< a level of the supply list; nothing: 5.0
 };
 
+struct CalibrateOptions {
+    std::string vref; ///< volts, above 0; empty: as the page begins
+    bool save = false;
+    bool force = false; ///< save a calibration that findings speak against
+    bool csv = false;
+};
+
 struct RunInOptions {
     int steps = 100000;
     int logEvery = 500;
@@ -140,6 +147,7 @@ ExitCode writeRegister(const Options& options, const RegisterWriteOptions& asked
 ExitCode supplyOn(const Options& options, const SupplyOptions& asked);
 ExitCode supplyOff(const Options& options);
 ExitCode supplyStatus(const Options& options);
+ExitCode calibrate(const Options& options, const CalibrateOptions& asked);
 ExitCode runRunIn(const Options& options, const RunInOptions& runIn);
 ExitCode resumeRunIn(const Options& options, const RunInOptions& runIn);
 ExitCode reportRunIn(const Options& options, const RunInReportOptions& report);

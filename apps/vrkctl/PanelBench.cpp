@@ -7,6 +7,7 @@
 #include "link/modHID.h"
 #include "platform/runtime/text.h"
 
+#include <algorithm>
 #include <charconv>
 
 namespace vrk {
@@ -124,8 +125,10 @@ void PanelBench::openRow(int row, const std::string& what) {
     if (options_.board > 0)
         chooseInstance();
     done(bench().frmStartup->cboVRKSelect.userSelect(row), what);
-    const DevicePanel* opened = bench().devicePanel();
-    if (opened == nullptr || !bench().findPanel(opened->name())->visible())
+    const auto& panels = bench().panelTable();
+    const auto wanted = std::find_if(panels.begin(), panels.end(),
+                                     [row](const PanelRow& panel) { return panel.startRow == row; });
+    if (wanted == panels.end() || !wanted->slot->visible())
         throw CommandError(ExitCode::NoBoard, "the board cannot be used: another program may have it open");
     if (const auto signalled = interrupt::requested())
         throw CommandError(*signalled, "interrupted; nothing was written");

@@ -160,6 +160,15 @@ std::string aboveZero(const std::string& text) {
     return fits ? std::string() : "'" + text + "' is no number above 0";
 }
 
+void addCalibrateOptions(CLI::App& command, CalibrateOptions& asked) {
+    command.add_option("--vref", asked.vref, "Reference of the converter; 3.3 if left out")
+        ->check(aboveZero)
+        ->type_name("VOLTS");
+    command.add_flag("--save", asked.save, "Write the calibration file, from which panels take their levels");
+    command.add_flag("--force", asked.force, "Save a supply that cannot be calibrated, too");
+    command.add_flag("--csv", asked.csv, "Each code as it is measured, with commas");
+}
+
 void addRunInOptions(CLI::App& command, RunInOptions& runIn) {
     command.add_option("--log", runIn.log, "Write the log, as the panel saves it")->type_name("FILE");
     command.add_option("--junit", runIn.junit, "Write a JUnit report")->type_name("FILE");
@@ -291,6 +300,10 @@ int run(int argc, char** argv) {
     addRegisterCommands(app, add, options, registers);
     SupplyOptions supply;
     addSupplyCommands(app, add, options, supply);
+    CalibrateOptions calibration;
+    addCalibrateOptions(*add(app, "calibrate", "Measure VCC at every code and find the seven levels",
+                             [&] { return calibrate(options, calibration); }),
+                        calibration);
 
     app.add_subcommand("help", "Tell how a command is used")
         ->add_option("COMMAND", "Words of the command, as \"wiper sweep\"")

@@ -100,8 +100,7 @@ class Supplies {
         const auto path = bench_.bench().context().programFolder / CalibrationFile::kName;
         if (!fileExists(path))
             return kBuiltIn;
-        const std::string text = CalibrationFile::read(path, {}).reference;
-        return isNumeric(text) && leadingNumber(text) > 0 ? leadingNumber(text) : kBuiltIn;
+        return CalibrationFile::volts(CalibrationFile::read(path, {}).reference).value_or(kBuiltIn);
     }
 
     PanelBench& bench_;

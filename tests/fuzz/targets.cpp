@@ -96,6 +96,8 @@ std::string table(FuzzBench& on, const fs::path& file, std::string_view bytes) {
 
 std::string calibration(const fs::path& file, std::string_view bytes) {
     const CalibrationFile read = CalibrationFile::read(written(file, bytes), {});
+    require(CalibrationFile::read(written(file, read.text()), {}).text() == read.text(),
+            "a calibration that is written reads otherwise");
     return read.header.substr(0, 4) + "/" + read.rows.back().vcc.substr(0, 4);
 }
 

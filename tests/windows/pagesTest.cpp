@@ -184,7 +184,6 @@ TEST_F(HomePageTest, CardsFollowThePartInTheSocket) {
     EXPECT_TRUE(card.marked());
     EXPECT_EQ(text(kHome, "card.words.I2C"), "socket holds KV4071");
     EXPECT_EQ(text(kHome, "card.words.SPI"), "other part in the socket");
-    EXPECT_FALSE(widget(kHome, "open.Calibration").isEnabled());
 
     part.setFocus();
     QTest::keyClick(&part, Qt::Key_Down);

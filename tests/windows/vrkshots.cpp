@@ -18,6 +18,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -150,6 +151,37 @@ void shootPinPages(WindowBench& bench, Shooter& shooter, const QString& folder) 
     (void)buttons.cmdIncr[0].userClick();
     shooter.shoot("pushbutton");
     (void)buttons.cmdMMenu.userClick();
+    bench.bus.socket("KV4074");
+}
+
+/// Under way with the file of before behind it, ended and reviewed, ended with what speaks against saving.
+void shootCalibration(WindowBench& bench, Shooter& shooter, const QString& folder) {
+    Bench& b = bench.bench;
+    const std::string file = (folder + "/VRK_Cal_Data.txt").toStdString();
+    replaceFile(file, "VRK VCC Calibration 2019-06-12 15:40:21\r\nVREF , 3.3\r\n2.7,2A,1.35,2.70\r\n"
+                      "3.0,33,1.50,3.00\r\n3.3,3C,1.65,3.30\r\n3.5,42,1.75,3.50\r\n4.0,51,2.00,4.00\r\n"
+                      "4.5,60,2.25,4.50\r\n5.0,70,2.50,5.00\r\nEND\r\n");
+    bench.bus.socket(std::nullopt);
+    (void)b.frmStartup->cboVRKSelect.userSelect(frmStartup::kCalibrate);
+    FrmVCCCal& calibration = *b.FrmVCCCal;
+    shooter.shoot("calibration");
+    bool shot = false;
+    const auto watch = calibration.observeRuns([&](FrmVCCCal::Change change) {
+        if (change == FrmVCCCal::Change::Measured && calibration.lastRun().points.size() == 77 &&
+            !std::exchange(shot, true))
+            shooter.shoot("calibration-running");
+    });
+    (void)calibration.cmdDoVCC_Cal.userClick();
+    shooter.shoot("calibration-reviewed");
+    bench.bus.fault({.kind = sim::FaultKind::Noise, .times = 30000, .counts = 9});
+    (void)calibration.txtVrefCal.userType("3.1");
+    b.events().runDue();
+    (void)calibration.txtVrefCal.userLeave();
+    (void)calibration.cmdDoVCC_Cal.userClick();
+    shooter.shoot("calibration-failed");
+    bench.bus.clear();
+    (void)calibration.cmdReturn.userClick();
+    std::filesystem::remove(file);
     bench.bus.socket("KV4074");
 }
 
@@ -308,6 +340,7 @@ int shootAll(const QString& folder, const QString& shade) {
     shooter.shoot("about");
     (void)b.frmAbout2->cmdOK.userClick();
     shootPinPages(bench, shooter, folder); // ahead of what opens the dock
+    shootCalibration(bench, shooter, folder);
 
     (void)b.events().deliver([&b] { b.Doco.load(); });
     (void)b.Doco->ChkTrace[2].userClick();

@@ -25,7 +25,6 @@ constexpr int kCardsALine = 4;
 constexpr int kOpenWidth = 72;
 constexpr int kUpperHeight = 136; ///< the families have more to say than the procedures
 constexpr int kLowerHeight = 120;
-constexpr const char* kNotYet = "not in this version";
 
 struct CardWords {
     const char* page;  ///< name in the table of pages
@@ -40,7 +39,7 @@ constexpr CardWords kCards[] = {
     {"Instructions", "Q4410 on I2C, Q4420 on SPI", ""},
     {"Script", "replay, compare, report", "opens from I2C, SPI"},
     {"Run-in", "endurance of a stored position", "opens beside Up/Down"},
-    {"Calibration", "Calibrate Device VCC Supply: seven levels", ""},
+    {"Calibration", "Calibrate Device VCC Supply: seven levels", "take the part out first"},
 };
 
 /// "KV4071 · KV4074 · parameter file": from the menu's own table, so that the two cannot differ.
@@ -93,7 +92,6 @@ bool names(const QString& about, const QString& part) {
 
 Card makeCard(PageUi& page, frmStartup& p, const PageRow& row, const CardWords& words) {
     Card card{.row = &row, .about = aboutCard(words), .note = words.note};
-    const bool here = *row.slot != '\0';
     auto* sign = new SignWidget(row.sign);
     auto* name = heading(row.name, kNameScale);
     auto* about = quietText(card.about);
@@ -103,11 +101,9 @@ Card makeCard(PageUi& page, frmStartup& p, const PageRow& row, const CardWords& 
     card.lamp = new LampWidget;
     card.lamp->setColour(Colour::LightGreen);
     card.lamp->setName("Part in the socket");
-    card.words = elidedText(here ? card.note : kNotYet);
+    card.words = elidedText(card.note);
     card.words->setObjectName("card.words." + QString(row.name));
     card.words->setForegroundRole(QPalette::PlaceholderText);
-    if (!here)
-        card.words->setFont(textFont(kSmall));
     card.open = new QPushButton("Open");
     card.open->setAutoDefault(false);
     card.open->setObjectName("open." + QString(row.name));
@@ -122,19 +118,11 @@ Card makeCard(PageUi& page, frmStartup& p, const PageRow& row, const CardWords& 
     });
     auto* last = qt::row({card.lamp, card.words, card.open});
     last->setStretch(1, 1);
-    card.box = new BoxFrame(column({qt::row({sign, name, stretch}), about, stretch, last}),
-                            here ? BoxFrame::Ground::Base : BoxFrame::Ground::Window);
+    card.box =
+        new BoxFrame(column({qt::row({sign, name, stretch}), about, stretch, last}), BoxFrame::Ground::Base);
     card.box->setObjectName("card." + QString(row.name));
     card.box->setAccessibleName(row.name);
     card.lamp->hide();
-    if (!here) {
-        card.open->setToolTip(kNotYet);
-        for (QWidget* each :
-             {static_cast<QWidget*>(sign), static_cast<QWidget*>(name), static_cast<QWidget*>(about),
-              static_cast<QWidget*>(card.words), static_cast<QWidget*>(card.open)})
-            each->setEnabled(false);
-        about->setForegroundRole(QPalette::WindowText); // greyed as the name is
-    }
     return card;
 }
 
@@ -144,7 +132,7 @@ void showSocket(std::vector<Card>& cards, const SocketView* socket) {
         return;
     const QString part = socket->state().part;
     for (Card& card : cards) {
-        if (*card.row->slot == '\0' || QString(card.row->group) != "Parts")
+        if (QString(card.row->group) != "Parts")
             continue;
         card.fits = names(card.about, part);
         setShown(*card.lamp, card.fits);

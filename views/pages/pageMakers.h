@@ -4,6 +4,7 @@ namespace vrk {
 
 class Doco;
 class Frm3310;
+class FrmVCCCal;
 class PageUi;
 class ProductExec;
 class UPDN_Runin;
@@ -32,6 +33,7 @@ void makeSingleWiperPage(PageUi& page, Frm3310& panel);
 void makeUpDownPage(PageUi& page, frmVRK_UD1& panel);
 void makePushButtonPage(PageUi& page, frmVRK_PB1& panel);
 void makeRunInPage(PageUi& page, UPDN_Runin& panel);
+void makeCalibrationPage(PageUi& page, FrmVCCCal& panel);
 void makeControllerPage(PageUi& page, frmMainF340& panel);
 void makeScriptPage(PageUi& page, frmScriptOps& panel);
 void makeMotherboardPage(PageUi& page, frmMotherboardDAQ2& panel);

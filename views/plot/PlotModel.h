@@ -23,6 +23,7 @@ struct PlotSeries {
     PlotInk ink = PlotInk::Channel0;
     PlotMark endMark = PlotMark::None; ///< at the last point
     bool dashed = false;               ///< what is compared with: an ideal line, an earlier file
+    bool bars = false;                 ///< from 0 to each point instead of a line
     std::vector<QPointF> points{};     ///< by rising x
 
     /// Puts the point in its order; one at the same x is replaced.
@@ -39,6 +40,13 @@ struct PlotAxis {
     double to = 1;
     Steps steps = Steps::Decimal;
     bool sign = false; ///< values with their sign
+    bool hex = false;  ///< codes: two hexadecimal digits
+};
+
+/// A value that was wanted, and the point that comes closest to it.
+struct PlotTarget {
+    QPointF at;
+    QString name{}; ///< "3.3"
 };
 
 struct PlotPane {
@@ -46,7 +54,7 @@ struct PlotPane {
     std::vector<PlotSeries> series;
     double share = 1;                                ///< of the height
     std::optional<std::pair<double, double>> limits; ///< a band with dashed edges
-    std::vector<QPointF> targets;                    ///< diamonds with a dotted drop
+    std::vector<PlotTarget> targets;                 ///< diamonds with a dotted line to either axis
     std::vector<QPointF> fails;                      ///< red crosses
 };
 

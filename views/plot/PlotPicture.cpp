@@ -74,6 +74,13 @@ QString number(double value, int decimals, bool sign) {
     return sign && !zero ? "+" + text : text;
 }
 
+/// A value of the horizontal axis.
+QString place(const PlotAxis& axis, double value, int decimals) {
+    constexpr int kHexBase = 16;
+    return axis.hex ? QString("%1").arg(std::lround(value), 2, kHexBase, QChar('0')).toUpper()
+                    : number(value, decimals, false);
+}
+
 } // namespace
 
 PlotPicture::PlotPicture(const PlotModel& model, const QRectF& area, const QFont& font, double from,
@@ -113,9 +120,10 @@ void PlotPicture::fit(std::size_t index) {
         take(shown.limits->first);
         take(shown.limits->second);
     }
-    for (const auto* marks : {&shown.targets, &shown.fails})
-        for (const QPointF& point : *marks)
-            take(point.y());
+    for (const PlotTarget& target : shown.targets)
+        take(target.at.y());
+    for (const QPointF& point : shown.fails)
+        take(point.y());
     const double margin = (pane.high - pane.low) * 0.04;
     pane.high += margin;
     if (pane.low < 0)
@@ -196,7 +204,7 @@ void PlotPicture::paintGrid(QPainter& painter, const QPalette& palette, std::siz
         painter.setPen(quiet);
         if (lowest)
             painter.drawText(QRectF(at - room, pane.place.bottom() + line * 0.1, 2 * room, line),
-                             Qt::AlignCenter, number(tick, decimalsOf(xStep), false));
+                             Qt::AlignCenter, place(x, tick, decimalsOf(xStep)));
     }
     if (lowest)
         painter.drawText(
@@ -231,6 +239,10 @@ void PlotPicture::paintPane(QPainter& painter, const QPalette& palette, std::siz
         const QColor ink = inkColour(series.ink, palette);
         painter.setPen(series.dashed ? QPen(ink, kIdealWidth, Qt::DashLine) : QPen(ink, kTraceWidth));
         painter.setBrush(Qt::NoBrush);
+        if (series.bars) {
+            paintBars(painter, palette, pane, series);
+            continue;
+        }
         paintTrace(painter, pane, series);
         painter.setPen(Qt::NoPen);
         painter.setBrush(ink);
@@ -243,15 +255,7 @@ void PlotPicture::paintPane(QPainter& painter, const QPalette& palette, std::siz
                                                                                     : series.endMark,
                       end, kMarkSize);
     }
-    const QColor ink = palette.color(QPalette::Text);
-    for (const QPointF& target : shown.targets) {
-        const QPointF at(pixelOf(target.x()), pixelY(pane, target.y()));
-        painter.setPen(QPen(ink, 1, Qt::DotLine));
-        painter.drawLine(at, QPointF(at.x(), pane.place.bottom()));
-        painter.setPen(QPen(ink, 1));
-        painter.setBrush(palette.color(QPalette::Base));
-        paintMark(painter, PlotMark::Diamond, at, kMarkSize);
-    }
+    paintTargets(painter, palette, pane, shown.targets);
     painter.setPen(QPen(qt::colours().failure, kTraceWidth));
     for (const QPointF& fail : shown.fails) {
         const QPointF at(pixelOf(fail.x()), pixelY(pane, fail.y()));
@@ -261,6 +265,37 @@ void PlotPicture::paintPane(QPainter& painter, const QPalette& palette, std::siz
         painter.drawLine(at - up, at + up);
     }
     painter.restore();
+}
+
+void PlotPicture::paintTargets(QPainter& painter, const QPalette& palette, const Pane& pane,
+                               const std::vector<PlotTarget>& targets) const {
+    const QFontMetricsF metrics(font_);
+    const QColor ink = palette.color(QPalette::Text);
+    for (const PlotTarget& target : targets) {
+        const QPointF at(pixelOf(target.at.x()), pixelY(pane, target.at.y()));
+        painter.setPen(QPen(palette.color(QPalette::PlaceholderText), 1, Qt::DotLine));
+        painter.drawLine(at, QPointF(at.x(), pane.place.bottom()));
+        if (!target.name.isEmpty())
+            painter.drawLine(at, QPointF(pane.place.left(), at.y()));
+        painter.setPen(QPen(ink, 1));
+        painter.setBrush(palette.color(QPalette::Base));
+        paintMark(painter, PlotMark::Diamond, at, kMarkSize);
+        painter.drawText(at - QPointF(metrics.horizontalAdvance(target.name) + 2 * kMarkSize, kMarkSize),
+                         target.name);
+    }
+}
+
+void PlotPicture::paintBars(QPainter& painter, const QPalette& palette, const Pane& pane,
+                            const PlotSeries& series) const {
+    constexpr double kBarWidth = 5;
+    for (const QPointF& point : series.points)
+        painter.fillRect(QRectF(QPointF(pixelOf(point.x()) - kBarWidth / 2, pixelY(pane, 0)),
+                                QPointF(pixelOf(point.x()) + kBarWidth / 2, pixelY(pane, point.y())))
+                             .normalized(),
+                         palette.color(QPalette::Text));
+    painter.setPen(QPen(palette.color(QPalette::Dark), 1));
+    painter.drawLine(QPointF(pane.place.left(), pixelY(pane, 0)),
+                     QPointF(pane.place.right(), pixelY(pane, 0)));
 }
 
 void PlotPicture::paintTrace(QPainter& painter, const Pane& pane, const PlotSeries& series) const {
@@ -362,7 +397,7 @@ std::optional<PlotPicture::Spot> PlotPicture::spotAt(double x, std::optional<dou
     if (shown > 1)
         words += traces[found->series].name;
     words +=
-        number(found->x, model_.x.decimals, false) + (model_.x.unit.isEmpty() ? "" : " " + model_.x.unit);
+        place(model_.x, found->x, model_.x.decimals) + (model_.x.unit.isEmpty() ? "" : " " + model_.x.unit);
     for (const PlotPane& pane : model_.panes) {
         if (found->series >= pane.series.size() || pane.series[found->series].points.empty())
             continue;

@@ -48,6 +48,10 @@ class PlotPicture {
     void fit(std::size_t pane);
     void paintGrid(QPainter& painter, const QPalette& palette, std::size_t pane) const;
     void paintPane(QPainter& painter, const QPalette& palette, std::size_t pane) const;
+    void paintTargets(QPainter& painter, const QPalette& palette, const Pane& pane,
+                      const std::vector<PlotTarget>& targets) const;
+    void paintBars(QPainter& painter, const QPalette& palette, const Pane& pane,
+                   const PlotSeries& series) const;
     void paintTrace(QPainter& painter, const Pane& pane, const PlotSeries& series) const;
     void paintLegend(QPainter& painter, const QPalette& palette) const;
 

@@ -109,14 +109,6 @@ void Rail::setFront(const PageRow* row) {
         entry->setChecked(its == row);
 }
 
-void Rail::setRefusal(const PageRow& row, const QString& why) {
-    const auto found = entries_.find(&row);
-    if (found == entries_.end())
-        return;
-    found->second->setEnabled(why.isEmpty());
-    found->second->setToolTip(why.isEmpty() ? QString(row.name) : QString("%1: %2").arg(row.name, why));
-}
-
 void Rail::setNarrow(bool narrow) {
     narrow_ = narrow;
     setFixedWidth(dp(narrow ? kNarrowWidth : kWidth));

@@ -19,8 +19,6 @@ class Rail final : public QWidget {
     std::function<void(const PageRow&)> onOpen;
     /// Marks the page in front; nullptr for none.
     void setFront(const PageRow* row);
-    /// \param why an entry cannot be used now; empty if it can.
-    void setRefusal(const PageRow& row, const QString& why);
     void setNarrow(bool narrow);
     bool narrow() const { return narrow_; }
 

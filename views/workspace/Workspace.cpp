@@ -81,9 +81,6 @@ void Workspace::build() {
 QWidget* Workspace::buildBody() {
     rail_ = new Rail;
     rail_->onOpen = [this](const PageRow& row) { open(row); };
-    for (const PageRow& row : pageRows())
-        if (*row.slot == '\0')
-            rail_->setRefusal(row, "not in this version");
     middle_ = new QStackedWidget;
     auto* empty = quietText("The page that was here is in a window of its own.");
     empty->setAlignment(Qt::AlignCenter);
@@ -198,6 +195,11 @@ void Workspace::showFront() {
 void Workspace::followDevice() {
     DevicePanel* panel = context_.bench.devicePanel();
     PageUi* page = panel == nullptr ? nullptr : this->page(panel->name());
+    // While the calibration is open the supplies are its, unless a device panel has been opened over it.
+    PageUi* calibration = this->page(context_.bench.FrmVCCCal.name());
+    if (calibration != nullptr && context_.bench.FrmVCCCal.visible() &&
+        (page == nullptr || !page->slot().visible() || front_ == calibration))
+        page = calibration;
     if (page != nullptr && page->released())
         page = nullptr;
     if (device_ == page && band_->page() == page && page != nullptr)
@@ -207,7 +209,7 @@ void Workspace::followDevice() {
 }
 
 void Workspace::open(const PageRow& row) {
-    PanelSlotBase* slot = *row.slot == '\0' ? nullptr : context_.bench.findPanel(row.slot);
+    PanelSlotBase* slot = context_.bench.findPanel(row.slot);
     if (slot == nullptr)
         return;
     if (slot == &context_.bench.frmScriptOps)
@@ -230,14 +232,19 @@ void Workspace::openDevice(const PageRow& row, PanelSlotBase&) {
     auto* start = bench.frmStartup.loadedPanel();
     if (start == nullptr)
         return;
-    // One part is on the board at a time: the panel before it is left as its own button leaves it.
-    DevicePanel* other = bench.devicePanel();
-    PanelSlotBase* left = other == nullptr ? nullptr : bench.findPanel(other->name());
-    if (left != nullptr && left->visible()) {
-        (void)other->cmdMMenu.userClick();
-        if (left->visible())
-            return; // refused, or the user has cancelled
-    }
+    // One panel has the supplies at a time: the one before it is left as its own button leaves it.
+    const auto leave = [&bench](const Panel* panel, Button* button) {
+        const PanelSlotBase* slot = panel == nullptr ? nullptr : bench.findPanel(panel->name());
+        if (slot == nullptr || !slot->visible())
+            return true;
+        (void)button->userClick();
+        return !slot->visible(); // else refused, or the user has cancelled
+    };
+    DevicePanel* device = bench.devicePanel();
+    FrmVCCCal* calibration = bench.FrmVCCCal.loadedPanel();
+    if (!leave(device, device == nullptr ? nullptr : &device->cmdMMenu) ||
+        !leave(calibration, calibration == nullptr ? nullptr : &calibration->cmdReturn))
+        return;
     (void)start->cboVRKSelect.userSelect(row.startRow);
 }
 

@@ -62,7 +62,7 @@ void Band::openParts() {
                 choices.push_back(
                     {QString(row.name) + " parts",
                      {},
-                     *row.slot == '\0' ? QString("not in this version") : refusalOf(start.cboVRKSelect),
+                     refusalOf(start.cboVRKSelect),
                      [&start, line = row.startRow] { (void)start.cboVRKSelect.userSelect(line); },
                      false});
     }

@@ -148,11 +148,7 @@ void Workspace::showPalette() {
     }
     for (const PageRow& row : pageRows())
         if (row.place == PagePlace::Page)
-            choices.push_back({QString("Go to ") + row.name,
-                               {},
-                               *row.slot == '\0' ? QString("not in this version") : QString(),
-                               [this, &row] { open(row); },
-                               false});
+            choices.push_back({QString("Go to ") + row.name, {}, {}, [this, &row] { open(row); }, false});
     for (const Command& command : commands_)
         if (command.act)
             choices.push_back({command.what, keyText(command.key), {}, command.act, false});

@@ -115,7 +115,6 @@ void Workspace::fillPanels(QMenu& menu) {
         entry->setIcon(signIcon(row.sign));
         entry->setCheckable(true);
         entry->setChecked(front_ != nullptr && &front_->row() == &row);
-        entry->setEnabled(*row.slot != '\0');
         connect(entry, &QAction::triggered, this, [this, &row] { open(row); });
     }
 }

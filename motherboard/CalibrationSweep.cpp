@@ -37,8 +37,9 @@ std::vector<int> codesWhere(const std::vector<CalibrationPoint>& points, Test te
     return codes;
 }
 
-std::string volts(double value, const char* pattern = "0.00") {
-    return formatNumber(value, pattern) + " V";
+/// "1.22 to 5.16 V"
+std::string rangeOf(const CalibrationPoint& least, const CalibrationPoint& greatest, const char* pattern) {
+    return formatNumber(least.vcc(), pattern) + " to " + formatNumber(greatest.vcc(), pattern) + " V";
 }
 
 CalibrationFinding curveOf(const std::vector<CalibrationPoint>& points) {
@@ -68,12 +69,11 @@ CalibrationFinding settlingOf(const std::vector<CalibrationPoint>& points) {
     return {true, "every code settled, at most" + numberToText(most->readings) + " readings"};
 }
 
-CalibrationFinding reachOf(const CalibrationChoices& choices, double low, double high) {
+CalibrationFinding reachOf(const CalibrationChoices& choices, const std::string& range) {
     std::string missed;
     for (std::size_t target = 0; target < choices.size(); ++target)
         if (std::abs(choices.at(target).vcc() - kCalibrationTargets.at(target)) > kCalibrationTolerance)
             missed += (missed.empty() ? "" : ", ") + formatNumber(kCalibrationTargets.at(target), "0.0");
-    const std::string range = volts(low) + " to " + volts(high);
     if (!missed.empty())
         return {false, "no code comes close to " + missed + " V: the supply gives " + range};
     return {true, "all targets within " + range};
@@ -112,13 +112,13 @@ std::vector<CalibrationFinding> judgeCalibration(const std::vector<CalibrationPo
         [](const CalibrationPoint& a, const CalibrationPoint& b) { return a.volts < b.volts; });
     if (greatest->vcc() - least->vcc() < kLeastRange) {
         // Of a supply that stands still neither a slope nor a target says anything more.
-        findings.push_back({false, "the supply does not move: " + volts(least->vcc(), "0.000") + " to " +
-                                       volts(greatest->vcc(), "0.000") + " over all codes"});
+        findings.push_back(
+            {false, "the supply does not move: " + rangeOf(*least, *greatest, "0.000") + " over all codes"});
         return findings;
     }
     findings.push_back(curveOf(points));
     findings.push_back(settlingOf(points));
-    findings.push_back(reachOf(choices, least->vcc(), greatest->vcc()));
+    findings.push_back(reachOf(choices, rangeOf(*least, *greatest, "0.00")));
     return findings;
 }
 

@@ -169,7 +169,7 @@ TEST_F(CalibrationTest, SweepsSavesAndEveryPanelTakesItsLevelsFromTheFile) {
     cal().cmdSaveCal.userClick();
     EXPECT_EQ(cal().lblCalStatus.caption(), "Cal File Updated");
     const std::string saved = readFile(file());
-    EXPECT_EQ(saved, "VRK VCC Calibration 2020-01-01 12:00:STAMP\r\nVREF , 3.3\r\n2.7,2C,1.3516,2.7032\r\n"
+    EXPECT_EQ(saved, "VRK VCC Calibration 2020-01-01 12:00:05\r\nVREF , 3.3\r\n2.7,2C,1.3516,2.7032\r\n"
                      "3.0,35,1.4968,2.9935\r\n3.3,3E,1.6452,3.2903\r\n3.5,44,1.7452,3.4903\r\n"
                      "4.0,54,2.0065,4.0129\r\n4.5,63,2.2548,4.5097\r\n5.0,72,2.5000,5.0000\r\nEND\r\n");
     EXPECT_EQ(cal().txtVrefCal.text(), "3.3");

@@ -316,9 +316,10 @@ void Band::showSupply(const BandSource& source) {
     volts_->setTone(tone);
     const bool usable = source.on != nullptr && source.off != nullptr && source.on->responsive();
     switch_->setEnabled(usable);
-    switch_->setToolTip(page_ == nullptr ? "No device panel is open"
-                        : usable         ? "Switch VCC"
-                                 : "Not now: " + refusalOf(*(source.on != nullptr ? source.on : source.off)));
+    switch_->setToolTip(page_ == nullptr       ? "No device panel is open"
+                        : usable               ? "Switch VCC"
+                        : source.on == nullptr ? "This page has no switch of its own"
+                                               : "Not now: " + refusalOf(*source.on));
     switch_->setChosen(on ? 0 : 1);
     level_->setEnabled(source.level != nullptr && source.level->responsive());
     showLevels(source.level);

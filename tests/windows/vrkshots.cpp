@@ -161,6 +161,7 @@ void shootCalibration(WindowBench& bench, Shooter& shooter, const QString& folde
     replaceFile(file, "VRK VCC Calibration 2019-06-12 15:40:21\r\nVREF , 3.3\r\n2.7,2A,1.35,2.70\r\n"
                       "3.0,33,1.50,3.00\r\n3.3,3C,1.65,3.30\r\n3.5,42,1.75,3.50\r\n4.0,51,2.00,4.00\r\n"
                       "4.5,60,2.25,4.50\r\n5.0,70,2.50,5.00\r\nEND\r\n");
+    bench.bus.clear(); // the run-in test's noise
     bench.bus.socket(std::nullopt);
     (void)b.frmStartup->cboVRKSelect.userSelect(frmStartup::kCalibrate);
     FrmVCCCal& calibration = *b.FrmVCCCal;

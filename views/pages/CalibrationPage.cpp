@@ -3,7 +3,6 @@
 #include "platform/qt/theme.h"
 #include "platform/runtime/text.h"
 #include "shell/Bench.h"
-#include "views/blocks/pinLines.h"
 #include "views/blocks/rows.h"
 #include "views/pages/boxes.h"
 #include "views/pages/calibrationPicture.h"
@@ -31,7 +30,7 @@ namespace {
 
 constexpr double kCodeDigits = 2.2;
 constexpr double kVoltsDigits = 1.5;
-constexpr int kLargeButton = 40;
+constexpr int kTallButton = 40;
 constexpr std::size_t kMostFindings = 6;
 
 QString text(const std::string& bytes) {
@@ -321,10 +320,12 @@ void makeCalibrationPage(PageUi& page, FrmVCCCal& p) {
         row({steps->connect.box(), steps->measure.box(), steps->review.box(), steps->save.box()});
     for (int at = 0; at < 4; ++at)
         progress->setStretch(at, 1);
-    auto* run = largeButton(ui(p.cmdDoVCC_Cal), kLargeButton);
-    auto* abort = largeButton(ui(p.cmdAbort), kLargeButton);
-    auto* read = largeButton(ui(p.cdmRead_Cal_File), kLargeButton);
-    auto* write = largeButton(ui(p.cmdSaveCal), kLargeButton);
+    QPushButton* const run = ui(p.cmdDoVCC_Cal);
+    QPushButton* const abort = ui(p.cmdAbort);
+    QPushButton* const read = ui(p.cdmRead_Cal_File);
+    QPushButton* const write = ui(p.cmdSaveCal);
+    for (QPushButton* button : {run, abort, read, write})
+        button->setFixedHeight(dp(kTallButton));
     auto* left = column({&picture->plot(),
                          quietText("Lower plot: twice the pin volts less the target, in millivolts."),
                          row({run, abort, stretch})});
@@ -354,7 +355,9 @@ void makeCalibrationPage(PageUi& page, FrmVCCCal& p) {
         makeAccent(*run, !ready);
         makeAccent(*write, ready);
     };
-    ui.keep(p.observeRuns([steps, show, picture, &page, &p](FrmVCCCal::Change change) {
+    ui.keep(p.observeRuns([steps, show, picture, run, abort, &page, &p](FrmVCCCal::Change change) {
+        if (change == FrmVCCCal::Change::Ended && abort->hasFocus()) // it came there as Run was refused
+            run->setFocus();
         if (change == FrmVCCCal::Change::Began || change == FrmVCCCal::Change::Saved)
             steps->saved = change == FrmVCCCal::Change::Saved;
         if (change != FrmVCCCal::Change::Measured)

@@ -127,6 +127,7 @@ void frmMainF340::cboEVBinstance_Click() {
     uses_.trace.line({"Perform HID Init cboEVBInstance"});
     link().selectInstance(cboEVBinstance.itemData());
     markBusReadingsStale("a board was chosen since");
+    connectedInput_.clear(); // another board, or one that was without power, has its own
     const unsigned retries = link().retries();
     for (const auto read :
          {&frmMainF340::getLEDstate, &frmMainF340::cboSMBusFrequency_init, &frmMainF340::getI2Coptions,
@@ -135,7 +136,12 @@ void frmMainF340::cboEVBinstance_Click() {
         if (link().retries() != retries) // the whole board is read again by Retry
             return;
     }
-    link().tellBoardRead();
+    // The one option that a board does not tell. Without power it has lost it, and a part that is read by its
+    // instruction would not answer any more.
+    if (chk2WireRead.checked())
+        setI2Coptions(0);
+    if (link().retries() == retries)
+        link().tellBoardRead();
 }
 
 void frmMainF340::chkLED_Click(int /*index*/) {

@@ -101,6 +101,12 @@ TEST_F(GpioServicesTest, RegisterTable) {
     EXPECT_EQ(console().txtPBufRd[1].text(), "66");
     EXPECT_EQ(console().ShpSKFRd[25].colour(), Colour::Green);
     EXPECT_EQ(console().lblSFRBuf[0].caption() + console().lblSFRBuf[3].caption(), "010D");
+    // What Retry's search has read is no answer to a request that was not taken.
+    fault(FaultKind::WriteFails, 1, 18);
+    answer(Choice::Retry);
+    console().txtPBufRd[0].userClick();
+    boxes();
+    EXPECT_EQ(console().txtPBufRd[0].freshness()->state, Freshness::State::Stale);
     // A second click inside the first one's pumps works through the same fields: no row may take from it.
     console().cmdReadSKF.userClick();
     std::vector<std::string> rows;

@@ -159,9 +159,10 @@ void frmMainF340::cmdMuxWrite_Click() {
         }
     }
     uses_.trace.detail({"ADC Connect: +INP =", cboAnamux[0].text(), "  ADC -INP =", cboAnamux[1].text()});
-    connectedInput_ = cboAnamux[0].text();
-    sendCommand(Command::AdcMux, kFill,
-                {report::kWrite, hexToByte(cboAnamux[0].text()), hexToByte(cboAnamux[1].text())});
+    const bool taken =
+        sendCommand(Command::AdcMux, kFill,
+                    {report::kWrite, hexToByte(cboAnamux[0].text()), hexToByte(cboAnamux[1].text())});
+    connectedInput_ = taken ? cboAnamux[0].text() : std::string();
 }
 
 bool frmMainF340::readLabels(Command command, unsigned prepare, ControlArray<Label>& labels) {

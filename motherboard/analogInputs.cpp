@@ -61,6 +61,9 @@ void frmMotherboardDAQ2::fillChannels() {
 }
 
 void frmMotherboardDAQ2::READ_AD() {
+    // The board did not take the channel, or has forgotten it: any other one must not pass for it.
+    if (console().connectedInput().empty())
+        console().cmdMuxWrite_Click();
     console().chkADCEnable.setValue(1);
     console().cmdADCWrEn_Click();
     console().cmdADCRDData_Click();
@@ -73,8 +76,14 @@ void frmMotherboardDAQ2::READ_AD() {
     txtRdgs[0].setText(formatNumber(volts, "##.####"));
     analog.ADVolts = volts;
     analog.ADVolts2 = volts + volts;
-    markReading(txtADDec, console().replied());
-    markReading(txtRdgs[0], console().replied());
+    const bool measured = console().replied() && !console().connectedInput().empty();
+    markReading(txtADDec, measured);
+    markReading(txtRdgs[0], measured);
+}
+
+bool frmMotherboardDAQ2::measured() const {
+    const auto& worth = txtRdgs[0].freshness();
+    return worth && worth->state == Freshness::State::Fresh;
 }
 
 void frmMotherboardDAQ2::Combo1_Click() {
@@ -97,7 +106,7 @@ void frmMotherboardDAQ2::cmdReadAllAD_Click() {
     READ_AD();
     READ_AD();
     txtGPIOUserName[0].setText(formatNumber(uses_.analog.ADVolts2, "#0.0000"));
-    markReading(txtGPIOUserName[0], console().replied());
+    markReading(txtGPIOUserName[0], measured());
 }
 
 void frmMotherboardDAQ2::cmdSample_Click() {

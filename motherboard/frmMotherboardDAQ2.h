@@ -83,6 +83,8 @@ class frmMotherboardDAQ2 final : public Panel {
     /// One conversion of the channel chosen: the one measurement of the whole system. After a channel change
     /// the first conversion is of the channel before, so callers read twice.
     void READ_AD();
+    /// The last conversion is one of the channel that was chosen.
+    bool measured() const;
     void Combo1_Click();
     void cmdSetMode_Click();
     void cmdReadAllAD_Click();

@@ -224,7 +224,7 @@ void frmMotherboardDAQ2::cmdSampleVCC_Click() {
     lblVCCVoltsRDBK.setCaption(formatNumber(uses_.analog.ADVolts2, "#0.000"));
     // The multiplexer stays where it was: the list alone has moved.
     lblVCCVoltsRDBK.setToolTip("Twice the volts at " + console().connectedInput());
-    markReading(lblVCCVoltsRDBK, console().replied());
+    markReading(lblVCCVoltsRDBK, measured());
     afterFault.dismiss();
     cmdEnableBUttons_Click();
 }

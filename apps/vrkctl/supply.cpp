@@ -85,6 +85,8 @@ class Supplies {
     void readVolts() {
         console().cboAnamux[0].setListIndex(kVccChannel);
         console().cmdMuxWrite_Click();
+        if (console().connectedInput().empty()) // refused: a board that has gone tells so at the conversion
+            console().cmdMuxWrite_Click();
         console().chkADCEnable.setValue(1);
         int count = 0;
         for (int conversion = 0; conversion < 2; ++conversion) { // the first is of the channel before
@@ -153,6 +155,8 @@ ExitCode supplyOn(const Options& options, const SupplyOptions& asked) {
     const ExitCode code = finish(bench, good);
     if (code == ExitCode::Done)
         bench.leavePowered("");
+    else if (interrupt::requested())
+        tell("interrupted; VCC goes off");
     return code;
 }
 

@@ -159,7 +159,7 @@ void SupplyBlock::measure(Reading& volts) {
     services_.board().READ_AD();
     services_.analog.ADVolts += leadingNumber(txtADOffset.text());
     volts.setCaption(formatNumber(services_.analog.ADVolts * leadingNumber(txtADGain.text()), "#0.000"));
-    markReading(volts, services_.console().replied());
+    markReading(volts, services_.board().measured());
 }
 
 } // namespace vrk

@@ -55,7 +55,15 @@ TEST_F(AnalogTest, ChannelChangesThroughTheMultiplexer) {
     board().cmdSetMode.userClick(); // the one action that sets the negative input
     EXPECT_THAT(sent(Command::AdcMux, 5), ElementsAre("01 0C 00 06 1F"));
 
+    // Refused twice: what stood there is no reading of this channel. The next reading asks for it again.
+    bus.input(kVin4, std::nullopt, 300);
+    fault(sim::FaultKind::WriteFails, 2, 12);
     board().Combo1.setListIndex(10);
+    EXPECT_EQ(board().txtADDec.freshness()->state, Freshness::State::Stale);
+    for (int conversion = 0; conversion < 2; ++conversion)
+        board().READ_AD();
+    EXPECT_EQ(board().txtADDec.text(), "300");
+    EXPECT_EQ(board().txtADDec.freshness()->state, Freshness::State::Fresh);
     sent();
     board().cmdReadAllAD.userClick();
     EXPECT_EQ(board().Combo1.listIndex(), 6);

@@ -59,6 +59,11 @@ frmScriptOps::~frmScriptOps() {
         uses_.services.link.activePanel = nullptr;
 }
 
+SupplyPanel& frmScriptOps::behind() {
+    SupplyPanel* const panel = uses_.supplied ? uses_.supplied() : nullptr;
+    return panel != nullptr ? *panel : nothing_;
+}
+
 void frmScriptOps::wireFiles() {
     mnuScript_Read.setCaption("Open Script File");
     txtI2CAdr.setCaption("I2C Adr");

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "motherboard/SupplyPanel.h"
 #include "panels/blocks/BenchServices.h"
 #include "script/ConsoleBus.h"
 #include "script/LoopHost.h"
@@ -21,7 +22,7 @@
 namespace vrk {
 
 /// The script panel: loads a script into the step table, runs it, saves it with what was read.
-class frmScriptOps final : public Panel, public ActivePanel, private ScriptFields, private ScriptObserver {
+class frmScriptOps final : public Panel, public SupplyPanel, private ScriptFields, private ScriptObserver {
   public:
     struct Uses {
         BenchServices& services;
@@ -34,6 +35,8 @@ class frmScriptOps final : public Panel, public ActivePanel, private ScriptField
         RehearsalFactory rehearsalBench{};
         /// Where breakpoints outlive the program; nullptr: they go with it.
         BreakpointStore* breakpoints = nullptr;
+        /// The device panel behind this one, which shows the supplies of the part; nullptr: none.
+        std::function<SupplyPanel*()> supplied{};
     };
 
     frmScriptOps(PanelContext& context, Uses uses);
@@ -45,6 +48,15 @@ class frmScriptOps final : public Panel, public ActivePanel, private ScriptField
     void showBus();
     void Form_Unload() override;
     bool closeHides() const override { return true; }
+
+    // This panel counts as the one in front from a run on, and shows no supply: what moves one meanwhile is
+    // shown on the device panel, where the user switches it.
+    Lamp* vccLamp() override { return behind().vccLamp(); }
+    Lamp* minusLamp() override { return behind().minusLamp(); }
+    OptionButton* vccOption(int index) override { return behind().vccOption(index); }
+    OptionButton* minusOption(int index) override { return behind().minusOption(index); }
+    CheckBox* trackBox() override { return behind().trackBox(); }
+    void suppliesMoved() override { behind().suppliesMoved(); }
 
     /// The window's heading: which script is loaded.
     Label lblCaption{*this, "lblCaption"};
@@ -183,6 +195,7 @@ class frmScriptOps final : public Panel, public ActivePanel, private ScriptField
     }
 
   private:
+    SupplyPanel& behind();
     void wireRuns();
     void wireFiles();
     void wireRecording();
@@ -226,6 +239,7 @@ class frmScriptOps final : public Panel, public ActivePanel, private ScriptField
     void rowEnded(int row) override;
 
     Uses uses_;
+    SupplyPanel nothing_; ///< stands for a device panel that is not there
     ScriptState& script_;
     ConsoleBus bus_;
     LoopHost host_;

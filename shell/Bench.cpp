@@ -92,7 +92,7 @@ Bench::Bench(const Parts& parts)
                        return std::make_shared<class frmScriptOps>(
                            context_, frmScriptOps::Uses{services_, busMode_, run_, script_,
                                                         [this] { return scriptAddress(); }, rehearsalBench_,
-                                                        breakpoints_});
+                                                        breakpoints_, [this] { return devicePanel(); }});
                    }),
       frmAbout2(context_, "frmAbout2", "About this program",
                 [this, tool = parts.informationTool] {

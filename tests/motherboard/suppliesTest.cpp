@@ -125,6 +125,12 @@ TEST_F(SuppliesTest, LampsAndOptionsFollowABoardThatComesBack) {
     shown(Colour::Black, false);
     i2c().OptVCC[0].userClick();
     shown(Colour::LightRed, true);
+    // From its run on a script counts as the panel in front, and has no supply to show.
+    link().activePanel = &*bench.frmScriptOps;
+    bus.unplug(0);
+    bus.plug(0);
+    console().cmdReconnect.userClick();
+    shown(Colour::Black, false);
 }
 
 TEST_F(SuppliesTest, MinusOnRunsItsNeighboursClick) {

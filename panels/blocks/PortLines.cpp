@@ -32,7 +32,7 @@ void PortLines::set(std::uint8_t value) const {
     console.cmdSetSFR_Click();
 }
 
-void PortLines::send(std::uint8_t address, std::uint8_t value) const {
+bool PortLines::send(std::uint8_t address, std::uint8_t value) const {
     modHID& link = services_.link;
     link.fillReportBuffer(0);
     link.setReportID();
@@ -40,7 +40,7 @@ void PortLines::send(std::uint8_t address, std::uint8_t value) const {
     link.reportBuffer[report::kSubCommandByte] = report::kWrite;
     link.reportBuffer[report::kSfrAddress] = address;
     link.reportBuffer[report::kSfrValue] = value;
-    link.writeReport();
+    return link.writeReport();
 }
 
 RaisedA0::RaisedA0(const PortLines& port) : port_(port) {

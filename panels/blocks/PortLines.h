@@ -17,8 +17,8 @@ class PortLines {
     /// Writes the port as the console does.
     void set(std::uint8_t value) const;
     /// One report and nothing else: no trace, no test, no reply. \param address of a special function
-    /// register
-    void send(std::uint8_t address, std::uint8_t value) const;
+    /// register. \return false if the board did not take it
+    bool send(std::uint8_t address, std::uint8_t value) const;
 
   private:
     BenchServices& services_;

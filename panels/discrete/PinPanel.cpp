@@ -69,7 +69,7 @@ void PinPanel::abortRun() {
 PinPanel::Run::Run(PinPanel& panel, const Button& pressed, const std::string& name)
     : panel_(panel),
       pressed_(pressed),
-      retries_(panel.link().retries()),
+      edges_(panel.link()),
       activity_(panel.context().activities, name, [&panel] { panel.state_.IncrAbort = true; }) {}
 
 void PinPanel::Run::tellEnd(const std::string& detail, const Reading& volts) const {
@@ -78,7 +78,7 @@ void PinPanel::Run::tellEnd(const std::string& detail, const Reading& volts) con
     bool good = false;
     if (!panel_.services().vccOn())
         text = activity_.name() + " stopped: VCC went off";
-    else if (panel_.link().retries() != retries_)
+    else if (!edges_.whole())
         text = activity_.name() + ": the link was lost meanwhile, edges may be missing";
     else if (panel_.state_.IncrAbort)
         text = activity_.name() + " aborted";

@@ -154,7 +154,8 @@ void UPDN_Runin::sendPort(std::uint8_t address, std::uint8_t value) {
     buffer[report::kSfrAddress] = address;
     buffer[report::kSfrValue] = value;
     // Nobody waits for the reply: the next sample drains it.
-    (void)services_.link.writeReport();
+    if (!services_.link.writeReport())
+        edgeLost_ = true;
 }
 
 void UPDN_Runin::ChOut_Click(int index) {
@@ -211,6 +212,8 @@ void UPDN_Runin::cmdSequence_Click() {
 void UPDN_Runin::prepare() {
     services_.board().Combo1.setListIndex(kWiperRow);
     frmMainF340& console = services_.console();
+    if (console.connectedInput().empty())
+        console.cmdMuxWrite_Click();
     console.chkADCEnable.setValue(1);
     console.cmdADCWrEn_Click();
     console.cmdADCRDData_Click();

@@ -232,8 +232,9 @@ class UPDN_Runin final : public Panel, private RunInBoard, private RunInObserver
     Activity* activity_ = nullptr;
     RunInTest* test_ = nullptr; ///< while it runs
     bool asks_ = true;
-    bool lost_ = false;    ///< the link is, as far as the last exchange tells
-    bool powered_ = false; ///< VCC was on when the run began
+    bool lost_ = false;     ///< the link is, as far as the last exchange tells
+    bool edgeLost_ = false; ///< the board did not take an edge since the last sample
+    bool powered_ = false;  ///< VCC was on when the run began
     bool minusOn_ = false;
     int endStep_ = 0;
     Milliseconds began_{0}; ///< of the run, on the bench's clock; before its start for one gone on with

@@ -201,7 +201,7 @@ RunInEnd UPDN_Runin::run(const RunInOrder& order) {
         audience.add(*observer);
     RunInTest test(*this, audience, settings);
     test_ = &test;
-    lost_ = false;
+    lost_ = edgeLost_ = false;
     const OnScopeExit unwound([this, &journal] {
         // The program ends under the run: the journal says why, and can be gone on with.
         if (journal && events().ended())
@@ -227,7 +227,9 @@ SupplyBlock* UPDN_Runin::supply() const {
 
 bool UPDN_Runin::exchange() {
     for (;;) {
-        const int status = convert();
+        // Where an edge is missing the part does not stand where the tally says: that is no fail of the part.
+        const bool edgeLost = std::exchange(edgeLost_, false) && test_ != nullptr;
+        const int status = edgeLost ? static_cast<int>(kLinkWriteFailed) : convert();
         lost_ = status == kLinkReadFailed || status == kLinkWriteFailed;
         if (!lost_)
             return true;
@@ -237,10 +239,12 @@ bool UPDN_Runin::exchange() {
             test_->linkLost(status == kLinkReadFailed ? "no reply" : "the board did not take the request");
         services_.link.reportLinkError(status, 0);
         const bool supplied = !powered_ || (!gone && services_.vccOn());
+        const bool lookFor = edgeLost && powered_;
         if (test_ != nullptr)
-            test_->linkBack(supplied ? "the supply has stayed on"
-                                     : "the supply was away and is switched on again");
-        if (!supplied && test_ != nullptr)
+            test_->linkBack(!supplied ? "the supply was away and is switched on again"
+                            : lookFor ? "edges are missing, the part is looked for"
+                                      : "the supply has stayed on");
+        if ((!supplied || lookFor) && test_ != nullptr)
             return false;
         // What a lost reply leaves in the buffer is no conversion: the exchange is repeated.
     }

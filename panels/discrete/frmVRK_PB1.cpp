@@ -143,6 +143,7 @@ void frmVRK_PB1::cmdSequence_Click(int index) {
     const bool powered = requireVcc(); // the sequence runs all the same
     const auto [up, down, store] = holds();
     const DisabledWhile busy(resting());
+    const Edges edges(link());
     state().IncrAbort = false;
     // A hold that is long by mistake ends with an abort: the button is let go then.
     const Activity activity(context().activities, pressed.caption(), [this] { state().IncrAbort = true; });
@@ -175,8 +176,11 @@ void frmVRK_PB1::cmdSequence_Click(int index) {
         break;
     }
     const bool aborted = state().IncrAbort;
-    tell(powered && !aborted, pressed.caption() + (aborted ? " aborted" : " done"),
-         powered ? "" : "without VCC", &pressed);
+    tell(powered && !aborted && edges.whole(), pressed.caption() + (aborted ? " aborted" : " done"),
+         !powered        ? "without VCC"
+         : edges.whole() ? ""
+                         : "edges may be missing",
+         &pressed);
 }
 
 void frmVRK_PB1::cmdAlloutsHigh_Click() {

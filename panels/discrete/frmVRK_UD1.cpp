@@ -171,6 +171,7 @@ void frmVRK_UD1::cmdSequence_Click(int index) {
         cmdSequence[index + 1].setEnabled(false);
     // Its waits let events run; a second sequence inside this one would store once more.
     const Resting alone(resting());
+    const Edges edges(link());
     const int first = kBitsOfPart * (state().UDDevice - 1);
     const auto step = [this, first](int bit, bool high, bool waits = true) {
         setBit(first + bit, high);
@@ -189,8 +190,10 @@ void frmVRK_UD1::cmdSequence_Click(int index) {
         step(kInc, false);
         step(kCs, true, false);
     }
-    tell(powered, stores ? "Store sequence sent" : "Deselected without a store",
-         "part #" + decimalText(state().UDDevice) + (powered ? "" : ", without VCC"), &cmdSequence[index]);
+    tell(powered && edges.whole(), stores ? "Store sequence sent" : "Deselected without a store",
+         "part #" + decimalText(state().UDDevice) + (powered ? "" : ", without VCC") +
+             (edges.whole() ? "" : ", edges may be missing"),
+         &cmdSequence[index]);
 }
 
 void frmVRK_UD1::cmdAlloutsHigh_Click(int index) {

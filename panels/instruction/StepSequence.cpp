@@ -33,17 +33,19 @@ void StepSequence::prepare() {
     port_.set(lines_);
 }
 
-void StepSequence::begin(int pot) {
+bool StepSequence::begin(int pot) {
+    taken_ = true;
     if (framedBySelect()) {
         for (int report = 0; report < 3; ++report)
-            port_.send(sfr::P0, lines_);
+            sendLines();
     } else {
-        port_.send(sfr::P0, lines_);
+        sendLines();
         move(wiring_.data, false); // START
         move(wiring_.clock, false);
     }
     clockByte(kSlaveByte);
     clockByte(static_cast<std::uint8_t>(kStepInstruction | (pot & 3)));
+    return taken_;
 }
 
 void StepSequence::clockByte(std::uint8_t byte) {
@@ -59,10 +61,12 @@ void StepSequence::clockBit(bool bit) {
     change(wiring_.clock, false);
 }
 
-void StepSequence::step(bool up) {
+bool StepSequence::step(bool up) {
+    taken_ = true;
     move(wiring_.data, up);
     move(wiring_.clock, true);
     move(wiring_.clock, false);
+    return taken_;
 }
 
 void StepSequence::end(const std::function<void()>& between) {
@@ -80,7 +84,11 @@ void StepSequence::end(const std::function<void()>& between) {
 
 void StepSequence::move(std::uint8_t mask, bool high) {
     lines_ = static_cast<std::uint8_t>(high ? lines_ | mask : lines_ & ~unsigned{mask});
-    port_.send(sfr::P0, lines_);
+    sendLines();
+}
+
+void StepSequence::sendLines() {
+    taken_ = port_.send(sfr::P0, lines_) && taken_;
 }
 
 void StepSequence::change(std::uint8_t mask, bool high) {

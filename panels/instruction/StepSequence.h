@@ -31,14 +31,17 @@ class StepSequence {
     bool readPort();
     /// The lines at rest, to begin from.
     void prepare();
-    /// START or select, slave byte 50, instruction 20 and the pot.
-    void begin(int pot);
-    void step(bool up);
+    /// START or select, slave byte 50, instruction 20 and the pot. \return false if the board did not take
+    /// every edge: the part has heard something else then
+    bool begin(int pot);
+    /// \return as begin()
+    bool step(bool up);
     /// STOP, or select high. \param between runs behind the edges that need no haste.
     void end(const std::function<void()>& between = [] {});
 
   private:
     bool framedBySelect() const { return wiring_.select != 0; }
+    void sendLines();
     void move(std::uint8_t mask, bool high);
     void change(std::uint8_t mask, bool high);
     void clockByte(std::uint8_t byte);
@@ -47,6 +50,7 @@ class StepSequence {
     const PortLines& port_;
     Wiring wiring_;
     std::uint8_t lines_ = 0xFF; ///< P0 as written last; its other pins as read
+    bool taken_ = true;         ///< every edge of the sequence so far
 };
 
 } // namespace vrk

@@ -13,6 +13,7 @@ constexpr Milliseconds kShowEnd{750};
 constexpr const char* kPortSilent = "the board did not say how port P0 stands";
 /// A part that was without VCC hears no further clocks as steps.
 constexpr const char* kNoVcc = "VCC has gone meanwhile";
+constexpr const char* kEdgeLost = "the board did not take an edge of the bus lines";
 } // namespace
 
 void InstructionPanel::wireIncrements() {
@@ -92,7 +93,10 @@ void InstructionPanel::beginIncrements() {
     showMark(lblRDWcr[pot], "--", "stepped, not read");
     ShpRdWCR[pot].setColour(Colour::Black);
     linesDriven_ = true;
-    steps_.begin(pot);
+    if (!steps_.begin(pot)) {
+        incrementsLost(kEdgeLost);
+        return;
+    }
     pump();
     failed.dismiss();
     tell(true, "Pot " + decimalText(pot) + " is stepped by hand", "the bus rests until Terminate",
@@ -144,8 +148,12 @@ void InstructionPanel::stepPot(bool up) {
     if (!stepping_)
         return; // the panel has gone meanwhile
     txtWXWcr[steppedPot_].setText(up ? "^1" : "1v");
-    steps_.step(up);
+    const bool taken = steps_.step(up);
     companion().wipersMoved();
+    if (!taken) {
+        incrementsLost(kEdgeLost);
+        return;
+    }
     samplePot();
     if (partLost()) {
         incrementsLost(kNoVcc);

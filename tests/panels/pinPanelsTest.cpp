@@ -237,6 +237,9 @@ TEST_F(PinPanels, NothingIsLeftBehindByARunThatEndsEarly) {
     EXPECT_TRUE(p.cmdIncr[0].enabled() && p.cmdAlloutsHigh[1].enabled() && p.cmdSequence[3].enabled());
     EXPECT_FALSE(p.cmdAbortIncr[0].enabled());
     (void)p.OptVCC[0].userClick();
+    at(1000, [this] { fault(sim::FaultKind::WriteFails, 1, 18); });
+    click(p.cmdIncr[0]);
+    EXPECT_THAT(bench.context().results.kept().back().text, ::testing::HasSubstr("edges may be missing"));
     // An entry beyond all bounds is told before a pin moves.
     p.txtIncr[0].setText("99999999999");
     (void)p.ChOut[0].userClick();

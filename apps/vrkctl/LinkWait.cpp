@@ -15,6 +15,9 @@ namespace vrk {
 namespace {
 /// Between two looks at the system's list. A board that is listed but silent is tried at this pace at most.
 constexpr Milliseconds kLookAgain{250};
+/// A request that is repeated and gets no reply again is back within its time-out of 6 s. What comes later is
+/// a loss of its own, also where the request of the one before was never sent again.
+constexpr Milliseconds kSameLoss{10'000};
 
 std::string seconds(Milliseconds duration) {
     return formatNumber(static_cast<double>(duration.count()) / 1000.0, "#0.0") + " s";
@@ -29,6 +32,8 @@ LinkWait::LinkWait(const Uses& uses)
 
 bool LinkWait::waitForBoard() {
     const Clock& clock = uses_.events.clock();
+    if (lostAt_ && clock.now() - triedAt_ > kSameLoss)
+        lostAt_.reset();
     if (!lostAt_) {
         lostAt_ = clock.now();
         lost_ = command_;
@@ -44,8 +49,10 @@ bool LinkWait::waitForBoard() {
         uses_.events.letEventsRun();
         if (interrupt::requested())
             return false;
-        if (static_cast<int>(boardsOf(uses_.wire).size()) > uses_.board)
+        if (static_cast<int>(boardsOf(uses_.wire).size()) > uses_.board) {
+            triedAt_ = clock.now();
             return true;
+        }
     }
     return false;
 }

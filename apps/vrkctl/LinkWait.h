@@ -36,6 +36,7 @@ class LinkWait {
 
     Uses uses_;
     std::optional<Milliseconds> lostAt_; ///< while a loss lasts
+    Milliseconds triedAt_{0};            ///< end of the last wait
     std::uint8_t command_ = 0;           ///< of the last report sent
     std::uint8_t lost_ = 0;              ///< the command that the loss began with
     bool vccWasOn_ = false;              ///< as it began

@@ -264,6 +264,8 @@ ExitCode writeRegister(const Options& options, const RegisterWriteOptions& asked
              hex(*result.value, bench.reg().digits()) + " back");
     if (code == ExitCode::Done && bench.powered())
         bench.bench().leavePowered("a volatile value would be lost with it");
+    else if (interrupt::requested() && bench.powered())
+        tell("interrupted; VCC goes off");
     return code;
 }
 

@@ -51,6 +51,8 @@ ExitCode writeWiper(const Options& options, const WriteOptions& wiper) {
     const ExitCode code = finish(options, bench, bench.write(position));
     if (code == ExitCode::Done)
         bench.leavePowered();
+    else if (interrupt::requested())
+        tell("interrupted; VCC goes off");
     return code;
 }
 

@@ -81,6 +81,15 @@ TEST_F(LinkWaitTest, NeitherDoesOneThatAnswersAllButWhatItIsWantedFor) {
     EXPECT_LT(now() - began, seconds(80));
 }
 
+TEST_F(LinkWaitTest, ALossWhoseRequestIsNotSentAgainTakesNothingFromALaterOne) {
+    bus().fault({.kind = sim::FaultKind::NoReply, .command = 9});
+    bench().frmVRK_User1->cmdUpdateVCC.userClick();
+    session_->virtualClock()->sleep(seconds(100));
+    bus().unplug(0);
+    in(seconds(30), [this] { bus().plug(0); });
+    EXPECT_TRUE(write(1, 0x55));
+}
+
 struct NoWaitTest : LinkWaitTest {
     NoWaitTest() : LinkWaitTest(0, 0) {}
 };

@@ -130,7 +130,7 @@ class CalibrationTest : public MotherboardBench {
         wire.clear();
     }
     std::string result() { return bench.context().results.kept().back().text; }
-    /// "13-1": which of Run, VREF, Read, Return, Save and Abort can be used.
+    /// Which of Run, VREF, Read, Return, Save and Abort can be used.
     std::string usable() {
         std::string all;
         for (const Control* each :

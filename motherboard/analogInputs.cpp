@@ -76,9 +76,9 @@ void frmMotherboardDAQ2::READ_AD() {
     txtRdgs[0].setText(formatNumber(volts, "##.####"));
     analog.ADVolts = volts;
     analog.ADVolts2 = volts + volts;
-    const bool measured = console().replied() && !console().connectedInput().empty();
-    markReading(txtADDec, measured);
-    markReading(txtRdgs[0], measured);
+    const bool good = console().replied() && !console().connectedInput().empty();
+    markReading(txtADDec, good);
+    markReading(txtRdgs[0], good);
 }
 
 bool frmMotherboardDAQ2::measured() const {

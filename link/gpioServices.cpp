@@ -231,7 +231,8 @@ void frmMainF340::readPort(Role role, int port) {
     }
     fields.read.setCaption(byteToHex2(byteAt(3)));
     markReading(fields.read, replied_);
-    if (fields.read.caption() == fields.written.caption())
+    // What the search behind a lost reply has left in the buffer may happen to fit.
+    if (replied_ && fields.read.caption() == fields.written.caption())
         fields.indicator.blinkGood();
     else
         fields.indicator.setColour(Colour::LightRed);
@@ -288,7 +289,7 @@ bool frmMainF340::readSfrRow(int row, bool intoWriteColumn) {
     // answer is taken before anything else runs.
     txtSFRAddress.setText(address);
     const bool replied = readSfr();
-    const bool good = lblSFRBuf[2].caption() == "00";
+    const bool good = replied && lblSFRBuf[2].caption() == "00";
     const std::string value = lblSFRBuf[3].caption();
     events().letEventsRun();
     txtPBufRd[row].setText(value);

@@ -170,8 +170,10 @@ void frmMainF340::cmdWrite_Click() {
     txtSlaveAddress.setText(byteToHex2(address()));
     link().purgeInputReports();
     std::vector<std::uint8_t> data(decimalByte(txtNumToWrite.text()));
-    if (!collectWriteData(data))
+    if (!collectWriteData(data)) {
+        link().i2cStatus = kLinkError; // callers judge by it, and nothing was written
         return;
+    }
     link().writeI2C(address(), data, registersIf(chkRandom.checked(), txtStartRegWr).span(), 0);
 }
 
@@ -189,8 +191,10 @@ void frmMainF340::cmdSimpleI2cWr_Click() {
     txtSlaveAddress.setText(byteToHex2(address()));
     link().purgeInputReports();
     std::vector<std::uint8_t> data(decimalByte(txtNumToWrite.text()));
-    if (!collectWriteData(data))
+    if (!collectWriteData(data)) {
+        link().linkOk = false;
         return;
+    }
     const Registers registers = registersIf(chkRandom.checked(), txtStartRegWr);
     link().linkOk = link().writeI2COnce(address(), data, registers.span()) > 0;
     events().letEventsRun();
@@ -236,6 +240,7 @@ void frmMainF340::cmdScanI2Caddress_Click() {
     cmdStopScan.setEnabled(true);
     const OnScopeExit noStop([this] { cmdStopScan.setEnabled(false); });
     stopScan_ = false;
+    Activity activity(context().activities, cmdScanI2Caddress.caption(), [this] { stopAddressScan(); });
     link().purgeInputReports();
     const Registers registers = registersIf(chkRandom.checked(), txtStartRegRD);
     for (int slave = 0; slave <= 254; slave += 2) {
@@ -244,6 +249,7 @@ void frmMainF340::cmdScanI2Caddress_Click() {
         delaySeconds(events(), 0.1);
         showAddress(static_cast<std::uint8_t>(slave));
         txtSlaveAddress.setText(txtI2Caddress.text());
+        activity.progress(slave / 2 + 1, 128);
         if (status != kLinkError || stopScan_)
             return;
     }

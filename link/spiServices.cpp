@@ -37,9 +37,18 @@ void frmMainF340::cmdSPIWrite_Click() {
     const std::size_t count = decimalByte(txtNumToWrite.text());
     if (report::kSpiPayload + count > hid::kReportSize)
         throw subscriptOutOfRange();
+    const auto mark = [this, count] {
+        for (int i = 0; i < static_cast<int>(count); ++i)
+            markReading(txtReadVal[i], replied_);
+    };
     std::vector<std::uint8_t> data(count);
-    if (!collectWriteData(data))
+    if (!collectWriteData(data)) {
+        if (chkSPIread.checked()) { // nothing was sent: what stands in the fields answers something else
+            replied_ = false;
+            mark();
+        }
         return;
+    }
     const std::uint8_t phaseByte = decimalByte(txtClockPhaseChangeByte.text());
 
     // No fill: what stands behind the bytes sent is of no meaning to the firmware.
@@ -58,11 +67,9 @@ void frmMainF340::cmdSPIWrite_Click() {
         link().fillReportBuffer(0);
         replied_ = link().readReply();
     }
-    for (int i = 0; i < static_cast<int>(count); ++i) {
-        if (taken)
-            txtReadVal[i].setText(byteToHex2(byteAt(report::kFirstData + i)));
-        markReading(txtReadVal[i], replied_);
-    }
+    for (int i = 0; taken && i < static_cast<int>(count); ++i)
+        txtReadVal[i].setText(byteToHex2(byteAt(report::kFirstData + i)));
+    mark();
 }
 
 void frmMainF340::cboSPIclock_init() {

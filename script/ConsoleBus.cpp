@@ -43,7 +43,8 @@ bool ConsoleBus::exchangeSpi() {
     services_.console().cmdSPIWrite_Click();
     // Goes back to 0 with a reply alone; a failed write and a lost reply leave their codes. Behind a Retry it
     // is the discovery's replies that have put it back: the transfer itself is not repeated.
-    return services_.link.hidLinkCode == 0 && services_.link.retries() == retries_;
+    return services_.console().replied() && services_.link.hidLinkCode == 0 &&
+           services_.link.retries() == retries_;
 }
 
 } // namespace vrk

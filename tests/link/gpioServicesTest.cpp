@@ -49,6 +49,15 @@ TEST_F(GpioServicesTest, EachPortIsWrittenReadBackAndCompared) {
             EXPECT_EQ(boxes().size(), 1U);
             EXPECT_EQ(lamp.colour(), Colour::LightRed);
             EXPECT_EQ(shown[port].caption(), "5A");
+            // A reply that was lost: red, though what the search has left happens to fit.
+            lamp.setColour(Colour::Green);
+            written[port].setCaption("0D");
+            fault(FaultKind::NoReply, 1, 18);
+            answer(Choice::Retry);
+            read[port].userClick();
+            EXPECT_EQ(boxes().size(), 1U);
+            EXPECT_EQ(shown[port].caption(), "0D");
+            EXPECT_EQ(lamp.colour(), Colour::LightRed);
             sent();
         }
 }

@@ -101,6 +101,9 @@ TEST_F(I2cServicesTest, ScanOfAnEmptyBusVisitsEveryAddressAndAsks) {
     console().cmdScanI2Caddress.userClick();
     EXPECT_EQ(sent(Command::I2cTransfer).size(), 11U);
     EXPECT_TRUE(console().cmdStopScan.userClick().refused());
+    at(1050, [this] { EXPECT_TRUE(bench.context().activities.abort()); });
+    console().cmdScanI2Caddress.userClick();
+    EXPECT_EQ(sent(Command::I2cTransfer).size(), 11U);
 
     answer(Choice::Yes);
     EXPECT_EQ(console().cmdScanI2Caddress.userClick().kind, Outcome::Kind::Ended);
@@ -172,6 +175,7 @@ TEST_F(I2cServicesTest, RegisterFile) {
         console().chkFileWriteData.setValue(1);
         console().cmdWrite.userClick();
         const auto reports = sent(9);
+        EXPECT_EQ(link().i2cStatus, written != nullptr ? kLinkGood : kLinkError);
         if (written != nullptr) {
             EXPECT_THAT(reports, ElementsAre(std::string("01 06 00 03 01 00 ") + written));
         } else {

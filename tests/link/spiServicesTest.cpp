@@ -29,6 +29,14 @@ TEST_F(SpiServicesTest, ReadBackOnlyWhenAsked) {
     EXPECT_EQ(console().txtReadVal[0].text(), "0A");
     EXPECT_EQ(console().txtReadVal[1].text(), "BC");
     EXPECT_EQ(console().txtReadVal[2].text(), "");
+    EXPECT_EQ(console().txtReadVal[1].freshness()->state, Freshness::State::Fresh);
+    // No file to take the bytes from: what came before is no answer.
+    console().chkFileWriteData.userClick();
+    write({"50", "C0"});
+    EXPECT_THAT(sent(Command::SpiTransfer), ::testing::IsEmpty());
+    EXPECT_EQ(boxes().size(), 1U);
+    EXPECT_FALSE(console().replied());
+    EXPECT_EQ(console().txtReadVal[1].freshness()->state, Freshness::State::Stale);
 }
 
 TEST_F(SpiServicesTest, ClockListRunsFromSlowToFast) {

@@ -17,22 +17,22 @@ frmMainF340::frmMainF340(PanelContext& context, Uses uses)
     wireSpi();
     wireGpio();
     wireAdc();
-    markStartReadings();
+    for (Control* reading : readings())
+        reading->markUnread();
 }
 
-void frmMainF340::markStartReadings() {
+std::vector<Control*> frmMainF340::readings() {
+    std::vector<Control*> all{&lblFirmwareVersion, &txtFirmwareVersion, &txtReadIndividual,
+                              &txtADDec,           &lblADRegRead,       &lbl_ADReal};
     for (auto* labels :
          {&lblRdOC, &lblRdGPData, &lblRdGPAnalog, &lblSFRBuf, &lblADMuxData, &lblADCRefcon, &lblADCClockDaa,
           &lblADCMode1Data, &lblADCLoopData, &lblADCSampleData, &lblADCEnable, &lblAdRcv, &lblADDecimal})
         for (auto& label : *labels)
-            label->markUnread();
+            all.push_back(label.get());
     for (auto* boxes : {&txtReadVal, &TXTI2C, &txtPBufRd})
         for (auto& box : *boxes)
-            box->markUnread();
-    for (Control* field :
-         std::initializer_list<Control*>{&lblFirmwareVersion, &txtFirmwareVersion, &txtReadIndividual,
-                                         &txtADDec, &lblADRegRead, &lbl_ADReal})
-        field->markUnread();
+            all.push_back(box.get());
+    return all;
 }
 
 void frmMainF340::markBusReadingsStale(const std::string& cause) {
@@ -126,8 +126,9 @@ void frmMainF340::cboEVBinstance_Click() {
         return;
     uses_.trace.line({"Perform HID Init cboEVBInstance"});
     link().selectInstance(cboEVBinstance.itemData());
-    markBusReadingsStale("a board was chosen since");
     connectedInput_.clear(); // another board, or one that was without power, has its own
+    for (Control* reading : readings())
+        reading->markStale("a board was chosen since");
     const unsigned retries = link().retries();
     for (const auto read :
          {&frmMainF340::getLEDstate, &frmMainF340::cboSMBusFrequency_init, &frmMainF340::getI2Coptions,

@@ -292,6 +292,8 @@ class frmMainF340 final : public Panel {
     bool replied() const { return replied_; }
     /// The input that the multiplexer was connected to last, as its list names it.
     const std::string& connectedInput() const { return connectedInput_; }
+    /// The board in use has been told its input since it was chosen or found.
+    bool inputConnected() const { return inputConnected_; }
     /// What was read of the part over its bus no longer holds. \param cause in words, for the user
     void markBusReadingsStale(const std::string& cause);
 
@@ -336,7 +338,8 @@ class frmMainF340 final : public Panel {
     bool loadRegisterFile(std::span<std::uint8_t> data, std::span<bool> given);
     void showReadData(std::span<const std::uint8_t> data, std::uint8_t startRegister, bool good);
     void showIndividual(std::uint8_t value, bool good);
-    void markStartReadings();
+    /// Everything that shows what the board or a part on its bus said.
+    std::vector<Control*> readings();
     void showAddress(std::uint8_t address);
     std::uint8_t address() const { return uses_.link.i2cAddress; }
 
@@ -360,6 +363,7 @@ class frmMainF340 final : public Panel {
     bool rewriting_ = false;
     bool stopScan_ = false;
     bool replied_ = false;
+    bool inputConnected_ = false;
     std::string connectedInput_;
     Signal<> i2cClocksListed_;
     Signal<> spiClocksListed_;

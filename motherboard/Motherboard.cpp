@@ -65,12 +65,25 @@ void Motherboard::followBoard() {
     frmMotherboardDAQ2* board = console_.loadedPanel();
     if (board == nullptr || !link_.attached())
         return;
+    const bool other = std::exchange(followed_, link_.instance()) != link_.instance();
     const bool moved = board->followSupplyPins();
+    if (other)
+        board->boardChosen();
+    if (!board->OptVCC[0].value())
+        boardForgot_ = true;
     if (SupplyPanel* panel = active()) {
-        if (moved)
+        if (moved || other)
             panel->suppliesMoved();
         board->showSuppliesOn(*panel);
     }
+}
+
+void Motherboard::prepareBoard() {
+    // Cleared first, since a Retry on the way may find the board without power.
+    if (!std::exchange(boardForgot_, false))
+        return;
+    console_->resendImage();
+    setUpSupplyDac();
 }
 
 void Motherboard::setUpSupplyDac() {

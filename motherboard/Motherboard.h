@@ -25,6 +25,9 @@ class Motherboard {
     void initSupplyDefaults();
     /// The two frames that the supply DAC needs behind the board's power-up.
     void setUpSupplyDac();
+    /// Pins and supply DAC once more, where the board has been found with VCC off since: it may have lost its
+    /// power, and with it all that it was told. Ahead of switching VCC on.
+    void prepareBoard();
 
   private:
     SupplyPanel* active() const;
@@ -36,6 +39,8 @@ class Motherboard {
     SupplyState& supply_;
     PanelSlot<frmMotherboardDAQ2>& console_;
     PanelSlot<FrmVCCCal>& calibration_;
+    int followed_ = 0; ///< instance that the panels show
+    bool boardForgot_ = false;
     Subscription boardRead_;
 };
 

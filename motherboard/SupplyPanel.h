@@ -13,7 +13,8 @@ class SupplyPanel : public ActivePanel {
     /// 0 on, 1 off
     virtual OptionButton* vccOption(int /*index*/) { return nullptr; }
     virtual OptionButton* minusOption(int /*index*/) { return nullptr; }
-    /// A board came back with other supplies than the panel showed: what was measured no longer holds.
+    /// Another board is in use, or one came back with other supplies than the panel showed: what was measured
+    /// no longer holds.
     virtual void suppliesMoved() {}
     virtual CheckBox* trackBox() { return nullptr; }
     virtual ComboBox* vccList() { return nullptr; }

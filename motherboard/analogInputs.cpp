@@ -119,6 +119,8 @@ void frmMotherboardDAQ2::cmdSample_Click() {
     shpSample.setVisible(true);
     cmdEndSampling.setEnabled(true);
     uses_.analog.EndSampling = 0;
+    const Activity activity(context().activities, cmdSample.caption(),
+                            [this] { uses_.analog.EndSampling = -1; });
     while (uses_.analog.EndSampling != -1) {
         context().clock().sleep(kSampleWait);
         events().letEventsRun();

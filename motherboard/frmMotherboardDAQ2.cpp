@@ -157,6 +157,18 @@ void frmMotherboardDAQ2::cmdWrtPipe1_Click() {
     events().letEventsRun();
 }
 
+void frmMotherboardDAQ2::resendImage() {
+    {
+        const bool before = std::exchange(uses_.link.suppressControlEvents, true);
+        const OnScopeExit restore([this, before] { uses_.link.suppressControlEvents = before; });
+        for (int pin = 0; pin < kPins; ++pin) {
+            chkPData_Click(pin);
+            chkP0OutEn_Click(pin);
+        }
+    }
+    cmdWrtPipe1_Click();
+}
+
 void frmMotherboardDAQ2::cmdReadPipe1_Click() {
     OnScopeExit afterFault([this] { setButtonsEnabled(true); });
     cmdDisableButtons_Click();

@@ -62,6 +62,11 @@ class frmMotherboardDAQ2 final : public Panel {
     /// Image, options and lamps of both supplies as the controller console has read their pins. Nothing is
     /// sent. \return true if they stand otherwise than shown until now
     bool followSupplyPins();
+    /// Makes pins and drive modes of the board those of the boxes again, the controller console's mirror too:
+    /// what that has read of a board behind its power-up would go out with the next chip select.
+    void resendImage();
+    /// Another board is in use: nothing that is shown was read from it.
+    void boardChosen();
     /// Lamps and options of the panel become this console's, without a click.
     void showSuppliesOn(SupplyPanel& panel);
 
@@ -177,6 +182,7 @@ class frmMotherboardDAQ2 final : public Panel {
     void setDrive(int index, int value);
     void dacExchange(DacRow row);
     void supplySwitched();
+    void markMeasuredStale(const char* cause);
     void selectDac(bool selected);
     void spiExchange(const SpiRow& row);
     void fillChannels();

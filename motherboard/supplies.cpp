@@ -60,6 +60,15 @@ void frmMotherboardDAQ2::dacExchange(DacRow row) {
         (void)hexToByte(txtSPIwr[first + k].text()); // a bad byte must not leave the DAC selected
     OnScopeExit afterFault([this] { setButtonsEnabled(true); });
     cmdDisableButtons_Click();
+    // A fault on the way must not leave U5 listening: it would take every later frame for its own.
+    OnScopeExit deselect([this] {
+        try {
+            selectDac(false);
+        } catch (...) {
+            // The program ends under a link dialog, and the fault that led here is told anyway.
+            return;
+        }
+    });
     selectDac(true);
     if (row == DacRow::ReadSetup || row == DacRow::ReadData) {
         events().letEventsRun();
@@ -76,6 +85,7 @@ void frmMotherboardDAQ2::dacExchange(DacRow row) {
     console().cmdSPIWrite_Click();
     for (int k = 0; k < 4; ++k)
         takeReading(txtSPIRd[k], console().txtReadVal[k]);
+    deselect.dismiss();
     selectDac(false);
     events().letEventsRun();
     afterFault.dismiss();
@@ -95,14 +105,26 @@ void frmMotherboardDAQ2::cmdSPIReadData_Click() {
     dacExchange(DacRow::ReadData);
 }
 
-void frmMotherboardDAQ2::supplySwitched() {
-    constexpr char kCause[] = "a supply was switched since";
+void frmMotherboardDAQ2::markMeasuredStale(const char* cause) {
     for (Control* reading :
          std::initializer_list<Control*>{&lblVCCVoltsRDBK, &txtADDec, &txtRdgs[0], &txtGPIOUserName[0]})
-        reading->markStale(kCause);
+        reading->markStale(cause);
     for (auto& box : txtI2CRead)
-        box->markStale(kCause);
+        box->markStale(cause);
+}
+
+void frmMotherboardDAQ2::supplySwitched() {
+    constexpr char kCause[] = "a supply was switched since";
+    markMeasuredStale(kCause);
     console().markBusReadingsStale(kCause);
+}
+
+void frmMotherboardDAQ2::boardChosen() {
+    constexpr char kCause[] = "a board was chosen since";
+    markMeasuredStale(kCause);
+    for (auto* boxes : {&txtPBufRd, &txtSPIRd, &txtSPIORead, &txtSPIORead3})
+        for (auto& box : *boxes)
+            box->markStale(kCause);
 }
 
 bool frmMotherboardDAQ2::followSupplyPins() {

@@ -36,7 +36,7 @@ class DevicePanel : public Panel,
     OptionButton* minusOption(int index) override { return &OptVM[index]; }
     void suppliesMoved() override {
         partLostPower();
-        lblVCCVolts.markStale("the board came back with other supplies");
+        lblVCCVolts.markStale("another board is in use, or this one came back with other supplies");
         supplyChanged();
     }
     CheckBox* trackBox() override { return &ChkTrack; }

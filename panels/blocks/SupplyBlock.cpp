@@ -62,6 +62,8 @@ SupplyBlock::SupplyBlock(Panel& panel, BenchServices& services) : PanelBlock(pan
 }
 
 void SupplyBlock::OptVCC_Click(int index) {
+    if (index == 0)
+        services_.motherboard.prepareBoard();
     services_.motherboard.showSupplyState(index);
     lblVCCVolts.markStale("VCC was switched since");
     supplyChanged();

@@ -66,6 +66,12 @@ TEST_F(SuppliesTest, FourFramesOfTheSupplyDac) {
     EXPECT_THAT(boxes(), ElementsAre("Overflow [OK]"));
     EXPECT_THAT(sent(Command::SpiTransfer), IsEmpty());
     EXPECT_EQ(unlocked(), 13);
+    // Nor does a fault behind the select leave U5 selected.
+    b.txtSPIwr[7].setText("55");
+    console().txtClockPhaseChangeByte.setText("256");
+    EXPECT_EQ(b.cmdSPIWrite2.userClick().fault, "Overflow");
+    EXPECT_THAT(boxes(), ElementsAre("Overflow [OK]"));
+    EXPECT_EQ(bus.state().sfr.at("A0") & 0x10, 0x10);
 }
 
 TEST_F(SuppliesTest, WithoutTrackSwitchingVccOffLeavesItsBitInTheImage) {
@@ -107,6 +113,13 @@ TEST_F(SuppliesTest, LampsAndOptionsFollowABoardThatComesBack) {
         EXPECT_EQ(bus.state().vminus < 0, on);
         EXPECT_EQ(byteOf("PBuf", 2) & 0x60, on ? 0x60 : 0);
     };
+    const auto ports = [this] {
+        std::string bytes;
+        for (const char* address : {"80", "90", "A0", "A4", "A5", "A6"})
+            bytes += hexText(bus.state().sfr.at(address), 2) + " ";
+        return bytes;
+    };
+    const std::string told = ports();
     console().cmdReconnect.userClick(); // as it was
     shown(Colour::LightRed, true);
     console().cboEVBinstance.userSelect(1);
@@ -121,10 +134,29 @@ TEST_F(SuppliesTest, LampsAndOptionsFollowABoardThatComesBack) {
         EXPECT_EQ(report.substr(6), "01"); // only read
     shown(Colour::Black, false);
     EXPECT_EQ(i2c().lblVCCVolts.freshness()->state, Freshness::State::Stale);
-    i2c().ChkShutDown2.userClick(); // any other pin
-    shown(Colour::Black, false);
+    for (int click = 0; click < 2; ++click) {
+        i2c().ChkShutDown2.userClick(); // any other pin
+        shown(Colour::Black, false);
+    }
+    sent();
     i2c().OptVCC[0].userClick();
+    EXPECT_THAT(sent(Command::SpiTransfer, 10),
+                ElementsAre("01 09 00 01 00 00 03 50 C0 5F", "01 09 00 01 00 00 03 50 C2 C0",
+                            "01 09 00 01 00 00 03 50 C0 72")); // the DAC has forgotten its setup too
     shown(Colour::LightRed, true);
+    EXPECT_EQ(ports(), told);
+    EXPECT_EQ(i2c().lblVCCVolts.caption(), "5.000"); // its multiplexer was at its power-up input
+    // Nothing that one board said is shown as the other's, whatever their supplies are.
+    bus.input(0x0A, 1.0, {});
+    console().cboEVBinstance.userSelect(1);
+    i2c().OptVCC[0].userClick();
+    EXPECT_EQ(i2c().lblVCCVolts.caption(), "2.000");
+    console().cmdFirmwareVersion.userClick();
+    board().cmdReadPipe1.userClick();
+    console().cboEVBinstance.userSelect(0);
+    for (const Control* reading : std::initializer_list<Control*>{
+             &i2c().lblVCCVolts, &console().lblFirmwareVersion, &board().txtPBufRd[2], &board().txtADDec})
+        EXPECT_EQ(reading->freshness()->state, Freshness::State::Stale) << reading->path();
     // From its run on a script counts as the panel in front, and has no supply to show.
     link().activePanel = &*bench.frmScriptOps;
     bus.unplug(0);

@@ -59,7 +59,12 @@ def bash(found):
             lines.append(f'            "{before} {last}") path="{path}" ;;')
     lines += ["        esac", "    done", '    [[ $before == "=" ]] && before="${COMP_WORDS[COMP_CWORD-2]}"',
               '    case "$before" in']
-    values = {option: value for _, all_options, _ in found for option, _, value in all_options if value is not None}
+    values = {}
+    for option, _, value in (option for _, all_options, _ in found for option in all_options):
+        if value is not None:
+            known = values.setdefault(option, value)
+            if isinstance(value, list):  # a command may take more words than another
+                values[option] = list(dict.fromkeys([*known, *value]))
     for option, value in values.items():
         how = {"file": "-f", "folder": "-d"}.get(value) if isinstance(value, str) else f'-W "{" ".join(value)}"'
         # Behind "--simulate" and a blank a command may follow as well.

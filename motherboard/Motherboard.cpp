@@ -69,9 +69,11 @@ void Motherboard::followBoard() {
     const bool moved = board->followSupplyPins();
     if (other)
         board->boardChosen();
-    if (!board->OptVCC[0].value())
+    SupplyPanel* panel = active();
+    // Before a device panel is there nothing has been told that could be forgotten.
+    if (panel != nullptr && panel->vccLamp() != nullptr && !board->OptVCC[0].value())
         boardForgot_ = true;
-    if (SupplyPanel* panel = active()) {
+    if (panel != nullptr) {
         if (moved || other)
             panel->suppliesMoved();
         board->showSuppliesOn(*panel);

@@ -69,11 +69,12 @@ void WiperPanel::chooseFromTable() {
     }
     choosing_ = true;
     const OnScopeExit chosen([this] { choosing_ = false; });
-    beforeTable();
     {
-        // What stands under the table waits with the action that opened it.
+        // What stands under the table waits with the action that opened it, and while the pins are made
+        // ready too: a way out to the main menu would leave the table in front of the start panel.
         const OnScopeExit usable([this] { setEnabled(true); });
         setEnabled(false);
+        beforeTable();
         table.open(bus(), *this);
         while (!table.returned())
             events().waitForEvents();

@@ -380,11 +380,12 @@ void ChannelBlock::takeTypedValue(int index) {
     host().pump();
 }
 
-void ChannelBlock::tellRefused(int index, int value, const std::string& entry) {
+void ChannelBlock::tellRefused(const TextBox& entry, int value) {
     if (value == 0)
         return; // 0 itself, or no number, which stands for 0
-    host().tell(false, "\"" + entry + "\" is outside 0 to " + decimalText(wipers.TapCount) + ": 0 is written",
-                {}, &txtHexDataWrt[index]);
+    host().tell(false,
+                "\"" + entry.text() + "\" is outside 0 to " + decimalText(wipers.TapCount) + ": 0 is written",
+                {}, &entry);
 }
 
 int ChannelBlock::txtHexDataWrt_KeyPress(int index, int key) {
@@ -400,7 +401,7 @@ int ChannelBlock::txtHexDataWrt_KeyPress(int index, int key) {
     std::string text = upperCase(box.text());
     const int value = hexToInt(text);
     if (value <= 0 || value > wipers.TapCount) {
-        tellRefused(index, value, box.text());
+        tellRefused(box, value);
         text = zero;
     }
     if (text.size() < zero.size())
@@ -424,7 +425,7 @@ int ChannelBlock::txtDECDataWrt_KeyPress(int index, int key) {
         txtHexDataWrt[index].setText("0");
     int value = decimalInt(box.text());
     if (value < 0 || value > wipers.TapCount) {
-        tellRefused(index, value, box.text());
+        tellRefused(box, value);
         value = 0;
         box.setText("0");
     }

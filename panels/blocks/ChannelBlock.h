@@ -161,7 +161,7 @@ class ChannelBlock : public PanelBlock {
     void clearTouched();
     void sliderMouseUp(int index);
     void takeTypedValue(int index);
-    void tellRefused(int index, int value, const std::string& entry);
+    void tellRefused(const TextBox& entry, int value);
     void showWriteValue(int index, int value);
     void showPosition(int index, std::optional<int> read);
     void transferred(int index, Transfer kind, bool good);

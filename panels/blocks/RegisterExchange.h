@@ -35,7 +35,9 @@ class RegisterExchange {
     using Bytes = std::vector<std::uint8_t>;
     enum class Way { Read, Write };
 
+    void sendOptions();
     Result i2c(Way way, const PartRegister& reg, int value);
+    Result i2cOnce(Way way, const PartRegister& reg, int value);
     Result spi(Way way, const PartRegister& reg, int value);
     Result readI2c(std::uint8_t lead, int count);
     Result writeI2c(std::uint8_t lead, const Bytes& data);
@@ -49,6 +51,7 @@ class RegisterExchange {
     BenchServices& services_;
     const RegisterMap& map_;
     std::optional<int> address_;
+    Subscription boardRead_;
 };
 
 } // namespace vrk

@@ -26,6 +26,7 @@ frmVRK_SPI1::frmVRK_SPI1(PanelContext& panelContext, BenchServices& panelService
     wireRegisters();
     wireFrames();
     clocks_ = console().observeSpiClocks([this] { mirrorClocks(); });
+    boardRead_ = link().observeBoardRead([this] { readClock(); });
 }
 
 void frmVRK_SPI1::wireSetup() {
@@ -152,6 +153,15 @@ void frmVRK_SPI1::mirrorClocks() {
     const ComboBox& source = console().cboSPIClock;
     cboSPIClock.setRows(source.rows());
     cboSPIClock.showListIndex(source.listIndex());
+}
+
+void frmVRK_SPI1::readClock() {
+    if (link().activePanel != this)
+        return;
+    // A handler that goes on behind Retry must find the console's last reply in the buffer.
+    const hid::Report reply = link().reportBuffer;
+    console().cboSPIclock_init();
+    link().reportBuffer = reply;
 }
 
 void frmVRK_SPI1::cboSPIClock_Click() {

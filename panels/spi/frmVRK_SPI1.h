@@ -84,6 +84,8 @@ class frmVRK_SPI1 final : public WiperPanel, public InstructionEntry, public Ins
     void wireFrames();
     void choosePart(const SpiPartFacts& part);
     void mirrorClocks();
+    /// A board has been read whole: one that was away is back at its own clock.
+    void readClock();
     std::string tableRowFault(const ProductTable& table) const override;
     void takeTableRow(const ProductTable& table) override;
     void applyFamily();
@@ -132,6 +134,7 @@ class frmVRK_SPI1 final : public WiperPanel, public InstructionEntry, public Ins
     /// From before the family changed them; nothing while it has not.
     std::optional<BusOptions> optionsBefore_;
     Subscription clocks_;
+    Subscription boardRead_;
     std::vector<Subscription> frameSources_;
 };
 

@@ -74,6 +74,11 @@ TEST_F(PartTableTest, TableStandsOnceAndGoesWithItsPanel) {
     EXPECT_THAT(boxes(), ElementsAre("No Device was selected from the list [OK]"));
     EXPECT_TRUE(i2c().enabled());
     EXPECT_EQ(setUp(), before);
+    // Nor is the panel left while its pins are made ready for the table.
+    at(1, [this] { EXPECT_TRUE(i2c().cmdMMenu.userClick().refused()); });
+    at(200, [this] { bench.ProductExec.userClose(); });
+    i2c().mnu_I2cList.userClick();
+    EXPECT_THAT(boxes(), ElementsAre(" []", "No Device was selected from the list [OK]"));
     // The main menu takes table and wait away, and nothing is said of a choice.
     at(200, [this] { act([this] { i2c().cmdMMenu_Click(); }); });
     EXPECT_TRUE(i2c().mnu_I2cList.userClick().done());

@@ -100,6 +100,10 @@ TEST_F(SpiPanelTest, LoadSetsThePanelAndTheBoardUp) {
     const std::string report = "01 08 00 " + hexText(console().cboSPIClock.row(row).itemData, 2);
     EXPECT_THAT(sent(Command::SpiClock, 4),
                 ElementsAre(report, report)); // by the list's click, then the call
+    bus.unplug(0);
+    bus.plug(0);
+    console().cmdReconnect.userClick();
+    EXPECT_EQ(spi().cboSPIClock.listIndex(), row - 1); // the board is back at its own
 }
 
 TEST_F(SpiPanelTest, EachPartWorksByItsOwnFramesChosenFromMenuOrTable) {

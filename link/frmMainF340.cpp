@@ -138,9 +138,12 @@ void frmMainF340::cboEVBinstance_Click() {
             return;
     }
     // The one option that a board does not tell. Without power it has lost it, and a part that is read by its
-    // instruction would not answer any more.
-    if (chk2WireRead.checked())
+    // instruction would not answer any more. Whoever goes on behind Retry finds the last reply in the buffer.
+    if (chk2WireRead.checked()) {
+        const hid::Report reply = link().reportBuffer;
         setI2Coptions(0);
+        link().reportBuffer = reply;
+    }
     if (link().retries() == retries)
         link().tellBoardRead();
 }

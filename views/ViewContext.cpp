@@ -41,7 +41,7 @@ LinkWords linkWords(const modHID& link, BoardKind kind, const QString& boardName
     words.last = lastResult(link);
     switch (link.health()) {
     case Health::Unknown:
-        words.state = "not open";
+        words.state = "not open"; // the band has room for no more
         words.board =
             end + (kind == BoardKind::Real ? ": opened with the first selection" : ", not opened yet");
         words.last.clear();

@@ -36,6 +36,7 @@ class Calibration {
     ExitCode run() {
         checkFile();
         bench_.openRow(frmStartup::kCalibrate, "opening the calibration");
+        bench_.session().workBegins();
         takeReference();
         if (asked_.csv)
             put("code,pinVolts,volts\n");

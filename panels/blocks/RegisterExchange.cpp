@@ -36,26 +36,15 @@ RegisterExchange::Bytes RegisterExchange::split(const PartRegister& reg, int val
 void RegisterExchange::prepare() {
     if (map_.bus != PartBus::I2C)
         return;
-    sendOptions();
-    boardRead_ = services_.link.observeBoardRead([this] {
-        // A board that was away has forgotten them. Whoever goes on behind Retry must find the last reply in
-        // the buffer, not this request.
-        const hid::Report reply = services_.link.reportBuffer;
-        sendOptions();
-        services_.link.reportBuffer = reply;
-    });
-    if (map_.protocol != PartProtocol::Banks)
-        return;
-    services_.board().chkPData[kBankSelectPin].setValue(1);
-    services_.board().cmdWrtPipe1_Click();
-}
-
-void RegisterExchange::sendOptions() {
     // A part with instructions answers behind the instruction, without a second start.
     const bool instructions = map_.protocol == PartProtocol::Quad || map_.protocol == PartProtocol::TenBit;
     frmMainF340& console = services_.console();
     console.chk2WireRead.setValue(instructions ? 1 : 0);
     console.setI2Coptions(0);
+    if (map_.protocol != PartProtocol::Banks)
+        return;
+    services_.board().chkPData[kBankSelectPin].setValue(1);
+    services_.board().cmdWrtPipe1_Click();
 }
 
 RegisterExchange::Result RegisterExchange::read(const PartRegister& reg) {

@@ -35,7 +35,6 @@ class RegisterExchange {
     using Bytes = std::vector<std::uint8_t>;
     enum class Way { Read, Write };
 
-    void sendOptions();
     Result i2c(Way way, const PartRegister& reg, int value);
     Result i2cOnce(Way way, const PartRegister& reg, int value);
     Result spi(Way way, const PartRegister& reg, int value);
@@ -51,7 +50,6 @@ class RegisterExchange {
     BenchServices& services_;
     const RegisterMap& map_;
     std::optional<int> address_;
-    Subscription boardRead_;
 };
 
 } // namespace vrk

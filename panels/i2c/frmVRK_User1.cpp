@@ -18,7 +18,6 @@ frmVRK_User1::frmVRK_User1(PanelContext& panelContext, BenchServices& panelServi
     wireRegisters();
     wireFamilies();
     clocks_ = console().observeI2cClocks([this] { mirrorClocks(); });
-    boardRead_ = link().observeBoardRead([this] { sendFamilyOptions(); });
 }
 
 void frmVRK_User1::wireSetup() {

@@ -106,8 +106,6 @@ class frmVRK_User1 final : public WiperPanel, public InstructionEntry, public In
     void takeTableRow(const ProductTable& table) override;
     void afterTable() override;
     void applyFamily();
-    /// A board has been read whole: one that was away has forgotten the family's bus options.
-    void sendFamilyOptions();
     void beforeRead(int channel) override;
     bool writeWiper(int channel) override;
     std::optional<int> readWiper(int channel) override;
@@ -141,7 +139,6 @@ class frmVRK_User1 final : public WiperPanel, public InstructionEntry, public In
     OptionGroup bankGroup_;
     bool familyOptions_ = false; ///< a family has changed captions and bus options
     Subscription clocks_;
-    Subscription boardRead_;
 };
 
 } // namespace vrk

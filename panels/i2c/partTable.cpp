@@ -118,16 +118,6 @@ void frmVRK_User1::leaveFamily() {
     console().setI2Coptions(0);
 }
 
-void frmVRK_User1::sendFamilyOptions() {
-    if (!familyOptions_ || link().activePanel != this)
-        return;
-    // The two-wire read is the one setting that the board takes and does not give back. A handler that goes
-    // on behind Retry must find the last reply in the buffer, not this request.
-    const hid::Report reply = link().reportBuffer;
-    console().setI2Coptions(0);
-    link().reportBuffer = reply;
-}
-
 void frmVRK_User1::applyFamily() {
     if (productStarts("Q4422")) {
         familyOptions_ = true;

@@ -1,6 +1,7 @@
 #include "platform/qt/theme.h"
 
 #include <QAbstractButton>
+#include <QAbstractScrollArea>
 #include <QApplication>
 #include <QFontDatabase>
 #include <QPainter>
@@ -62,6 +63,10 @@ class BenchStyle final : public QProxyStyle {
         case PE_FrameFocusRect: // buttons and fields show it in their outline
             if (qobject_cast<const QAbstractButton*>(widget) != nullptr)
                 return drawFocus(*option, *painter, widget);
+            break;
+        case PE_Frame: // lists and logs
+            if (qobject_cast<const QAbstractScrollArea*>(widget) != nullptr)
+                return drawPanel(*option, *painter, Qt::transparent, outline(*option), false);
             break;
         default:
             break;

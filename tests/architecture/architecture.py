@@ -139,7 +139,7 @@ def said_in(source):
     """The constant pieces of what a source says, without those of a word or two."""
     for call in SAYS.findall(source):
         for run in LITERALS.findall(call):
-            text = " ".join("".join(re.findall(r'"((?:[^"\\]|\\.)*)"', run)).replace("\\r\\n", " ").split())
+            text = " ".join("".join(re.findall(r'"((?:[^"\\]|\\.)*)"', run)).replace("\\r\\n", " ").replace("\\\\", "\\").split())
             if len(text) > 12 and " " in text:
                 yield text
 

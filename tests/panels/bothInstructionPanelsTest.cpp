@@ -264,6 +264,17 @@ TEST_P(BothInstructionPanels, IncrementsEndWithTheirPortAndWithTheirPart) {
         expectNothingLeftBehind();
         expectTruth();
     }
+    // An edge that the board does not take ends them too: the part has heard something else.
+    restore();
+    send(8, 1);
+    at(1, [this] { fault(sim::FaultKind::WriteFails, 1, 18); });
+    answer(Choice::Retry);
+    panel().cmdIncrWip[0].userClick();
+    EXPECT_FALSE(panel().stepping());
+    EXPECT_FALSE(bench.context().results.kept().back().good);
+    dropAnswers();
+    boxes();
+    expectNothingLeftBehind();
     // The board comes back without power, before the begin (-1), ahead of a button and within a step (3).
     for (const int button : {-1, 0, 2, 3}) {
         SCOPED_TRACE(button);

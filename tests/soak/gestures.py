@@ -5,13 +5,13 @@ from parts import PARTS, UP_DOWN
 # They end the program, which is a matter of its own: rare, so that a bench lives for more than a burst.
 ENDINGS = {"frmMainF340.cmdQuit", "frmMainF340.mnuExit"}
 # What ends each long action. Actions nest, and each of these ends the innermost of its kind.
-ABORTS = ["frmScriptOps.cmdAbort", "frmScriptOps.cmdRecordStop", "UPDN_Runin.cmdAbortRun", "frmVRK_UD1.cmdAbortIncr(0)",
-          "frmVRK_UD1.cmdAbortIncr(1)", "frmVRK_PB1.cmdAbortIncr", "frmMainF340.cmdStopScan",
+ABORTS = ["frmScriptOps.cmdAbort", "FrmVCCCal.cmdAbort", "frmScriptOps.cmdRecordStop", "UPDN_Runin.cmdAbortRun",
+          "frmVRK_UD1.cmdAbortIncr(0)", "frmVRK_UD1.cmdAbortIncr(1)", "frmVRK_PB1.cmdAbortIncr", "frmMainF340.cmdStopScan",
           "frmMotherboardDAQ2.cmdEndSampling", "frm_q4410.cmdIncrWip(2)", "frm_q4420.cmdIncrWip(2)"]
 FILES = ["script.txt", "fails.txt", "table.csv", "out.txt", "none/none.txt"]
 CONSOLES = ["frmMainF340", "frmMotherboardDAQ2"]
 PANELS = CONSOLES + ["frmVRK_User1", "frmVRK_SPI1", "frm_q4410", "frm_q4420", "Frm3310", "frmVRK_UD1", "frmVRK_PB1",
-                     "UPDN_Runin", "ProductExec", "frmScriptOps", "Doco", "frmAbout2", "frmStartup"]
+                     "UPDN_Runin", "FrmVCCCal", "ProductExec", "frmScriptOps", "Doco", "frmAbout2", "frmStartup"]
 
 
 def request(method, **params):

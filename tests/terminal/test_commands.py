@@ -69,7 +69,7 @@ class Commands(unittest.TestCase):
             (["wiper", "sweep", "0", "--simulate", "--csv", "--json"], 2, "exclude"),
             (["wiper", "sweep", "0", "--simulate", "--step", "0"], 2, "--step"),
             (["wiper", "write", "--simulate"], 2, "CHANNEL"),
-            ([], 2, "doctor    Say what keeps"),
+            ([], 2, "Say what keeps"),
             (["wiper"], 2, "sweep  Write, read back"),
             (["wipre"], 2, "did you mean 'wiper'?"),
             (["help", "wiper", "swep"], 2, "did you mean 'sweep'?"),

@@ -134,7 +134,7 @@ class RunIn(unittest.TestCase):
         self.assertEqual(events[:2], ["link lost", "link back"])
         self.journal.unlink()
         # An edge that the board does not take is no fail of the part.
-        code, out, err = self.runin("--steps", 400, "--json", *self.scenario({"op": "fault", "kind": "writeFails", "command": 18, "atMs": 2000}))
+        code, out, err = self.runin("--steps", 400, "--log-every", 100, "--json", *self.scenario({"op": "fault", "kind": "writeFails", "command": 18, "atMs": 2000}))
         self.assertEqual((code, json.loads(out.splitlines()[-1])["judgements"]), (0, 402), err)
         self.journal.unlink()
         code, out, err = self.runin("--steps", 400, "--json", "--link-wait", 5, *self.scenario(gone[0]), "--junit", self.folder / "x")

@@ -193,6 +193,7 @@ TEST_F(I2cPageTest, KeysAloneReachEveryFieldOfAChannelInReadingOrder) {
 
 TEST_F(I2cPageTest, ASweepFillsThePlotAndWrongValuesAreTold) {
     bringToFront(kI2c);
+    EXPECT_EQ(widget<QLineEdit>(kI2c, "sweepTo").text(), "127"); // the last position of 128 taps
     click(kI2c, "sweepHead");
     EXPECT_EQ(QApplication::focusWidget(), &widget(kI2c, "sweepFrom"));
     widget<QComboBox>(kI2c, "sweepChannel").setCurrentIndex(1);

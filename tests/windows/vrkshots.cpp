@@ -181,6 +181,9 @@ void shootCalibration(WindowBench& bench, Shooter& shooter, const QString& folde
     (void)calibration.cmdDoVCC_Cal.userClick();
     shooter.shoot("calibration-failed");
     bench.bus.clear();
+    (void)calibration.txtVrefCal.userType("3.3"); // every panel measures with it
+    b.events().runDue();
+    (void)calibration.txtVrefCal.userLeave();
     (void)calibration.cmdReturn.userClick();
     std::filesystem::remove(file);
     bench.bus.socket("KV4074");

@@ -132,9 +132,11 @@ TEST_F(I2cWindowTest, AboutBoxOverTheProductTableLeavesTheTableInSight) {
     show(bench.ProductExec);
     show(bench.frmAbout2);
     EXPECT_EQ(workspace.working()->name(), "About");
+    QTest::qWait(1); // a sheet is laid out when events run
     click("frmAbout2", "cmdOK");
+    QTest::qWait(1);
     EXPECT_EQ(workspace.working()->name(), "Product table");
-    EXPECT_TRUE(widget("ProductExec", "tGrid").isVisible());
+    EXPECT_TRUE(page("ProductExec").page()->isVisible());
     (void)bench.ProductExec.userClose();
     EXPECT_EQ(workspace.working()->name(), "I2C");
 }

@@ -50,8 +50,8 @@ QString addressWords(const InstructionPanel& p) {
     if (beside == nullptr || p.choice().instructionClass == "INC")
         return {};
     const WiperPanel& device = beside->devicePanel();
-    return QString(device.bus() == Bus::SPI ? " · ID " : " · slave ") + text(device.txtDeviceAdr.text()) +
-           " hex";
+    return QString(device.bus() == Bus::SPI ? " · ID " : " · slave ") +
+           qt::words(device.txtDeviceAdr.text()) + " hex";
 }
 
 /// Draws a row's words over as many lines as they need, and the chosen row on its own ground.

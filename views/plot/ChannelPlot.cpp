@@ -86,7 +86,7 @@ void ChannelPlot::makeTools() {
     page_.addPlotTool(room);
     addTool("channel", channel_);
     from_ = field("sweepFrom", "from", "0");
-    to_ = field("sweepTo", "to", "128");
+    to_ = field("sweepTo", "to", "127");
     step_ = field("sweepStep", "step", "1");
     const auto button = [this](const char* name, const char* text, std::function<void()> act) {
         auto* tool = new QPushButton(QString::fromUtf8(text));
@@ -111,7 +111,7 @@ void ChannelPlot::watch() {
         if (const int taps = block_.Slider1[0].maximum(); std::exchange(taps_, taps) != taps) {
             plot_->model().x.to = taps;
             plot_->showAll();
-            to_->setText(QString::number(taps));
+            to_->setText(QString::number(taps - 1)); // the part's last; a write of `taps` itself wraps to 0
             showIdeal();
         }
     });

@@ -306,10 +306,13 @@ QString WireView::wordsOf(std::size_t row) const {
 
 void WireView::showReports() {
     head_->setVisible(excerpt_.has_value());
+    const auto words = [](std::size_t reports) {
+        return QString(reports == 1 ? "%1 report" : "%1 reports").arg(reports);
+    };
     note_->setText(
-        excerpt_ ? QString("%1 reports of this row").arg(excerpt_->reports.size())
+        excerpt_ ? words(excerpt_->reports.size()) + " of this row"
         : dropped_ == 0
-            ? QString("%1 reports").arg(reports_.size())
+            ? words(reports_.size())
             : QString("last %1 of %2 reports").arg(reports_.size()).arg(reports_.size() + dropped_));
     model_->refresh();
 }

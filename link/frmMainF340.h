@@ -290,10 +290,9 @@ class frmMainF340 final : public Panel {
 
     /// The last command that asks for a reply got it. What the fields show is of no worth otherwise.
     bool replied() const { return replied_; }
-    /// The input that the multiplexer was connected to last, as its list names it.
+    /// The input that the multiplexer of the board in use was connected to last, as its list names it; empty
+    /// where that board was not told any, or has forgotten it.
     const std::string& connectedInput() const { return connectedInput_; }
-    /// The board in use has been told its input since it was chosen or found.
-    bool inputConnected() const { return inputConnected_; }
     /// What was read of the part over its bus no longer holds. \param cause in words, for the user
     void markBusReadingsStale(const std::string& cause);
 
@@ -363,7 +362,6 @@ class frmMainF340 final : public Panel {
     bool rewriting_ = false;
     bool stopScan_ = false;
     bool replied_ = false;
-    bool inputConnected_ = false;
     std::string connectedInput_;
     Signal<> i2cClocksListed_;
     Signal<> spiClocksListed_;

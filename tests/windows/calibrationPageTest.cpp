@@ -20,7 +20,7 @@ class CalibrationPageTest : public WindowTest {
     }
     QString words(const std::string& name) { return widget<QLabel>(kCal, name).text(); }
     /// Presses a button of the page while a sweep is at this code.
-    void atCode(std::size_t code, std::function<void()> act) {
+    void atCode(std::size_t code, const std::function<void()>& act) {
         const FrmVCCCal& panel = *bench.FrmVCCCal;
         watch_ = bench.FrmVCCCal->observeRuns([&panel, code, act](FrmVCCCal::Change change) {
             if (change == FrmVCCCal::Change::Measured && panel.lastRun().points.size() == code)

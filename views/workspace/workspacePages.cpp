@@ -175,8 +175,11 @@ void Workspace::bringToFront(PageUi& page) {
 void Workspace::leave(PageUi& page) {
     std::erase_if(history_,
                   [&](const QPointer<PageUi>& other) { return other == nullptr || other == &page; });
-    if (sheet_ != nullptr && (sheet_->sheet() == &page || sheet_->under() == &page))
+    const bool overAll = sheet_ != nullptr && sheet_->sheet() == &page;
+    if (overAll || (sheet_ != nullptr && sheet_->under() == &page))
         closeSheet();
+    if (overAll)
+        leftSheet(page);
     if (const auto found = windows_.find(&page); found != windows_.end())
         found->second->hide();
     if (front_ != &page)
@@ -221,6 +224,14 @@ void Workspace::closeSheet() {
     sheet_ = nullptr;
     if (front_ != nullptr)
         front_->takeFocus();
+}
+
+/// What lay under a sheet is in front again: another sheet that is still open, else the page.
+void Workspace::leftSheet(const PageUi& left) {
+    for (const auto& [slot, page] : pages_)
+        if (page != &left && page->row().place == PagePlace::Sheet && slot->visible())
+            return openSheet(*page);
+    activateLater();
 }
 
 void Workspace::takeOut(PageUi& page) {

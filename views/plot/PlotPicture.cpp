@@ -103,6 +103,25 @@ PlotPicture::PlotPicture(const PlotModel& model, const QRectF& area, const QFont
         top += high + between;
         fit(panes_.size() - 1);
     }
+    // Where an axis has long numbers all panes give way, so that its title stands beside them.
+    double left = inner.left();
+    for (std::size_t index = 0; index < panes_.size(); ++index) {
+        const auto [step, decimals] = ticksOf(index);
+        for (const double end : {panes_[index].low, panes_[index].high})
+            left = std::max(left, area.left() + line * 1.5 +
+                                      metrics.horizontalAdvance(
+                                          number(-std::abs(end), decimals, model_.panes[index].y.sign)));
+    }
+    for (Pane& pane : panes_)
+        pane.place.setLeft(left);
+}
+
+PlotPicture::Ticks PlotPicture::ticksOf(std::size_t index) const {
+    const Pane& pane = panes_[index];
+    const PlotAxis& y = model_.panes[index].y;
+    const double line = QFontMetricsF(font_).height();
+    const double step = tickStep(y.steps, pane.high - pane.low, pane.place.height(), line * 1.2);
+    return {step, std::max(decimalsOf(step), y.sign ? 0 : 1)};
 }
 
 void PlotPicture::fit(std::size_t index) {
@@ -175,8 +194,7 @@ void PlotPicture::paintGrid(QPainter& painter, const QPalette& palette, std::siz
     painter.drawRect(pane.place);
 
     const PlotAxis& y = model_.panes[index].y;
-    const double yStep = tickStep(y.steps, pane.high - pane.low, pane.place.height(), line * 1.2);
-    const int yDecimals = std::max(decimalsOf(yStep), y.sign ? 0 : 1);
+    const auto [yStep, yDecimals] = ticksOf(index);
     for (double tick = std::ceil(pane.low / yStep) * yStep; tick <= pane.high + yStep * 1e-6; tick += yStep) {
         const double at = pixelY(pane, tick);
         painter.setPen(grid);

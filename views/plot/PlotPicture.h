@@ -46,6 +46,12 @@ class PlotPicture {
     };
     double pixelY(const Pane& pane, double y) const;
     void fit(std::size_t pane);
+    /// The marks of a pane's vertical axis.
+    struct Ticks {
+        double step;
+        int decimals;
+    };
+    Ticks ticksOf(std::size_t pane) const;
     void paintGrid(QPainter& painter, const QPalette& palette, std::size_t pane) const;
     void paintPane(QPainter& painter, const QPalette& palette, std::size_t pane) const;
     void paintTargets(QPainter& painter, const QPalette& palette, const Pane& pane,

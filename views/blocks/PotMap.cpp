@@ -102,10 +102,12 @@ QLabel* rowWrites(PageUi& page, const InstructionPanel& p, int reg) {
     if (beside == nullptr)
         return shown;
     WiperPanel& device = beside->devicePanel();
-    page.ui().watch(device.lblNvRegisters, [shown, &device, reg] {
+    std::string column(1, '.');
+    column += decimalText(reg);
+    page.ui().watch(device.lblNvRegisters, [shown, &device, column] {
         int writes = 0;
         for (const auto& [name, count] : device.nonvolatileWrites().byRegister())
-            if (startsWith(name, "DR") && name.ends_with("." + std::to_string(reg)))
+            if (startsWith(name, "DR") && name.ends_with(column))
                 writes += count;
         shown->setText(QString::number(writes) + (writes == 1 ? " write" : " writes"));
     });

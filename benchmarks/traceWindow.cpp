@@ -20,7 +20,7 @@ struct TraceRig {
         rig.bench.start();
         appendLines(rig.bench.Doco->rtxt1, lines);
         rig.bench.Doco.show();
-        view = dynamic_cast<qt::LogView*>(workspace.page("Doco")->findChild<QWidget*>("rtxt1"));
+        view = dynamic_cast<qt::LogView*>(workspace.findChild<QWidget*>("rtxt1"));
         view->logReplaced();
         view->viewport()->repaint();
     }

@@ -83,6 +83,7 @@ void FrmVCCCal::wireFields() {
 
 void FrmVCCCal::Form_Load() {
     lblCalStatus.setCaption("----");
+    showTracking();
 }
 
 void FrmVCCCal::Form_Activate() {
@@ -102,8 +103,14 @@ void FrmVCCCal::Form_Unload() {
         uses_.link.activePanel = nullptr;
 }
 
-void FrmVCCCal::showSupplies() {
+void FrmVCCCal::showTracking() {
     ChkTrack.showValue(uses_.supply.TrackOn ? 1 : 0);
+    for (auto& option : OptVM)
+        option->setEnabled(!uses_.supply.TrackOn);
+}
+
+void FrmVCCCal::showSupplies() {
+    showTracking();
     if (frmMotherboardDAQ2* console = uses_.board.loadedPanel())
         console->showSuppliesOn(*this);
 }

@@ -115,6 +115,7 @@ class FrmVCCCal final : public Panel, public SupplyPanel, private CalibrationRig
     frmMotherboardDAQ2& board() const { return *uses_.board; }
     void wireFields();
     void showRows(const std::string& target, const std::string& result);
+    void showTracking();
     void showSupplies();
     void setRunning(bool running);
     CalibrationEnd sweep();

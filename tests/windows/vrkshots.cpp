@@ -343,7 +343,7 @@ int shootAll(const QString& folder, const QString& shade) {
     (void)b.frmStartup->mnuAboutShow.userClick();
     shooter.shoot("about");
     (void)b.frmAbout2->cmdOK.userClick();
-    QTest::qWait(kSettleMs); // the page under it is in front again when events run
+    QTest::qWait(kSettleMs);               // the page under it is in front again when events run
     shootPinPages(bench, shooter, folder); // ahead of what opens the dock
     shootCalibration(bench, shooter, folder);
 

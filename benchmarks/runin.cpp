@@ -1,4 +1,5 @@
 #include "benchmarks/BenchRig.h"
+#include "benchmarks/SelfAnsweringHost.h"
 
 #include <benchmark/benchmark.h>
 
@@ -23,33 +24,25 @@ struct Transfer {
 };
 
 /// A board on a full-speed bus, in real time: a frame takes 1 ms, a request goes out in the next one, its
-/// reply comes in the one behind it. Whoever is late for a frame waits for the next. Passes on to the
-/// simulated board until it answers by itself: replies of a wiper at mid scale.
-class FullSpeedHost final : public hid::HidHost {
+/// reply comes in the one behind it. Whoever is late for a frame waits for the next. Its replies are those of
+/// a wiper at mid scale.
+class FullSpeedHost final : public SelfAnsweringHost {
   public:
-    explicit FullSpeedHost(hid::HidHost& under, bool frames = true) : under_(under), frames_(frames) {}
+    explicit FullSpeedHost(hid::HidHost& under, bool frames = true)
+        : SelfAnsweringHost(under), frames_(frames) {}
 
-    void answerByItself() { byItself_ = true; }
     void record(std::vector<Transfer>* into) { record_ = into; }
 
-    std::vector<hid::DeviceInfo> list() override { return under_.list(); }
-    hid::Handle open(const std::string& path) override { return under_.open(path); }
-    void close(hid::Handle handle) noexcept override { under_.close(handle); }
-
-    bool write(hid::Handle handle, const hid::Report& report) override {
-        if (!byItself_)
-            return under_.write(handle, report);
+  private:
+    void take(const hid::Report& request) override {
         note({Transfer::Kind::Write});
-        const bool stored = report[1] == 18 && report[3] == report::sfr::P0 && report[4] == 192;
+        const bool stored = request[1] == 18 && request[3] == report::sfr::P0 && request[4] == 192;
         toNextFrame();
         replies_.push_back(frame_ + 1);
         if (stored)
             note({Transfer::Kind::Wait, Milliseconds{3}});
-        return true;
     }
-    hid::ReadResult read(hid::Handle handle, hid::Report& report, Milliseconds timeout) override {
-        if (!byItself_)
-            return under_.read(handle, report, timeout);
+    hid::ReadResult answer(hid::Report& report, Milliseconds timeout) override {
         note({Transfer::Kind::Read, timeout});
         if (replies_.empty()) {
             if (frames_)
@@ -68,7 +61,6 @@ class FullSpeedHost final : public hid::HidHost {
         return hid::ReadResult::Arrived;
     }
 
-  private:
     void note(Transfer transfer) {
         if (record_ != nullptr)
             record_->push_back(transfer);
@@ -80,9 +72,7 @@ class FullSpeedHost final : public hid::HidHost {
         std::this_thread::sleep_until(began_ + std::chrono::milliseconds(frame_));
     }
 
-    hid::HidHost& under_;
     bool frames_;
-    bool byItself_ = false;
     Steady::time_point began_ = Steady::now();
     long long frame_ = 0;
     std::vector<long long> replies_; ///< frames in which they come

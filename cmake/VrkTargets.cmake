@@ -12,10 +12,10 @@ function(vrk_target_defaults target)
     endif()
 endfunction()
 
-# vrk_library(NAME SOURCES a.cpp ... LINKS lower floors ...): one static library of one folder.
+# vrk_library(NAME SOURCES a.cpp ... LINKS lower floors ...): the library of one folder, static but for BUILD_SHARED_LIBS.
 function(vrk_library name)
     cmake_parse_arguments(ARG "" "" "SOURCES;LINKS;PRIVATE_LINKS" ${ARGN})
-    add_library(${name} STATIC ${ARG_SOURCES})
+    add_library(${name} ${ARG_SOURCES})
     target_link_libraries(${name} PUBLIC ${ARG_LINKS} PRIVATE ${ARG_PRIVATE_LINKS})
     vrk_target_defaults(${name})
 endfunction()

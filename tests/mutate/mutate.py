@@ -14,6 +14,7 @@ usage: mutate.py check                      every entry still fits the sources; 
            --copy C      folder for the copy and its build; kept, so that the next run builds little
            --preset P    debug (default) or asan
            --jobs N      build and test with so many processes
+           --part K/N    every Nth fault beginning with the Kth: N runs with a copy each share the work
            --without T   leave out a test program, whose tests fail without any fault
 Exit code: 0 when at least 80% of the faults were caught, 1 when not, 2 when the lists or the tree are broken.
 """
@@ -108,6 +109,8 @@ class Tree:
         unused = " ".join(f"-Wno-unused-{what}" for what in ("variable", "parameter", "function", "but-set-variable"))
         flags = f"-O0 -g1 -D_GLIBCXX_ASSERTIONS {unused}"
         options = [f"-DCMAKE_CXX_FLAGS_{kind}={flags}" for kind in ("DEBUG", "RELWITHDEBINFO")]
+        # A fault then costs one object and one library, and no test program is linked again.
+        options += ["-DBUILD_SHARED_LIBS=ON", "-DCMAKE_LINK_DEPENDS_NO_SHARED=ON"]
         if shutil.which("ccache"):
             options.append("-DCMAKE_CXX_COMPILER_LAUNCHER=ccache")
         self.must(["cmake", "--preset", self.preset, *options])
@@ -137,11 +140,12 @@ class Tree:
         return sorted(self.programs, key=distance)
 
     def stages(self, folder):
-        for program in self.order(folder):
-            yield program, [program], None
+        stages = [(program, [program], None) for program in self.order(folder)]
         if "outside" not in self.without:
-            yield "outside", OUTSIDE_TARGETS, ["ctest", "--test-dir", str(self.build_folder), "-R", OUTSIDE_TESTS,
-                                               "--parallel", self.jobs, "--stop-on-failure"]
+            outside = ("outside", OUTSIDE_TARGETS, ["ctest", "--test-dir", str(self.build_folder), "-R", OUTSIDE_TESTS,
+                                                    "--parallel", self.jobs, "--stop-on-failure"])
+            stages.insert(0 if folder == "apps" else len(stages), outside)  # the programs have hardly other tests
+        return stages
 
     def run(self, name, command):
         """What failed, None if nothing did."""
@@ -191,6 +195,8 @@ def run(options):
         raise Broken("\n".join(wrong))
     folders = [folder.strip("/") for folder in options.folder]
     chosen = [f for f in faults if not folders or any((f["file"] + "/").startswith(x + "/") for x in folders)]
+    part, parts = (int(number) for number in options.part.split("/"))
+    chosen = chosen[part - 1::parts]
     if not chosen:
         raise Broken(f"no fault of the lists is in {' '.join(folders)}")
     sync(copy)
@@ -236,6 +242,7 @@ def main():
     runs.add_argument("folder", nargs="*")
     runs.add_argument("--preset", choices=("debug", "asan"), default="debug")
     runs.add_argument("--jobs", type=int, default=os.cpu_count() or 1)
+    runs.add_argument("--part", default="1/1")
     runs.add_argument("--without", action="append", default=[])
     options = parser.parse_args()
     try:

@@ -257,6 +257,9 @@ TEST_F(CalibrationTest, LostLinkOtherPanelsAndBadBytesLeaveNothingBehind) {
     EXPECT_EQ(cal().lblCalStatus.caption(), "Calibration Aborted");
     EXPECT_EQ(bus.state().vcc, 0);
     (void)startup().cboVRKSelect.userSelect(frmStartup::kCalibrate);
+    at(900, [this] { (void)board().Combo1.userSelect(0); }); // another channel, with VCC on
+    cal().cmdDoVCC_Cal.userClick();
+    expectEnded("Calibration Aborted", "111100", false);
     board().txtSPIwr[5].setText("100");
     EXPECT_EQ(cal().cmdDoVCC_Cal.userClick().fault, "Overflow");
     EXPECT_THAT(boxes(), ElementsAre("Overflow [OK]"));

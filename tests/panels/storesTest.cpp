@@ -108,14 +108,18 @@ TEST_F(StoresTest, ALoopIsAskedAboutOnceBeforeItPassesTheBudget) {
     EXPECT_THAT(boxes(), ElementsAre(::testing::StartsWith("The part has had 2 non-volatile writes")));
     EXPECT_THAT(transfers(), IsEmpty());
     act([this] { i2c().sweepWiper(0, 0, 9, 3); }); // asked once
+    enter(i2c().txtNvBudget, "5");                 // and about a new budget anew
+    answer(Choice::Cancel);
+    act([this] { i2c().sweepWiper(0, 0, 9, 3); });
+    EXPECT_EQ(boxes().size(), 1U);
     EXPECT_EQ(bus.state().part->nonvolatileWrites, 6);
     // A loop that did not say what it would store is stopped where the next would pass the budget.
     choose("KV4071", &frmVRK_User1::mnu_KV4071);
     enter(i2c().txtHexDataWrt[0], "10");
     answer(Choice::Cancel);
     storeInALoop(9);
-    EXPECT_THAT(boxes(), ElementsAre(::testing::StartsWith("The part has had 4 non-volatile writes")));
-    EXPECT_EQ(i2c().nonvolatileWrites().total(), 4);
+    EXPECT_THAT(boxes(), ElementsAre(::testing::StartsWith("The part has had 5 non-volatile writes")));
+    EXPECT_EQ(i2c().nonvolatileWrites().total(), 5);
     // What the user does by hand is his own to count.
     choose("KV4071", &frmVRK_User1::mnu_KV4071);
     for (int write = 0; write < 6; ++write)

@@ -170,6 +170,7 @@ TEST_F(PinPanels, EachUpDownActionMovesItsPins) {
         {"store #2", p.cmdSequence[2], "80 42, 80 C2"},
         {"/CS1 low", p.ChOut[0], "80 82"},
         {"no store #1", p.cmdSequence[1], "90 00, 80 C2"},
+        {"down #2, #1 stays selected", p.cmdIncr[3], "90 02, 80 42, 90 00, 90 02, 90 00, 80 C2"},
         {"/CS2 low", p.ChOut[4], "80 42"},
         {"no store #2", p.cmdSequence[3], "80 C2"},
     };

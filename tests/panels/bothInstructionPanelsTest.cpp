@@ -236,6 +236,9 @@ TEST_P(BothInstructionPanels, FailuresAreToldAndLeaveNothingBehind) {
             if (action == c.notFor)
                 continue;
             restore();
+            type(panel().txtWXWcr[0], "5A"); // what a fill does not write
+            panel().cmdWrWCR[0].userClick();
+            panel().cmdRdWCR[0].userClick();
             c.spoil();
             answer(Choice::Retry, [this] { bus.plug(0); }); // without power for its part
             answerAll(Choice::Retry);
@@ -264,17 +267,25 @@ TEST_P(BothInstructionPanels, IncrementsEndWithTheirPortAndWithTheirPart) {
         expectNothingLeftBehind();
         expectTruth();
     }
-    // An edge that the board does not take ends them too: the part has heard something else.
-    restore();
-    send(8, 1);
-    at(1, [this] { fault(sim::FaultKind::WriteFails, 1, 18); });
-    answer(Choice::Retry);
-    panel().cmdIncrWip[0].userClick();
-    EXPECT_FALSE(panel().stepping());
-    EXPECT_FALSE(bench.context().results.kept().back().good);
-    dropAnswers();
-    boxes();
-    expectNothingLeftBehind();
+    // An edge that the board does not take ends them too, as the part has heard something else; and so does
+    // VCC.
+    for (const bool edge : {true, false}) {
+        restore();
+        send(8, 1);
+        at(1, [this, edge] {
+            if (edge)
+                fault(sim::FaultKind::WriteFails, 1, 18);
+            else
+                (void)board().OptVCC[1].userClick();
+        });
+        answer(Choice::Retry);
+        panel().cmdIncrWip[0].userClick();
+        EXPECT_FALSE(panel().stepping());
+        EXPECT_FALSE(bench.context().results.kept().back().good);
+        dropAnswers();
+        boxes();
+        expectNothingLeftBehind();
+    }
     // The board comes back without power, before the begin (-1), ahead of a button and within a step (3).
     for (const int button : {-1, 0, 2, 3}) {
         SCOPED_TRACE(button);

@@ -66,7 +66,8 @@ class BenchStyle final : public QProxyStyle {
             break;
         case PE_Frame: // lists and logs
             if (qobject_cast<const QAbstractScrollArea*>(widget) != nullptr)
-                return drawPanel(*option, *painter, Qt::transparent, outline(*option), false);
+                return drawPanel(*option, *painter, Qt::transparent, outline(*option),
+                                 option->state.testFlag(State_HasFocus));
             break;
         default:
             break;
@@ -85,6 +86,9 @@ class BenchStyle final : public QProxyStyle {
         if (element == CE_TabBarTabShape)
             return drawTab(*option, *painter);
         QProxyStyle::drawControl(element, option, painter, widget);
+        // Fusion shows it in a panel that is not drawn here, and in none of a flat button.
+        if (element == CE_PushButton && option->state.testFlag(State_HasFocus))
+            drawFocus(*option, *painter, widget);
     }
 
     void drawComplexControl(ComplexControl control, const QStyleOptionComplex* option, QPainter* painter,

@@ -242,7 +242,7 @@ void ChannelStrip::makeWrite(PageUi& page, ChannelBlock& block) {
 
 void ChannelStrip::makeStores(PageUi& page, StoreBlock& block) {
     storesWord_ = quietText("Non-volatile writes");
-    stores_ = new ValueLabel("0", 1.0);
+    stores_ = new ValueLabel("00000", 1.0);
     stores_->setObjectName("stores(" + QString::number(channel_) + ")");
     stores_->setAccessibleName("Non-volatile writes of wiper " + QString::number(channel_));
     for (QLabel* part : {storesWord_, stores_})

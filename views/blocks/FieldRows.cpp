@@ -144,7 +144,20 @@ void FieldRows::rebuild() {
         line->setToolTip(bitsOf(field));
         layout()->addWidget(line);
     }
+    orderTabs();
     show();
+}
+
+/// Made behind all else of the window, they would come last on the Tab key's way.
+void FieldRows::orderTabs() {
+    QWidget* before = previousInFocusChain();
+    while (before != this && (before->focusPolicy() & Qt::TabFocus) == 0)
+        before = before->previousInFocusChain();
+    for (QComboBox* choices : findChildren<QComboBox*>())
+        if (before != this && before->window() == choices->window()) {
+            setTabOrder(before, choices);
+            before = choices;
+        }
 }
 
 void FieldRows::show() {

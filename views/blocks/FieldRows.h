@@ -36,6 +36,7 @@ class FieldRows final : public QWidget {
   private:
     void follow();
     void rebuild();
+    void orderTabs();
     void show();
     void choose(const RegisterField& field, int value);
     /// The register that the byte to write goes to, and the one that the byte read came from; nullptr for

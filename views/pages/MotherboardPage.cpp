@@ -117,6 +117,8 @@ QWidget* supplyBox(PanelUi& ui, frmMotherboardDAQ2& p) {
     };
     auto* sample = ui(p.cmdSampleVCC);
     sample->setMinimumWidth(sample->sizeHint().width());
+    auto* track = ui(p.ChkTrack);
+    track->setMinimumWidth(track->sizeHint().width());
     const auto line = [](const char* name, std::vector<Item> items) {
         auto* words = quietText(name);
         words->setMinimumWidth(dp(64));
@@ -127,7 +129,7 @@ QWidget* supplyBox(PanelUi& ui, frmMotherboardDAQ2& p) {
                column({
                    line("VCC", {lamp(p.ShpVCCon, "VCC"), ui(p.OptVCC[0]), ui(p.OptVCC[1]), stretch}),
                    line("V−", {lamp(p.ShpVCCMinusOn, "V−"), ui(p.OptVCCMinus[0]), ui(p.OptVCCMinus[1]),
-                               stretch, ui(p.ChkTrack)}),
+                               stretch, track}),
                    line("Measured", {volts, quietText("V"), stretch, sample}),
                    line("", {age, stretch}),
                    line("Level", {target, quietText("V"), stretch, ui(p.cmdSetVCCVolts)}),

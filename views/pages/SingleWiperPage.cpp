@@ -85,6 +85,7 @@ void makeSingleWiperPage(PageUi& page, Frm3310& p) {
     page.onWrite("Write the wiper", [&p] { (void)p.CMDq331X_Write[0].userClick(); });
     auto* frame = ui.frame(p.frq331x, {}, grid);
     page.setContent(qt::block(column({frame, stretch})));
+    page.setFirstFocus(qobject_cast<QWidget*>(&ui.find(p.txtWrQ3319[0])->target()));
 }
 
 } // namespace vrk

@@ -104,6 +104,10 @@ void Plot::paintEvent(QPaintEvent*) {
         draw();
     QPainter painter(this);
     painter.drawPixmap(0, 0, drawn_);
+    if (hasFocus()) {
+        painter.setPen(QPen(palette().color(QPalette::Highlight), 2));
+        painter.drawRect(rect().adjusted(1, 1, -1, -1));
+    }
     if (model_.empty())
         return;
     const PlotPicture now = picture(rect());
@@ -117,10 +121,6 @@ void Plot::paintEvent(QPaintEvent*) {
     }
     if (spot_)
         now.paintCrosshair(painter, palette(), *spot_);
-    if (hasFocus()) {
-        painter.setPen(QPen(palette().color(QPalette::Highlight), 2));
-        painter.drawRect(rect().adjusted(1, 1, -1, -1));
-    }
 }
 
 void Plot::resizeEvent(QResizeEvent*) {

@@ -9,6 +9,8 @@
 #include <QPainter>
 
 #include <algorithm>
+#include <array>
+#include <utility>
 
 namespace vrk {
 
@@ -211,10 +213,37 @@ void Band::makeRun(QHBoxLayout& row) {
     row.addWidget(runCell_);
 }
 
-void Band::setWide(bool wide) {
-    partCell_->setWidth(wide ? 250 : 196);
-    supplyCell_->setWidth(wide ? 330 : 322);
-    runCell_->setWidth(wide ? 260 : 208);
+void Band::setRoom(int width) {
+    struct Room {
+        int from; ///< width of the window from which the cells have these widths; 0 hides one
+        int board, part, address, supply, minus, run;
+    };
+    static constexpr std::array<Room, 5> kRooms = {{
+        {1600, 104, 250, 76, 330, 76, 260},
+        {1180, 104, 196, 76, 322, 76, 208},
+        {960, 104, 140, 76, 322, 76, 84},
+        {800, 40, 140, 0, 322, 76, 84},
+        {0, 40, 120, 0, 210, 0, 84},
+    }};
+    const auto& room = *std::find_if(kRooms.begin(), kRooms.end(),
+                                     [width](const Room& one) { return width >= dp(one.from); });
+    for (const auto& [cell, wanted] :
+         {std::pair{boardCell_, room.board}, std::pair{partCell_, room.part},
+          std::pair{addressCell_, room.address}, std::pair{supplyCell_, room.supply},
+          std::pair{minusCell_, room.minus}, std::pair{runCell_, room.run}}) {
+        cell->setVisible(wanted > 0);
+        cell->setWidth(wanted);
+    }
+    constexpr int kLampAlone = 40;
+    boardTitle_->setVisible(room.board > kLampAlone);
+    boardState_->setVisible(room.board > kLampAlone);
+    const bool level = room.minus > 0;
+    vccLamp_->setVisible(level);
+    level_->setVisible(level);
+    constexpr int kAbortAlone = 84;
+    runBar_->setVisible(room.run > kAbortAlone);
+    runLeft_->setVisible(room.run > kAbortAlone);
+    showSource();
 }
 
 void Band::setPage(PageUi* page) {
@@ -270,9 +299,8 @@ void Band::showSource() {
     about_->setText(about);
     about_->setTone(tone);
     const QString name = any ? (part.isEmpty() ? QString("No part") : part) : QString("Choose a part");
-    part_->setText(
-        part_->fontMetrics().elidedText(name, Qt::ElideRight, dp(partCell_->width() > dp(220) ? 214 : 160)) +
-        "  ▾");
+    part_->setText(part_->fontMetrics().elidedText(name, Qt::ElideRight, partCell_->minimumWidth() - dp(36)) +
+                   "  ▾");
     part_->setToolTip(name);
     part_->setEnabled(any ? page_->panel().enabled() && !source_.parts.empty() : true);
     const QString address = source_.address ? source_.address() : QString();
@@ -350,6 +378,7 @@ void Band::showLink(const LinkWords& words) {
         state[0] = state[0].toUpper();
     boardState_->setText(state);
     boardState_->setToolTip(words.board);
+    boardCell_->setToolTip(words.board);
 }
 
 void Band::showResult() {

@@ -40,7 +40,9 @@ class Band final : public QWidget {
     void showLink(const LinkWords& words);
     /// Brings up to date what changes by itself: times, and the part in the simulated socket.
     void refresh();
-    void setWide(bool wide);
+    /// Cells give way to the result where the window is narrow: what goes stands in the status line and in
+    /// the page's inspector as well. \param width of the window.
+    void setRoom(int width);
     void openParts();
     void openHistory();
     bool supplyOn() const;

@@ -90,7 +90,8 @@ ChoicePopup::ChoicePopup(QWidget& over, const QString& name, const QString& hint
 
 void ChoicePopup::openAt(const QPoint& global, int width) {
     const int rows = std::min<int>(kMostRows, std::max<int>(1, static_cast<int>(choices_.size())));
-    resize(width, rows * dp(28) + filter_->sizeHint().height() + 3 * kUnit + 4);
+    const int most = parentWidget()->window()->height() - dp(32); // longer ones scroll
+    resize(width, std::min(most, rows * dp(28) + filter_->sizeHint().height() + 3 * kUnit + 4));
     QPoint corner = global;
     if (const QWidget* window = parentWidget()->window()) {
         const QRect room(window->mapToGlobal(QPoint()), window->size());

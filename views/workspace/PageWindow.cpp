@@ -43,7 +43,8 @@ PageWindow::PageWindow(PageUi& page) : page_(&page), inspector_(new Inspector), 
     };
     page.page()->show();
     const int side = page.sections().empty() ? 0 : Inspector::width();
-    resize(page.leastSize().expandedTo(QSize(dp(640), dp(480))) + QSize(side, 0));
+    const int plot = page.plot() == nullptr ? 0 : dp(240);
+    resize(page.leastSize().expandedTo(QSize(dp(640), dp(480))) + QSize(side, plot));
 }
 
 PageWindow::~PageWindow() {

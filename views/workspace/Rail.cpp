@@ -16,6 +16,7 @@ namespace {
 constexpr int kWidth = 128;
 constexpr int kNarrowWidth = 44;
 constexpr int kRow = 28;
+constexpr int kLeastRow = 17;
 constexpr int kSignSize = 16;
 } // namespace
 
@@ -30,9 +31,10 @@ class RailEntry final : public QAbstractButton {
         setCheckable(true);
         setFocusPolicy(Qt::StrongFocus);
         setAttribute(Qt::WA_Hover);
-        setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+        setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Maximum);
     }
     QSize sizeHint() const override { return {dp(kNarrowWidth), dp(kRow)}; }
+    QSize minimumSizeHint() const override { return {dp(kNarrowWidth), dp(kLeastRow)}; }
 
   protected:
     // The model says which page is in front, not the click.
@@ -101,7 +103,8 @@ Rail::Rail() {
         });
     }
     all->addStretch(1);
-    setNarrow(false);
+    full_ = sizeHint().height();
+    setNarrow(false, full_);
 }
 
 void Rail::setFront(const PageRow* row) {
@@ -109,11 +112,11 @@ void Rail::setFront(const PageRow* row) {
         entry->setChecked(its == row);
 }
 
-void Rail::setNarrow(bool narrow) {
+void Rail::setNarrow(bool narrow, int height) {
     narrow_ = narrow;
     setFixedWidth(dp(narrow ? kNarrowWidth : kWidth));
     for (QWidget* words : headings_)
-        words->setVisible(!narrow);
+        words->setVisible(!narrow && height >= full_);
 }
 
 void Rail::paintEvent(QPaintEvent*) {

@@ -19,7 +19,8 @@ class Rail final : public QWidget {
     std::function<void(const PageRow&)> onOpen;
     /// Marks the page in front; nullptr for none.
     void setFront(const PageRow* row);
-    void setNarrow(bool narrow);
+    /// \param height that there is: the headings of the groups give way to the entries, which grow lower.
+    void setNarrow(bool narrow, int height);
     bool narrow() const { return narrow_; }
 
   protected:
@@ -29,6 +30,7 @@ class Rail final : public QWidget {
     std::map<const PageRow*, RailEntry*> entries_;
     std::vector<QWidget*> headings_;
     bool narrow_ = false;
+    int full_ = 0; ///< height with the headings
 };
 
 } // namespace vrk

@@ -48,6 +48,9 @@ Workspace::Workspace(const ViewContext& context, QSettings* settings)
     statusTimer_.setInterval(kStatusMs);
     arrangeTimer_.setSingleShot(true);
     connect(&arrangeTimer_, &QTimer::timeout, this, [this] { arrange(); });
+    // What stands in it gives way step by step as it grows smaller, each time before the next step is asked
+    // for: the sum of what stands there now must not say how small it may be.
+    setMinimumSize(dp(600), dp(350));
     resize(dp(1280), dp(720));
     restore();
     showFront();
@@ -88,7 +91,7 @@ QWidget* Workspace::buildBody() {
     middle_->setMinimumHeight(dp(120));
     // The widest page must not say how narrow the window may be: what does not fit scrolls.
     middle_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
-    middle_->setMinimumWidth(dp(320));
+    middle_->setMinimumWidth(dp(240));
     dock_ = new Dock;
     dock_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
     dock_->onUser = [this] {

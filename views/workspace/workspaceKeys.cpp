@@ -22,6 +22,7 @@
 #include <QDialogButtonBox>
 #include <QLabel>
 #include <QScrollArea>
+#include <QScrollBar>
 
 #include <algorithm>
 
@@ -149,6 +150,7 @@ void Workspace::showPalette() {
     for (const PageRow& row : pageRows())
         if (row.place == PagePlace::Page)
             choices.push_back({QString("Go to ") + row.name, {}, {}, [this, &row] { open(row); }, false});
+    choices.push_back({"Results before the last", {}, {}, [this] { band_->openHistory(); }, false});
     for (const Command& command : commands_)
         if (command.act)
             choices.push_back({command.what, keyText(command.key), {}, command.act, false});
@@ -182,9 +184,18 @@ void Workspace::showKeys() {
     line("Tab", "The next control, in reading order");
     auto* buttons = new QDialogButtonBox(QDialogButtonBox::Close);
     connect(buttons, &QDialogButtonBox::rejected, dialog, &QDialog::reject);
-    auto* content = qt::column({heading("Keys of this page"), qt::grid(rows), stretch, buttons});
+    auto* list = new QScrollArea;
+    list->setFrameShape(QFrame::NoFrame);
+    list->setWidget(block(qt::column({qt::grid(rows), stretch})));
+    list->setWidgetResizable(true);
+    const int bar = list->verticalScrollBar()->sizeHint().width();
+    list->setMinimumWidth(list->widget()->sizeHint().width() + bar);
+    auto* content = qt::column({heading("Keys of this page"), list, buttons});
     content->setContentsMargins(2 * kUnit, 2 * kUnit, 2 * kUnit, 2 * kUnit);
     dialog->setLayout(content);
+    const int rest = dialog->sizeHint().height() - list->sizeHint().height();
+    dialog->resize(dialog->sizeHint().width(),
+                   std::min(list->widget()->sizeHint().height() + rest, height()));
     dialog->show();
 }
 

@@ -182,7 +182,11 @@ void Workspace::openDock(int tab) {
 void Workspace::fillTrace(QMenu& menu) {
     Bench& bench = context_.bench;
     QAction* open = withKey(menu.addAction("&Show Trace"), QKeySequence(Qt::CTRL | Qt::Key_T));
-    connect(open, &QAction::triggered, this, [this] { showTrace(); });
+    connect(open, &QAction::triggered, this, [this, &bench] {
+        showTrace();
+        if (PageUi* trace = page(bench.Doco.name()))
+            trace->takeFocus(); // its keys go by the keyboard
+    });
     menu.addSeparator();
     const auto flag = [&](const QString& text, bool on, CheckBox& (*box)(class Doco&)) {
         QAction* entry = menu.addAction(text);

@@ -10,7 +10,9 @@
 #include "views/workspace/WireView.h"
 #include "views/workspace/Workspace.h"
 
+#include <QApplication>
 #include <QStackedWidget>
+#include <QTimer>
 #include <QToolButton>
 
 #include <algorithm>
@@ -222,8 +224,16 @@ void Workspace::closeSheet() {
     sheet_->hide();
     sheet_->deleteLater();
     sheet_ = nullptr;
-    if (front_ != nullptr)
-        front_->takeFocus();
+    if (front_ == nullptr)
+        return;
+    front_->takeFocus();
+    // The panel under it is enabled when the action that waited has ended; the keyboard is elsewhere by then.
+    constexpr int kEnabledMs = 200;
+    QTimer::singleShot(kEnabledMs, front_, [this, page = front_] {
+        if (page == front_ && sheet_ == nullptr && isActiveWindow() &&
+            pageOf(QApplication::focusWidget()) == nullptr)
+            page->takeFocus();
+    });
 }
 
 /// What lay under a sheet is in front again: another sheet that is still open, else the page.

@@ -26,6 +26,8 @@ namespace {
 constexpr int kDockLow = 210;  ///< of a window 720 high
 constexpr int kDockHigh = 260; ///< of one 1000 high
 constexpr int kRailWide = 128;
+constexpr int kRailNarrow = 44;
+constexpr int kLeastPage = 240;
 
 int dockHeight(int window) {
     const int low = dp(720);
@@ -41,7 +43,7 @@ void Workspace::arrangeLater() {
 }
 
 void Workspace::arrange() {
-    band_->setWide(width() >= dp(1600));
+    band_->setRoom(width());
     const int body = height() - band_->height() - statusBar()->height() - menuBar()->sizeHint().height();
     const QSize least = front_ == nullptr ? QSize() : front_->leastSize();
 
@@ -68,11 +70,13 @@ void Workspace::arrange() {
         else
             strip = strip || !front_->opensInspector();
     }
+    // Not even the user's wish makes it wider than the window.
+    strip = strip || dp(kRailNarrow) + dp(kLeastPage) + inspector > room;
     inspector_->setStrip(strip);
     const int beside = inspector_->any() ? (strip ? Inspector::stripWidth() : Inspector::width()) : 0;
 
     // Then the rail's names.
-    rail_->setNarrow(least.width() + beside + dp(kRailWide) > room && least.width() > 0);
+    rail_->setNarrow(least.width() + beside + dp(kRailWide) > room && least.width() > 0, body);
     inspector_->arrange();
 }
 

@@ -40,8 +40,8 @@ class Band final : public QWidget {
     void showLink(const LinkWords& words);
     /// Brings up to date what changes by itself: times, and the part in the simulated socket.
     void refresh();
-    /// Cells give way to the result where the window is narrow: what goes stands in the status line and in
-    /// the page's inspector as well. \param width of the window.
+    /// Cells give way to the result where the window is narrow: all but the run bar stands in the status line
+    /// or in the page's inspector as well. \param width of the window.
     void setRoom(int width);
     void openParts();
     void openHistory();

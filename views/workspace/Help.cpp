@@ -14,6 +14,8 @@
 #include <QTextBlock>
 #include <QTextBrowser>
 
+#include <algorithm>
+
 namespace vrk {
 
 using namespace qt;
@@ -92,6 +94,10 @@ void Help::go(int position) {
     for (std::size_t at = 0; at < headings_.size(); ++at)
         if (headings_[at] <= position)
             contents_->setCurrentIndex(static_cast<int>(at));
+}
+
+void Help::setRoom(int most) {
+    setFixedWidth(std::min(dp(kWidth), most));
 }
 
 void Help::showPage(const QString& heading) {

@@ -18,6 +18,8 @@ class Help final : public QWidget {
     Help();
     /// Opens the manual at the heading that holds `heading`, or at its start.
     void showPage(const QString& heading);
+    /// \param most that there is for it; 420 at 100% where there is more.
+    void setRoom(int most);
     QTextBrowser& browser() const { return *browser_; }
 
     std::function<void()> onClose;

@@ -228,12 +228,17 @@ void Workspace::closeSheet() {
         return;
     front_->takeFocus();
     // The panel under it is enabled when the action that waited has ended; the keyboard is elsewhere by then.
-    constexpr int kEnabledMs = 200;
-    QTimer::singleShot(kEnabledMs, front_, [this, page = front_] {
-        if (page == front_ && sheet_ == nullptr && isActiveWindow() &&
-            pageOf(QApplication::focusWidget()) == nullptr)
+    constexpr int kLookMs = 100;
+    constexpr int kLooks = 20;
+    auto* wait = new QTimer(front_);
+    wait->callOnTimeout(front_, [this, wait, page = front_, left = kLooks]() mutable {
+        const bool away = page != front_ || sheet_ != nullptr;
+        if (!away && isActiveWindow() && pageOf(QApplication::focusWidget()) == nullptr)
             page->takeFocus();
+        if (away || pageOf(QApplication::focusWidget()) != nullptr || --left == 0)
+            wait->deleteLater();
     });
+    wait->start(kLookMs);
 }
 
 /// What lay under a sheet is in front again: another sheet that is still open, else the page.

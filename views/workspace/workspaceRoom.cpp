@@ -59,7 +59,8 @@ void Workspace::arrange() {
     dock_->setFixedHeight(fold ? dock_->tabRowHeight() : full);
 
     // The inspector, down to a strip; a page may want the width at once.
-    const int side = help_->isHidden() ? 0 : help_->width();
+    help_->setRoom(width() - dp(kRailNarrow + kLeastPage) - Inspector::stripWidth());
+    const int side = help_->isHidden() ? 0 : help_->minimumWidth();
     const int room = width() - side;
     const int inspector = inspector_->any() ? Inspector::width() : 0;
     bool strip = least.width() + inspector + dp(kRailWide) > room;

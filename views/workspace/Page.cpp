@@ -21,7 +21,7 @@ using namespace qt;
 
 namespace {
 /// Letters of the menus, which no field may take.
-const QString kMenuLetters = "FDPBTH";
+const QString kMenuLetters = "FDPBTVH";
 } // namespace
 
 PageUi::PageUi(const ViewContext& context, PanelSlotBase& slot, Panel& panel, const PageRow& row)

@@ -135,8 +135,12 @@ class BenchStyle final : public QProxyStyle {
         painter.save();
         painter.setRenderHint(QPainter::Antialiasing);
         const bool command = qobject_cast<const QPushButton*>(widget) != nullptr;
-        const QColor ring =
-            option.palette.color(isAccent(widget) ? QPalette::HighlightedText : QPalette::Highlight);
+        // A checked box that has no words beside it is in the accent colour all over.
+        const auto* box = qobject_cast<const QAbstractButton*>(widget);
+        const bool filled = !command && box != nullptr && box->isChecked() && box->text().isEmpty();
+        const QColor ring = option.palette.color(isAccent(widget) ? QPalette::HighlightedText
+                                                 : filled         ? QPalette::WindowText
+                                                                  : QPalette::Highlight);
         painter.setPen(QPen(ring, isAccent(widget) ? 1.0 : 2.0));
         painter.setBrush(Qt::NoBrush);
         const QRectF around = command ? QRectF(widget->rect()) : QRectF(option.rect);

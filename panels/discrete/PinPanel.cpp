@@ -56,6 +56,12 @@ void PinPanel::setBit(int bit, bool high) {
         ChOut_Click(bit);
 }
 
+void PinPanel::placePins() {
+    for (int bit = ChOut.count() - 1; bit >= 0; --bit)
+        if (const int pin = pins_.at(static_cast<std::size_t>(bit)).pin; pin != OutputPin::kNoPin)
+            board().setPin(pin, ChOut[bit].value());
+}
+
 void PinPanel::writePorts() {
     board().cmdWrtPipe1_Click();
     voltsStale("a pin was driven since");

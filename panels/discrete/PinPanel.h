@@ -119,6 +119,8 @@ class PinPanel : public DevicePanel {
         Activity activity_;
     };
 
+    /// Every wire as its box says. Of two bits that share a pin the one of part #1 stands.
+    void placePins() override;
     virtual void afterPinWrite() {}
     virtual void voltsStale(const std::string& cause) = 0;
     void supplyChanged() override { voltsStale("the supply changed since"); }

@@ -265,6 +265,13 @@ TEST_F(PinPanels, NothingIsLeftBehindByARunThatEndsEarly) {
     EXPECT_LT(clock.now() - began, Milliseconds{5000});
     EXPECT_TRUE(b.ChOut[frmVRK_PB1::kUp].checked());
     EXPECT_TRUE(b.cmdSequence[0].enabled());
+    // The other part's panel has moved the pins since: they go back to what the boxes say, one by one.
+    p.ChOut[4].setValue(0);
+    (void)b.cmdAlloutsHigh.userClick();
+    EXPECT_TRUE(act([this] { upDown.show(); }).done());
+    for (const int bit : {0, 1, 2, 4})
+        EXPECT_EQ(board().chkPData[p.pins()[static_cast<std::size_t>(bit)].pin].value(),
+                  p.ChOut[bit].value());
 }
 
 TEST_F(PinPanels, NoSupplyActionMovesTheDirectionPin) {
@@ -306,7 +313,11 @@ TEST_F(PinPanels, RunInSendsAReportAnEdgeAndLogsWhatItJudged) {
     panel.txtTestQty.setText("8");
     panel.txtLogSteps.setText("4");
     panel.ChkLogAll.setValue(1);
+    (void)panel.cmdSampleWiper[0].userClick(); // VCC was measured last
+    EXPECT_EQ(panel.lblWiperVolts[0].freshness()->state, Freshness::State::Stale);
     ASSERT_TRUE(panel.cmdRunInitial.userClick().done());
+    (void)panel.cmdSampleWiper[0].userClick();
+    EXPECT_EQ(panel.lblWiperVolts[0].freshness()->state, Freshness::State::Fresh);
     EXPECT_EQ(panel.lblRUnCount[0].caption(), "8");
     EXPECT_EQ(panel.lblRUnCount[1].caption(), "-----");
     EXPECT_EQ(stored(), 63);

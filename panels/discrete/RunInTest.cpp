@@ -281,6 +281,7 @@ void RunInTest::initialTest() {
     log(kLineEnd + "Beginning Loop  " + settings_.id + " Test" + kLineEnd + kLineEnd);
     // The lamp goes by the error alone, whatever the band said.
     stage.verdict = std::abs(stage.error) <= range_.limit ? RunInVerdict::Pass : RunInVerdict::Fail;
+    stage.shown = stage.tally; // as for both stops; the steps of the loop show the sum
     last_ = stage;
     observer_.stageDone(stage);
 }

@@ -237,6 +237,15 @@ void UPDN_Runin::cmdSampleWiper_Click(int index) {
     state_.WiperV = volts;
     lblWiperVolts[index].showRead(formatNumber(volts, "#0.00000"));
     lvlWipV[state_.TestStage].showRead(lblWiperVolts[index].caption());
+    // A run chooses the wiper's input as it begins; by hand it is whatever was measured last.
+    const frmMainF340& console = services_.console();
+    const std::string& input = console.connectedInput();
+    if (input == console.cboAnamux[0].rows().at(kWiperRow).text)
+        return;
+    const std::string cause = "measured at " + (input.empty() ? "no chosen input" : input);
+    for (Reading* shown : {&lblWiperVolts[index], &lvlWipV[state_.TestStage]})
+        shown->markStale(cause);
+    tell(false, "These are not the wiper's volts", cause, &cmdSampleWiper[index]);
 }
 
 void UPDN_Runin::stageBegan(int stage) {

@@ -127,7 +127,10 @@ std::unique_ptr<RunInJournal> UPDN_Runin::newJournal(const RunInOrder& order, co
     if (!order.asks)
         return std::make_unique<RunInJournal>(order.journal, header, journalTrouble(order));
     try {
-        fs::create_directories(order.journal.parent_path());
+        const fs::path folder = order.journal.parent_path();
+        std::error_code error;
+        if (fs::create_directories(folder, error); error)
+            throw Fault("Cannot make the folder " + folder.string() + ": " + error.message());
         return std::make_unique<RunInJournal>(order.journal, header, journalTrouble(order));
     } catch (const std::exception& fault) { // of the file system too
         lblJournal.setCaption(std::string("No journal: ") + fault.what());

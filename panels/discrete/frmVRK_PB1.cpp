@@ -140,7 +140,7 @@ void frmVRK_PB1::cmdSequence_Click(int index) {
     Button& pressed = cmdSequence[index];
     RunState& run = services().run;
     run.PinBatch = false;
-    const bool powered = requireVcc(); // the sequence runs all the same
+    (void)requireVcc(); // the sequence runs all the same
     const auto [up, down, store] = holds();
     const DisabledWhile busy(resting());
     const Edges edges(link());
@@ -176,6 +176,7 @@ void frmVRK_PB1::cmdSequence_Click(int index) {
         break;
     }
     const bool aborted = state().IncrAbort;
+    const bool powered = services().vccOn(); // it may have gone off under a hold
     tell(powered && !aborted && edges.whole(), pressed.caption() + (aborted ? " aborted" : " done"),
          !powered        ? "without VCC"
          : edges.whole() ? ""

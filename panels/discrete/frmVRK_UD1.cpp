@@ -165,7 +165,7 @@ void frmVRK_UD1::cmdAbortIncr_Click(int /*part*/) {
 void frmVRK_UD1::cmdSequence_Click(int index) {
     services().run.PinBatch = false;
     state().UDDevice = index < 2 ? 1 : 2;
-    const bool powered = requireVcc(); // the sequence runs all the same
+    (void)requireVcc(); // the sequence runs all the same
     const bool stores = index % 2 == 0;
     if (stores)
         cmdSequence[index + 1].setEnabled(false);
@@ -190,6 +190,7 @@ void frmVRK_UD1::cmdSequence_Click(int index) {
         step(kInc, false);
         step(kCs, true, false);
     }
+    const bool powered = services().vccOn(); // it may have gone off in a wait
     tell(powered && edges.whole(), stores ? "Store sequence sent" : "Deselected without a store",
          "part #" + decimalText(state().UDDevice) + (powered ? "" : ", without VCC") +
              (edges.whole() ? "" : ", edges may be missing"),

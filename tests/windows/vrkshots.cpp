@@ -136,12 +136,19 @@ void shootPinPages(WindowBench& bench, Shooter& shooter, const QString& folder) 
     runIn.txtTestQty.setText("800");
     runIn.txtLogSteps.setText("200");
     bench.bus.fault({.kind = sim::FaultKind::Noise, .times = 100000, .counts = 3});
+    const auto underWay = runIn.observeStages([&shooter](const RunInStage& stage) {
+        if (stage.loop == 603) // its row is done, the next one has not begun
+            shooter.shoot("runin-running");
+    });
     (void)runIn.cmdRunInitial.userClick();
     shooter.shoot("runin");
     offerTheRun(runs);
     runIn.Form_Activate();
     (void)runIn.cmdShowRun.userClick();
     shooter.shoot("runin-offered");
+    bench.bus.clear(); // with noise the part might be taken to be elsewhere
+    (void)runIn.cmdResumeRun.userClick();
+    shooter.shoot("runin-resumed");
     (void)upDown.cmdMMenu.userClick();
     bench.bus.socket("PB64");
     (void)b.frmStartup->cboVRKSelect.userSelect(frmStartup::kPushButton);

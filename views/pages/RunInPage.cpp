@@ -134,9 +134,12 @@ QWidget* unfinishedBar(PageUi& page, UPDN_Runin& p) {
     QLabel* about = elidedText({}); // its description may be of any length
     about->setAccessibleName("Unfinished run");
     ui.adopt(bind(p.lblUnfinished, *about));
-    auto* content = row({about, ui(p.cmdResumeRun), ui(p.cmdNewRun), ui(p.cmdShowRun)});
-    content->setStretch(0, 1);
-    return ui.frame(p.FrmUnfinished, {}, content);
+    auto* title = heading(QString::fromStdString(p.FrmUnfinished.caption()));
+    auto* content = row({title, about, ui(p.cmdResumeRun), ui(p.cmdNewRun), ui(p.cmdShowRun)});
+    content->setStretch(1, 1);
+    auto* bar = ui.frame(p.FrmUnfinished, {}, content);
+    bar->setTitled(false); // a line of its own would push the end of the page off a small screen
+    return bar;
 }
 
 QWidget* stageTable(PageUi& page, UPDN_Runin& p, QLabel* progress) {

@@ -115,6 +115,9 @@ class InstructionPanel : public Panel {
     /// Whether the byte that would go out is what the fields and the choice say: a choice that leaves the old
     /// pot in the byte, or the other panel's fields, make the two differ.
     bool asChosen() const;
+    /// What Go sends: the byte shown, but for the increments, whose byte is made of the field of the pot
+    /// alone, whatever is shown. Nothing while that is no number.
+    std::optional<std::uint8_t> byteToSend() const;
     /// Whether the lines are moved by hand now.
     bool stepping() const { return stepping_; }
     /// Whether an instruction is under way.

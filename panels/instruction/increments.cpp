@@ -13,6 +13,7 @@ constexpr Milliseconds kShowEnd{750};
 constexpr const char* kPortSilent = "the board did not say how port P0 stands";
 /// A part that was without VCC hears no further clocks as steps.
 constexpr const char* kNoVcc = "VCC has gone meanwhile";
+constexpr const char* kNeverVcc = "VCC was off when they began: the part hears no step";
 constexpr const char* kEdgeLost = "the board did not take an edge of the bus lines";
 } // namespace
 
@@ -99,8 +100,8 @@ void InstructionPanel::beginIncrements() {
     }
     pump();
     failed.dismiss();
-    tell(true, "Pot " + decimalText(pot) + " is stepped by hand", "the bus rests until Terminate",
-         &cmdIncrWip[kTerminate]);
+    tell(powered_, "Pot " + decimalText(pot) + " is stepped by hand",
+         powered_ ? "the bus rests until Terminate" : kNeverVcc, &cmdIncrWip[kTerminate]);
     stepUnderWay_ = false;
     if (endWanted_)
         cmdIncrWip_Click(kTerminate);
@@ -159,8 +160,10 @@ void InstructionPanel::stepPot(bool up) {
         incrementsLost(kNoVcc);
         return;
     }
-    tell(true, "Pot " + decimalText(steppedPot_) + (up ? " stepped up" : " stepped down"),
-         lblPotVolts.caption() + " V", &lblPotVolts);
+    tell(powered_,
+         "Pot " + decimalText(steppedPot_) + (powered_ ? "" : " not") +
+             (up ? " stepped up" : " stepped down"),
+         powered_ ? lblPotVolts.caption() + " V" : kNeverVcc, &lblPotVolts);
 }
 
 void InstructionPanel::terminate() {

@@ -216,10 +216,17 @@ void InstructionPanel::transferred(const RegisterPlace& place, const Instruction
              result.answered ? "transferred, not read" : "a transfer failed since");
 }
 
-bool InstructionPanel::asChosen() const {
+std::optional<std::uint8_t> InstructionPanel::byteToSend() const {
+    if (uses_.choice.instructionClass == "INC")
+        return instructionByte(InstructionKind::Step, {.pot = uses_.fields.potField});
     if (!isHexText(lblSet[kByteField].caption()))
-        return false;
-    const auto effect = instructionEffect(sentByte());
+        return std::nullopt;
+    return sentByte();
+}
+
+bool InstructionPanel::asChosen() const {
+    const auto byte = byteToSend();
+    const auto effect = byte ? instructionEffect(*byte) : std::nullopt;
     if (!effect)
         return false;
     const InstructionRow& row = instructionRow(effect->kind);

@@ -286,6 +286,16 @@ TEST_P(BothInstructionPanels, IncrementsEndWithTheirPortAndWithTheirPart) {
         boxes();
         expectNothingLeftBehind();
     }
+    // Without VCC no step is taken for one.
+    restore();
+    device().OptVCC[1].userClick();
+    send(8, 1);
+    panel().cmdIncrWip[0].userClick();
+    EXPECT_EQ(bench.context().results.kept().back().text, "Pot 1 not stepped up");
+    answerAll(Choice::Retry);
+    panel().cmdIncrWip[2].userClick();
+    dropAnswers();
+    boxes();
     // The board comes back without power, before the begin (-1), ahead of a button and within a step (3).
     for (const int button : {-1, 0, 2, 3}) {
         SCOPED_TRACE(button);

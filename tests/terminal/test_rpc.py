@@ -21,6 +21,9 @@ class Ends(unittest.TestCase):
                     rpc = Rpc("--simulate", "--virtual-time", "--wire-log", str(log))
                     rpc("select", path="frmStartup.cboVRKSelect", index=2)
                     rpc("click", path="frmVRK_User1.OptVCC(0)")
+                    for name, text in (("txtSFRAddress", "E1"), ("txtSFRWRData", "02")):
+                        rpc("set", path="frmMainF340." + name, value=text)
+                    rpc("call", path="frmMainF340.cmdSetSFR_Click")
                     # More answers than a pipe holds, which nobody reads: the server is in a write when the end comes.
                     if end not in ("input", "output"):
                         for _ in range(50):
@@ -37,6 +40,7 @@ class Ends(unittest.TestCase):
                     port2 = [int(value, 16) & 0x60 for value in
                              re.findall(r" out 0 01 12 00 A0 ([0-9A-F]{2})", log.read_text())]
                     self.assertEqual((max(port2), port2[-1]), (0x60, 0))
+                    self.assertEqual(re.findall(r" out 0 01 12 00 E1 (..)", log.read_text()), ["02", "06"])
 
     def test_an_answer_that_cannot_be_written(self):
         with open("/dev/full", "wb") as full:

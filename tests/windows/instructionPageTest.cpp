@@ -2,6 +2,7 @@
 
 #include <QLabel>
 #include <QLineEdit>
+#include <QScrollArea>
 
 namespace vrk {
 namespace {
@@ -102,12 +103,24 @@ TEST_F(InstructionPageTest, ByteIsPutTogetherBeforeItIsSent) {
     EXPECT_EQ(bits, "10110110");
     QTest::keyClick(&workspace, Qt::Key_Return, Qt::ControlModifier);
     EXPECT_EQ(text("lblReadValue"), "80");
+    // The increments go to the pot of the field, which a change of instruction has put back.
+    choose(0, 3, -1);
+    choose(1, -1, -1);
+    choose(8, -1, -1);
+    EXPECT_EQ(text("lblSet(4)") + text("bit(7)"), "230");
+    EXPECT_EQ(text("instructionWords"), "Step wiper register of pot 0");
+    EXPECT_EQ(text("instructionFurther"), "sent as 20 hex · clocks follow, one a step · slave 50 hex");
+    choose(8, 2, -1);
     choose(8, 3, -1);
+    EXPECT_EQ(text("instructionFurther"), "clocks follow, one a step · slave 50 hex");
+    workspace.resize(1280, 720); // Go stands below, the buttons of the increments above
+    settle();
+    page(kPage).page()->findChild<QScrollArea*>()->ensureWidgetVisible(&widget(kPage, "cmdDoInstruction"));
     click(kPage, "cmdDoInstruction");
-    EXPECT_TRUE(widget(kPage, "cmdIncrWip(2)").isVisible());
     EXPECT_TRUE(widget(kPage, "lblRDWcr(3)").isVisible());
     EXPECT_FALSE(widget(kPage, "lblRDWcr(2)").isVisible());
     settle();
+    EXPECT_FALSE(widget(kPage, "cmdIncrWip(2)").visibleRegion().isEmpty());
     EXPECT_FALSE(widget("frmVRK_User1", "cmdMMenu").isEnabled());
     click(kPage, "cmdIncrWip(0)");
     QTest::keyClick(&workspace, Qt::Key_Escape);

@@ -4,6 +4,7 @@
 #include "panels/instruction/InstructionPanel.h"
 #include "platform/qt/theme.h"
 #include "platform/qt/words.h"
+#include "platform/runtime/text.h"
 #include "views/blocks/rows.h"
 #include "views/workspace/Page.h"
 
@@ -36,22 +37,28 @@ constexpr int kByteWidth = 340;
 constexpr double kByteDigits = 3.7;
 constexpr int kOperation = 9; ///< column of the table
 
-/// The byte that the panel shows, if it is one.
-std::optional<std::uint8_t> byteOf(const InstructionPanel& p) {
-    const std::string& shown = p.lblSet[InstructionPanel::kByteField].caption();
-    if (shown.size() != 2 || shown.find('-') != std::string::npos)
-        return std::nullopt;
-    return hexToByte(shown);
-}
-
 /// What leads the instruction on the bus; the clocks of the steps go to a fixed address of their own.
 QString addressWords(const InstructionPanel& p) {
     InstructionCompanion* const beside = p.loadedCompanion();
-    if (beside == nullptr || p.choice().instructionClass == "INC")
+    if (beside == nullptr)
         return {};
     const WiperPanel& device = beside->devicePanel();
+    const bool steps = p.choice().instructionClass == "INC";
     return QString(device.bus() == Bus::SPI ? " · ID " : " · slave ") +
-           qt::words(device.txtDeviceAdr.text()) + " hex";
+           (steps ? QString("50") : qt::words(device.txtDeviceAdr.text())) + " hex";
+}
+
+/// What goes to the part besides the byte, or comes back.
+QString furtherWords(const InstructionPanel& p, std::uint8_t byte, InstructionKind kind) {
+    const std::string group = instructionRow(kind).group;
+    const QString sent = qt::words(byteToHex2(byte));
+    // The steps have a byte of their own, and the field may show another one.
+    const bool shown = qt::words(p.lblSet[InstructionPanel::kByteField].caption()) == sent;
+    const QString follows = group == "Read"    ? "1 byte comes back"
+                            : group == "Write" ? "1 byte follows"
+                            : group == "INC"   ? "clocks follow, one a step"
+                                               : "no data";
+    return (shown ? QString() : "sent as " + sent + " hex · ") + follows + addressWords(p);
 }
 
 /// Draws a row's words over as many lines as they need, and the chosen row on its own ground.
@@ -255,7 +262,7 @@ QWidget* InstructionComposer::makeBits(PageUi& page, InstructionPanel& panel) {
     merged->setFont(valueFont(1.3));
     merged->setAccessibleName(qt::words(panel.lblSet[3].toolTip()));
     page.ui().watch(panel.lblSet[InstructionPanel::kByteField], [bits, &panel] {
-        const auto byte = byteOf(panel);
+        const auto byte = panel.byteToSend();
         for (std::size_t bit = 0; bit < bits.size(); ++bit)
             bits.at(bit)->setText(byte ? QString(((*byte >> (7 - bit)) & 1) != 0 ? "1" : "0") : QString("-"));
     });
@@ -299,7 +306,7 @@ QWidget* InstructionComposer::makeByte(PageUi& page, InstructionPanel& panel) {
     further->setWordWrap(true);
     further->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
     const auto describe = [words, further, &panel] {
-        const auto byteNow = byteOf(panel);
+        const auto byteNow = panel.byteToSend();
         const auto effect = byteNow ? instructionEffect(*byteNow) : std::nullopt;
         if (!effect) {
             words->setText(byteNow ? "no instruction" : "Choose an instruction,\nthen pot and register");
@@ -311,13 +318,7 @@ QWidget* InstructionComposer::makeByte(PageUi& page, InstructionPanel& panel) {
         what[0] = what[0].toUpper();
         words->setText(what);
         words->setTone(Tone::Plain);
-        const InstructionRow& row = instructionRow(effect->kind);
-        const std::string group = row.group;
-        const QString follows = group == "Read"    ? "1 byte comes back"
-                                : group == "Write" ? "1 byte follows"
-                                : group == "INC"   ? "clocks follow, one a step"
-                                                   : "no data";
-        further->setText(follows + addressWords(panel));
+        further->setText(furtherWords(panel, *byteNow, effect->kind));
     };
     page.ui().watch(panel.lblSet[InstructionPanel::kByteField], describe);
     if (InstructionCompanion* beside = panel.loadedCompanion())

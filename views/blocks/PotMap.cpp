@@ -360,9 +360,8 @@ QWidget* PotMap::rowHeads(PageUi& page, const InstructionPanel& panel) {
 }
 
 void PotMap::showChoice(const InstructionPanel& panel) {
-    const std::string& byte = panel.lblSet[InstructionPanel::kByteField].caption();
-    const bool whole = byte.size() == 2 && byte.find('-') == std::string::npos;
-    const auto effect = whole ? instructionEffect(hexToByte(byte)) : std::nullopt;
+    const auto byte = panel.byteToSend();
+    const auto effect = byte ? instructionEffect(*byte) : std::nullopt;
     for (int pot = 0; pot < InstructionPanel::kPots; ++pot)
         for (int row = 0; row < kRows; ++row) {
             using enum InstructionKind;

@@ -11,7 +11,10 @@
 
 #include <QLabel>
 #include <QPushButton>
+#include <QScrollArea>
 #include <QVBoxLayout>
+
+#include <utility>
 
 namespace vrk {
 
@@ -61,6 +64,17 @@ QWidget* increments(PageUi& page, InstructionPanel& p) {
         line.push_back(item);
     auto* frame = ui.frame(p.FrIncrDec, {}, row(line));
     frame->setTitled(false);
+    // Go may stand a page below, and nothing that is in sight there works any more.
+    const auto reveal = [frame] {
+        for (QWidget* at = frame->parentWidget(); at != nullptr; at = at->parentWidget())
+            if (auto* area = qobject_cast<QScrollArea*>(at))
+                area->ensureWidgetVisible(frame);
+    };
+    ui.watch(p.FrIncrDec, [frame, reveal, &p, stood = false]() mutable {
+        const bool stands = p.FrIncrDec.visible();
+        if (!std::exchange(stood, stands) && stands)
+            QMetaObject::invokeMethod(frame, reveal, Qt::QueuedConnection); // once it has its place
+    });
     return frame;
 }
 

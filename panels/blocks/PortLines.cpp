@@ -25,11 +25,12 @@ std::optional<std::uint8_t> PortLines::read() const {
     return hexToByte(shown.caption());
 }
 
-void PortLines::set(std::uint8_t value) const {
+bool PortLines::set(std::uint8_t value) const {
     frmMainF340& console = services_.console();
     console.txtSFRAddress.setText(kP0);
     console.txtSFRWRData.setText(byteToHex2(value));
     console.cmdSetSFR_Click();
+    return services_.link.hidLinkCode != kLinkWriteFailed;
 }
 
 bool PortLines::send(std::uint8_t address, std::uint8_t value) const {
@@ -60,8 +61,12 @@ RaisedA0::~RaisedA0() {
 }
 
 void RaisedA0::lower() {
-    if (const auto raised = std::exchange(raised_, std::nullopt))
-        port_.set(static_cast<std::uint8_t>(port_.read().value_or(*raised) & ~unsigned{kA0}));
+    const auto raised = std::exchange(raised_, std::nullopt);
+    if (!raised)
+        return;
+    const auto low = static_cast<std::uint8_t>(port_.read().value_or(*raised) & ~unsigned{kA0});
+    if (!port_.set(low)) // a write is told to nobody, and no part would hear its address
+        (void)port_.set(low);
 }
 
 } // namespace vrk

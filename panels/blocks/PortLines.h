@@ -14,8 +14,8 @@ class PortLines {
 
     /// The port as it stands; nothing if the board did not say, so that no pin may be driven by it.
     std::optional<std::uint8_t> read() const;
-    /// Writes the port as the console does.
-    void set(std::uint8_t value) const;
+    /// Writes the port as the console does. \return false if the board may not have taken it
+    bool set(std::uint8_t value) const;
     /// One report and nothing else: no trace, no test, no reply. \param address of a special function
     /// register. \return false if the board did not take it
     bool send(std::uint8_t address, std::uint8_t value) const;

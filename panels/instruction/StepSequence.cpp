@@ -12,12 +12,13 @@ constexpr std::uint8_t kSlaveByte = 0x50;
 constexpr std::uint8_t kStepInstruction = 0x20;
 } // namespace
 
-void StepSequence::takePins() {
-    port_.send(sfr::XBAR0, wiring_.crossbar);
+bool StepSequence::takePins() {
+    return port_.send(sfr::XBAR0, wiring_.crossbar);
 }
 
 void StepSequence::givePinsBack() {
-    port_.send(sfr::XBAR0, kBusesOnPins);
+    if (!port_.send(sfr::XBAR0, kBusesOnPins)) // nobody else would, and no part answers without
+        (void)port_.send(sfr::XBAR0, kBusesOnPins);
 }
 
 bool StepSequence::readPort() {

@@ -25,7 +25,8 @@ class StepSequence {
 
     StepSequence(const PortLines& port, const Wiring& wiring) : port_(port), wiring_(wiring) {}
 
-    void takePins();
+    /// \return false if the board did not take it: the bus may still hold the lines
+    bool takePins();
     void givePinsBack();
     /// Reads the port for the edges to come. \return false if the board did not say how it stands
     bool readPort();

@@ -14,6 +14,7 @@ constexpr const char* kPortSilent = "the board did not say how port P0 stands";
 /// A part that was without VCC hears no further clocks as steps.
 constexpr const char* kNoVcc = "VCC has gone meanwhile";
 constexpr const char* kNeverVcc = "VCC was off when they began: the part hears no step";
+constexpr const char* kPinsKept = "the board did not take the bus off its pins";
 constexpr const char* kEdgeLost = "the board did not take an edge of the bus lines";
 } // namespace
 
@@ -74,11 +75,15 @@ void InstructionPanel::beginIncrements() {
     if (!stepping_)
         return; // the panel has gone meanwhile: nobody would give the pins back
     pinsTaken_ = true;
-    steps_.takePins();
+    const bool taken = steps_.takePins();
     FrIncrDec.setVisible(true);
     FrVal.setVisible(false);
     wait(kPinsSettle);
     pump();
+    if (!taken) {
+        incrementsLost(kPinsKept);
+        return;
+    }
     if (!steps_.readPort()) {
         incrementsLost(kPortSilent);
         return;

@@ -286,6 +286,19 @@ TEST_P(BothInstructionPanels, IncrementsEndWithTheirPortAndWithTheirPart) {
         boxes();
         expectNothingLeftBehind();
     }
+    // Nor does a report that is lost on the way out leave the bus without its pins.
+    for (int ms = 0; ms < 12; ++ms) {
+        SCOPED_TRACE(ms);
+        restore();
+        send(8, 1);
+        at(ms, [this] { fault(sim::FaultKind::WriteFails, 1, 18); });
+        answerAll(Choice::Retry);
+        panel().cmdIncrWip[2].userClick();
+        advance(events, clock, Milliseconds{100}); // before the fault is due
+        dropAnswers();
+        boxes();
+        expectNothingLeftBehind();
+    }
     // Without VCC no step is taken for one.
     restore();
     device().OptVCC[1].userClick();

@@ -19,6 +19,8 @@ struct SpiRowFields {
     /// its answer in these fields. \param place from 1
     bool holds(int place, const std::string& hex) const { return sent[place].text() == hex; }
     bool checked() const { return hexToInt(came[kCheckByte].text()) != 0; }
+    /// The same for a frame that begins with an ID: a line that nobody drives may read as ones.
+    bool heard() const { return checked() && hexToInt(came[kCheckByte].text()) == hexToInt(sent[1].text()); }
 };
 
 inline SpiRowFields spiWriteRow(frmMotherboardDAQ2& board) {

@@ -85,7 +85,7 @@ std::string Frm3310::failure(bool composed, const std::string& command, const Sp
         return "the board did not reply";
     if (!row.holds(kCommand, command))
         return "another frame went out meanwhile";
-    return row.checked() ? "" : "the part did not answer";
+    return row.heard() ? "" : "the part did not answer";
 }
 
 void Frm3310::tellOutcome(const std::string& failure, const std::string& what, const std::string& value,

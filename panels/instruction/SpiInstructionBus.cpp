@@ -35,7 +35,7 @@ InstructionResult SpiInstructionBus::exchange(const std::string& instruction, in
         failure_ = "the part did not answer";
     return {.good = replied,
             // A frame that ends ahead of the answer shows what an earlier one left in its place.
-            .answered = replied && own && length > lastPlace && row.checked(),
+            .answered = replied && own && length > lastPlace && row.heard(),
             .value = board.txtSPIORead3[kValue].text()};
 }
 

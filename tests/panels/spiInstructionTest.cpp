@@ -164,6 +164,9 @@ TEST_F(SpiInstructionTest, TenBitPartHasAButtonForEachOfItsInstructions) {
     single().CMDq331X_Read[3].userClick();
     spi().CMDxMIT[0].userClick();
     EXPECT_NE(single().lblRdq331x[3].freshness()->state, State::Fresh);
+    bus.reply(9, {1, 0, 0, 0xFF, 0xFF, 0xFF}); // a line that nobody drives
+    single().CMDq331X_Read[3].userClick();
+    EXPECT_NE(single().lblRdq331x[3].freshness()->state, State::Fresh);
     // Another part on the panel: the fields of before are sent, and nothing of it is taken for a reading.
     spi().mnuKV4184.userClick();
     wire.clear();

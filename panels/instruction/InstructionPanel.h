@@ -203,6 +203,7 @@ class InstructionPanel : public Panel {
     OptionGroup potGroup_;
     int busy_ = 0;
     bool lastAnswered_ = false;
+    bool unloaded_ = false; ///< an action that is still on the stack has nothing left to do
     bool stepping_ = false;
     bool pinsTaken_ = false;    ///< the crossbar has given the bus lines up
     bool linesDriven_ = false;  ///< a run has begun on them

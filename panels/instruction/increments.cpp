@@ -234,6 +234,7 @@ void InstructionPanel::abortIncrements() {
 }
 
 void InstructionPanel::Form_Unload() {
+    unloaded_ = true;
     // The bus must not stay without its pins when nobody is left to give them back.
     leaveIncrements();
 }

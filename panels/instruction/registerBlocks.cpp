@@ -30,7 +30,7 @@ class InstructionPanel::AllRegisters {
           name_(name),
           activity_(panel.context().activities, name, [this] { stopped_ = true; }) {}
 
-    bool goesOn() const { return !stopped_; }
+    bool goesOn() const { return !stopped_ && !panel_.unloaded_; }
     void send() {
         panel_.cmdDoInstruction_Click();
         failed_ += panel_.lastAnswered_ ? 0 : 1;
@@ -39,7 +39,7 @@ class InstructionPanel::AllRegisters {
     void end() const {
         const std::string count = decimalText(activity_.done());
         const std::string of = " of " + decimalText(kAll) + " registers";
-        if (stopped_)
+        if (!goesOn())
             panel_.tell(false, name_ + " aborted", count + of);
         else
             panel_.tell(failed_ == 0, name_ + (failed_ == 0 ? "" : " failed"),

@@ -165,6 +165,9 @@ TEST_P(BothInstructionPanels, AllRegistersAreFilledReadAndStopped) {
     EXPECT_FALSE(bench.context().results.kept().back().good);
     EXPECT_EQ(part().nonvolatileWrites, stores);
     expectNothingLeftBehind();
+    at(200, [this] { slot().unload(); });
+    panel().cmdReadAll.userClick();
+    EXPECT_LT(sent(spiBus() ? Command::SpiTransfer : Command::I2cTransfer).size(), 8U);
 }
 
 TEST_P(BothInstructionPanels, IncrementsStopAtTheEndsOfTheWiper) {

@@ -219,7 +219,7 @@ void InstructionPanel::incrementsLost(const std::string& why) {
     if (!stepping_)
         return; // the panel has gone meanwhile
     leaveIncrements();
-    lblRDWcr[steppedPot_].markStale("the last step failed", true);
+    lblRDWcr[steppedPot_].markStale("its increments broke off"); // no read has failed
     tell(false, "Increments of pot " + decimalText(steppedPot_) + " ended", why, &txtWXWcr[steppedPot_]);
 }
 

@@ -31,6 +31,18 @@ std::optional<double> CalibrationFile::volts(const std::string& reference) {
     return leadingNumber(reference);
 }
 
+bool CalibrationFile::isCode(const std::string& hex) {
+    const bool digits = hex.find_first_not_of("0123456789ABCDEFabcdef") == std::string::npos;
+    return digits && !hex.empty() && hex.size() <= 2 && hexToByte(hex) <= 0x7F;
+}
+
+std::string CalibrationFile::damage() const {
+    for (const Row& row : rows)
+        if (!isNumeric(row.target) || !isCode(row.hex))
+            return "level '" + row.target + "' has the code '" + row.hex + "'";
+    return {};
+}
+
 CalibrationFile CalibrationFile::read(const std::filesystem::path& path, CalibrationFile before) {
     const std::string content = readFile(path);
     SequentialInput input(content);

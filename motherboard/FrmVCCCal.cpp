@@ -299,8 +299,15 @@ std::vector<CalibrationFinding> FrmVCCCal::findings() const {
     if (!run_.completed())
         return {};
     auto all = judgeCalibration(run_.points, run_.choices);
-    const auto reference = CalibrationFile::volts(txtVrefCal.text());
-    if (reference != run_.reference)
+    for (int row = 1; row <= kTargets; ++row)
+        if (lblTargetHex[row].caption() !=
+            byteToHex2(toByte(run_.choices.at(static_cast<std::size_t>(row - 1)).code))) {
+            all.push_back({false, "the table no longer shows what was measured"});
+            break;
+        }
+    // A text that is no number is saved as the built-in one.
+    const std::string saved = isNumeric(txtVrefCal.text()) ? txtVrefCal.text() : kReference;
+    if (CalibrationFile::volts(saved) != run_.reference)
         all.push_back({false, "measured with a reference of " + doubleText(run_.reference) +
                                   " V, but VREF Voltage is " + txtVrefCal.text()});
     all.push_back(vccOn() ? CalibrationFinding{false, "VCC is still on"}
@@ -355,6 +362,7 @@ void FrmVCCCal::cdmRead_Cal_File_Click() {
         // The name in the message is another one than the file's; users know it so.
         context().say(context().programFolder.string() +
                       "\\VRK_Cal_Data2.txt ... VCC Calibration File does not exist");
+        changed_.emit(Change::FileRead);
         return;
     }
     CalibrationFile file = shownFile(); // a file that ends early leaves the rest as cleared
@@ -362,9 +370,12 @@ void FrmVCCCal::cdmRead_Cal_File_Click() {
     try {
         file = CalibrationFile::read(filePath(), file);
         lblCalStatus.setCaption("Cal File Read");
+        if (const std::string damage = file.damage(); !damage.empty())
+            tell(false, "The calibration file is damaged", damage, &lblCalStatus);
     } catch (const Fault& fault) {
         // Without a box: a panel opens with this, and its levels say that they have no code.
         lblCalStatus.setCaption("Cal File not read: " + std::string(fault.what()));
+        tell(false, "The calibration file was not read", fault.what(), &lblCalStatus);
     }
     lblCal_header.setCaption(file.header);
     txtVrefCal.setText(file.reference);

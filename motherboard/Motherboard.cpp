@@ -23,6 +23,16 @@ constexpr std::array<std::pair<const char*, const char*>, 10> kVccRows = {{{"2.7
                                                                            {"Max", "7F"}}};
 constexpr int kStartRow = 6;
 
+/// Of a damaged file: a text that is more than a byte would keep every panel from opening.
+std::string codeThatFits(const std::string& hex) {
+    try {
+        (void)hexToByte(hex);
+        return hex;
+    } catch (const Fault&) {
+        return "--";
+    }
+}
+
 } // namespace
 
 Motherboard::Motherboard(PanelContext& context, modHID& link, AnalogState& analog, SupplyState& supply,
@@ -99,6 +109,7 @@ void Motherboard::setUpSupplyDac() {
 
 void Motherboard::initSupplyDefaults() {
     frmMotherboardDAQ2& board = *console_;
+    const SwitchingVcc switching(board.ports());
     board.OptVCCMinus[1].setValue(true);
     board.OptVCCMinus_Click(1);
     board.OptVCC[1].setValue(true);
@@ -128,7 +139,7 @@ void Motherboard::applyCalibration() {
     std::vector<RowControl::Row> rows;
     for (int row = 1; row <= FrmVCCCal::kTargets; ++row) {
         rows.push_back({calibration.blbTargetV[row].caption(), 0});
-        supply_.VCCHex[row - 1] = calibration.lblTargetHex[row].caption();
+        supply_.VCCHex[row - 1] = codeThatFits(calibration.lblTargetHex[row].caption());
     }
     for (const int row : {7, 8, 9})
         rows.push_back({kVccRows.at(static_cast<std::size_t>(row)).first, 0});

@@ -42,6 +42,11 @@ void frmMotherboardDAQ2::Form_Load() {
     console().cmdWriteReadAll_Click();
     OptVCC[1].showSelected();
     OptVCCMinus[1].showSelected();
+    // Closed and opened again under a device panel: its supplies are off now, and On must switch them on.
+    if (SupplyPanel* panel = activeSupply()) {
+        panel->suppliesMoved();
+        showSuppliesOn(*panel);
+    }
     uses_.trace.line({"Motherboard Form Load Completed"});
     uses_.trace.blankLine();
 }
@@ -49,6 +54,8 @@ void frmMotherboardDAQ2::Form_Load() {
 void frmMotherboardDAQ2::Form_Unload() {
     // A sampling loop that is still on the stack must find its end.
     uses_.analog.EndSampling = -1;
+    // The next load resets all pins: the panel in front must put its part's in again.
+    uses_.ports.pinsOf.clear();
 }
 
 SupplyPanel* frmMotherboardDAQ2::activeSupply() const {
@@ -154,6 +161,8 @@ void frmMotherboardDAQ2::cmdWrtPipe1_Click() {
     events().letEventsRun();
     uses_.ports.pipeWriteBusy = false;
     afterFault.dismiss();
+    if (!uses_.ports.switchingVcc && OptVCC[1].value() && chkPData[kPinVcc].checked())
+        tellVccWritten();
     events().letEventsRun();
 }
 
@@ -271,10 +280,11 @@ void frmMotherboardDAQ2::cmdI2CRead_Click() {
     console().txtNumToRead.setText(txtI2CIN[0].text());
     // The write's register field it is: the read sends what its own has kept.
     console().txtStartRegWr.setText(txtI2CIN[2].text());
+    const Milliseconds asked = context().clock().now();
     console().cmdRead_Click();
     const int count = decimalByte(txtI2CIN[0].text());
     for (int k = 0; k <= count; ++k) // one more box than the count
-        takeReading(txtI2CRead[k], console().txtReadVal[k]);
+        takeReading(txtI2CRead[k], console().txtReadVal[k], asked);
     ShpI2CNAK[1].setColour(uses_.link.i2cStatus == kLinkGood ? Colour::LightGreen : Colour::LightRed);
     afterFault.dismiss();
     cmdEnableBUttons_Click();
@@ -314,6 +324,7 @@ void frmMotherboardDAQ2::spiExchange(const SpiRow& row) {
     // The field of index 0 never reaches the wire: the callers count from position 1.
     for (int k = 0; k < 5; ++k)
         console().txtWriteVal[k].setText(row.data[k + 1].text());
+    const Milliseconds asked = context().clock().now();
     console().cmdSPIWrite_Click();
     row.count.setText("--");
     for (auto& box : row.read) {
@@ -323,7 +334,7 @@ void frmMotherboardDAQ2::spiExchange(const SpiRow& row) {
     row.count.setText(row.quantity.text());
     const int count = decimalByte(row.quantity.text());
     for (int k = 0; k <= count; ++k)
-        takeReading(row.read[k], console().txtReadVal[k]);
+        takeReading(row.read[k], console().txtReadVal[k], asked);
     events().letEventsRun();
     afterFault.dismiss();
     cmdEnableBUttons_Click();

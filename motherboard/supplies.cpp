@@ -82,9 +82,10 @@ void frmMotherboardDAQ2::dacExchange(DacRow row) {
             uses_.ports.SPIBuf[k] = hexToByte(txtSPIwr[first + k].text());
         console().txtWriteVal[k].setText(txtSPIwr[first + k].text());
     }
+    const Milliseconds asked = context().clock().now();
     console().cmdSPIWrite_Click();
     for (int k = 0; k < 4; ++k)
-        takeReading(txtSPIRd[k], console().txtReadVal[k]);
+        takeReading(txtSPIRd[k], console().txtReadVal[k], asked);
     deselect.dismiss();
     selectDac(false);
     events().letEventsRun();
@@ -117,6 +118,16 @@ void frmMotherboardDAQ2::supplySwitched() {
     constexpr char kCause[] = "a supply was switched since";
     markMeasuredStale(kCause);
     console().markBusReadingsStale(kCause);
+}
+
+void frmMotherboardDAQ2::tellVccWritten() {
+    supplySwitched();
+    if (SupplyPanel* panel = activeSupply())
+        panel->suppliesMoved();
+    tell(false, "VCC is on, though switched off",
+         "its pin stays in the image without Track and goes out with the others; clear P2.5 and write the "
+         "ports",
+         &chkPData[kPinVcc]);
 }
 
 void frmMotherboardDAQ2::boardChosen() {
@@ -170,6 +181,7 @@ void frmMotherboardDAQ2::tellPanel(bool minus, int index) {
 
 void frmMotherboardDAQ2::OptVCC_Click(int index) {
     OnScopeExit afterFault([this] { setButtonsEnabled(true); });
+    const SwitchingVcc switching(uses_.ports);
     cmdDisableButtons_Click();
     uses_.supply.TrackOn = ChkTrack.value() == 1;
     supplySwitched();

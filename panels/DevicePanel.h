@@ -67,6 +67,8 @@ class DevicePanel : public Panel,
     bool requireVcc();
 
   private:
+    void switchMinusOff();
+
     BenchServices& services_;
 };
 

@@ -5,6 +5,7 @@
 #include "apps/vrkctl/Interrupt.h"
 #include "apps/vrkctl/Terminal.h"
 #include "link/modHID.h"
+#include "motherboard/CalibrationFile.h"
 #include "platform/runtime/text.h"
 
 #include <algorithm>
@@ -162,6 +163,10 @@ void PanelBench::switchVccOn(const std::string& level) {
             done(levels.userSelect(row), "choosing VCC's level");
     if (!found)
         throw CommandError(ExitCode::CheckFailed, "the calibration file has no level " + level);
+    const std::string code = bench().services().supply.VCCHex[levels.listIndex()];
+    if (!CalibrationFile::isCode(code))
+        throw CommandError(ExitCode::CheckFailed, "the calibration file is damaged: level '" + levels.text() +
+                                                      "' has the code '" + code + "'");
     done(device.OptVCC[kVccOn].userClick(), "switching VCC on");
     if (const auto signalled = interrupt::requested())
         throw CommandError(*signalled, "interrupted; nothing was written");

@@ -62,6 +62,7 @@ SupplyBlock::SupplyBlock(Panel& panel, BenchServices& services) : PanelBlock(pan
 }
 
 void SupplyBlock::OptVCC_Click(int index) {
+    const SwitchingVcc switching(services_.ports);
     if (index == 0)
         services_.motherboard.prepareBoard();
     services_.motherboard.showSupplyState(index);
@@ -99,6 +100,11 @@ void SupplyBlock::ChkTrack_Click() {
                 OptVM[state].setValue(true);
                 OptVCC_Click(state);
             }
+        // VCC stands already, so nothing was switched, whatever the panel shows now.
+        const bool minus = board.chkPData[frmMotherboardDAQ2::kPinMinus].checked();
+        if (minus != OptVM[0].value())
+            host().tell(false, minus ? "V- is still on" : "V- is still off",
+                        "Track takes it along when VCC is switched next", &ShVM);
     } else {
         board.ChkTrack.setValue(0);
         services_.supply.TrackOn = false;

@@ -272,6 +272,8 @@ TEST_F(CalibrationTest, FilesThatAreMissingShortOrCannotBeWritten) {
     EXPECT_THAT(boxes(), ElementsAre(folder.path().string() +
                                      "\\VRK_Cal_Data2.txt ... VCC Calibration File does not exist [OK]"));
     EXPECT_EQ(cal().blbTargetV[7].caption() + cal().txtVrefCal.text(), "x.x---");
+    cal().cmdDoVCC_Cal.userClick();
+    EXPECT_TRUE(cal().sound()); // it would be saved as the built-in reference
     // The comma of a date puts all behind it one place off, and what is no reference leaves the scale.
     for (const auto& [content, wanted] :
          {std::pair{"T, 1/2/08\r\nVREF , 3.2\r\n2.7,2D,1.3,2.6\r\nEND\r\n", "T|VREF|3.2|2.7"},
@@ -284,6 +286,7 @@ TEST_F(CalibrationTest, FilesThatAreMissingShortOrCannotBeWritten) {
                   wanted);
     }
     EXPECT_EQ(cal().blbTargetV[2].caption() + cal().lblTargetHex[2].caption(), "x.x--");
+    EXPECT_EQ(cal().findings().at(3).text, "the table no longer shows what was measured");
     cal().txtVrefCal.userFocus();
     cal().txtVrefCal.userLeave();
     EXPECT_EQ(number("ADRef"), 3.2);

@@ -22,7 +22,7 @@ TEST_F(MotherboardConsoleTest, I2cReadTakesTheEvenAddressAndOneMoreBox) {
     console().txtStartRegRD.setText("07");
     for (int i = 0; i < 8; ++i)
         console().txtReadVal[i].setText(byteToHex2(static_cast<std::uint8_t>(0xE0 + i)));
-    bus.reply(6, {1, 0, 0x11, 0x22, 0x33, 0x44, 0x55}, 3);
+    bus.reply(6, {1, 0, 0x11, 0x22, 0x33, 0x44, 0x55}, 4);
 
     board().cmdI2CRead.userClick(); // blank count
     EXPECT_THAT(sent(6), ElementsAre("01 06 51 00 01 07"));
@@ -35,6 +35,7 @@ TEST_F(MotherboardConsoleTest, I2cReadTakesTheEvenAddressAndOneMoreBox) {
     board().cmdI2CRead.userClick();
     EXPECT_THAT(sent(5), ElementsAre("01 06 51 02 00"));
     EXPECT_EQ(texts(board().txtI2CRead), "11.22.E2.--.");
+    EXPECT_EQ(board().txtI2CRead[1].freshness()->state, Freshness::State::Fresh);
     EXPECT_EQ(link().i2cAddress, 0x50);
     EXPECT_EQ(console().txtStartRegWr.text(), "1C"); // the write's field, not the read's
     EXPECT_EQ(console().txtStartRegRD.text(), "07");
@@ -44,6 +45,11 @@ TEST_F(MotherboardConsoleTest, I2cReadTakesTheEvenAddressAndOneMoreBox) {
     EXPECT_EQ(board().cmdI2CRead.userClick().fault, "Subscript out of range");
     EXPECT_THAT(boxes(), ElementsAre("Subscript out of range [OK]"));
     EXPECT_EQ(texts(board().txtI2CRead), "11.22.33.44.");
+    console().txtStartRegRD.setText("08"); // behind the boxes that are shown
+    console().chkRandom.setValue(1);
+    type(board().txtI2CIN[0], "1");
+    board().cmdI2CRead.userClick();
+    EXPECT_EQ(board().txtI2CRead[0].freshness()->state, Freshness::State::Never);
     EXPECT_EQ(unlocked(), 13);
 
     type(board().txtI2CIN[0], "1");

@@ -9,6 +9,7 @@ using ::testing::IsEmpty;
 
 class SuppliesTest : public MotherboardBench {
   protected:
+    std::string told() { return bench.context().results.kept().back().text; }
     std::string code(int row) { return std::get<std::string>(value("VCCHex").get(row)); }
 };
 
@@ -99,6 +100,19 @@ TEST_F(SuppliesTest, WithoutTrackSwitchingVccOffLeavesItsBitInTheImage) {
         board().ChkTrack.userClick();
         EXPECT_EQ(i2c().ChkTrack.value(), board().ChkTrack.value()) << click;
     }
+    // What is on against what its switch shows is told, and does not stay on when the panel is left.
+    i2c().OptVCC[0].userClick();
+    i2c().OptVCC[1].userClick();
+    EXPECT_EQ(told(), "VCC off");
+    i2c().chkI2CAdr[0].userClick();
+    EXPECT_EQ(told(), "VCC is on, though switched off");
+    EXPECT_EQ(i2c().lblVCCVolts.freshness()->state, Freshness::State::Stale);
+    i2c().OptVM[0].userClick();
+    i2c().ChkTrack.userClick();
+    EXPECT_EQ(told(), "V- is still on");
+    i2c().cmdMMenu.userClick();
+    EXPECT_EQ(bus.state().vcc, 0);
+    EXPECT_EQ(bus.state().vminus, 0);
 }
 
 TEST_F(SuppliesTest, LampsAndOptionsFollowABoardThatComesBack) {
@@ -146,6 +160,12 @@ TEST_F(SuppliesTest, LampsAndOptionsFollowABoardThatComesBack) {
     shown(Colour::LightRed, true);
     EXPECT_EQ(ports(), told);
     EXPECT_EQ(i2c().lblVCCVolts.caption(), "5.000"); // its multiplexer was at its power-up input
+    // The console resets both supplies when it is opened again.
+    board().cmdexit.userClick();
+    bench.frmMotherboardDAQ2.load();
+    shown(Colour::Black, false);
+    i2c().OptVCC[0].userClick();
+    shown(Colour::LightRed, true);
     // Nothing that one board said is shown as the other's, whatever their supplies are.
     bus.input(0x0A, 1.0, {});
     console().cboEVBinstance.userSelect(1);
@@ -199,6 +219,9 @@ TEST_F(SuppliesTest, CalibrationFileTakesThePlaceOfTheBuiltInCodes) {
         EXPECT_EQ(code(0) + code(1) + code(2) + i2c().CboVCC.row(1).text + i2c().CboVCC.row(2).text,
                   "2E37--3.0x.x");
     }
+    folder.write("VRK_Cal_Data.txt", "bad\r\nVREF,3.1\r\n2.7,1FF,1.3,2.6");
+    (*bench.findModuleAction("initSupplyDefaults"))({});
+    EXPECT_EQ(told() + code(0), "The calibration file is damaged--");
 }
 
 } // namespace

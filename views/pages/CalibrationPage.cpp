@@ -31,7 +31,7 @@ namespace {
 constexpr double kCodeDigits = 2.2;
 constexpr double kVoltsDigits = 1.5;
 constexpr int kTallButton = 40;
-constexpr std::size_t kMostFindings = 6;
+constexpr std::size_t kMostFindings = 7;
 
 QString text(const std::string& bytes) {
     return QString::fromStdString(bytes);

@@ -190,8 +190,11 @@ void addHead(PageUi& page, frmMainF340& p) {
     ui.watch(p.txtFirmwareVersion, [version, &p] {
         QString text = QString::fromStdString(p.txtFirmwareVersion.text());
         text.remove("Firmware Version ");
-        version->setText(text.isEmpty() || text == "--" ? kNeverRead : text);
-        version->setToolTip(text);
+        const auto& worth = p.txtFirmwareVersion.freshness();
+        const bool read = worth && worth->state != Freshness::State::Never;
+        version->setText(read ? text : kNeverRead);
+        version->setTone(worth && worth->state == Freshness::State::Stale ? Tone::Stale : Tone::Plain);
+        version->setToolTip(read ? text : QString());
     });
     for (QWidget* item : std::initializer_list<QWidget*>{
              label, instance, ui(p.chkLED[0]), ui(p.chkLED[1]), ui(p.cmdFirmwareVersion), version,

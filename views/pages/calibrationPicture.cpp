@@ -33,10 +33,12 @@ PlotSeries levelsOf(const CalibrationFile& file) {
 
 QString numbersOf(const std::vector<CalibrationPoint>& points) {
     QString text = "code,pinVolts,volts\n";
+    const auto volts = [](const CalibrationPoint& point, double value) {
+        return point.read ? formatNumber(value, "0.000000") : std::string();
+    };
     for (const CalibrationPoint& point : points)
-        text += QString::fromStdString(byteToHex2(toByte(point.code)) + "," +
-                                       formatNumber(point.volts, "0.000000") + "," +
-                                       formatNumber(point.vcc(), "0.000000") + "\n");
+        text += QString::fromStdString(byteToHex2(toByte(point.code)) + "," + volts(point, point.volts) +
+                                       "," + volts(point, point.vcc()) + "\n");
     return text;
 }
 

@@ -370,6 +370,10 @@ void PlotPicture::paintLegend(QPainter& painter, const QPalette& palette) const 
             if (series.name.isEmpty())
                 continue;
             const QColor ink = inkColour(series.ink, palette);
+            // A level's line that ran through the words would strike them out.
+            const double wide = line * 2.4 + metrics.horizontalAdvance(series.name);
+            painter.fillRect(QRectF(at.x() - line * 0.2, at.y() - line / 2, wide, line),
+                             palette.color(QPalette::Window));
             painter.setPen(series.dashed ? QPen(ink, kIdealWidth, Qt::DashLine) : QPen(ink, kTraceWidth));
             painter.drawLine(at, at + QPointF(line * 1.6, 0));
             painter.setPen(Qt::NoPen);

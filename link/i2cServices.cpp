@@ -160,9 +160,14 @@ void frmMainF340::cmdRead_Click() {
         return;
     }
     showReadData(data, registers.bytes[0], status == kLinkGood);
-    for (int i = 0; i < std::min(8, static_cast<int>(data.size())); ++i) {
-        TXTI2C[i].setText(byteToHex2(data[static_cast<std::size_t>(i)]));
-        markReading(TXTI2C[i], status == kLinkGood);
+    for (auto& box : TXTI2C) {
+        const auto i = static_cast<std::size_t>(box->index());
+        if (i >= data.size()) {
+            box->markStale("the last read was shorter");
+            continue;
+        }
+        box->setText(byteToHex2(data[i]));
+        markReading(*box, status == kLinkGood);
     }
 }
 

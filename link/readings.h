@@ -18,12 +18,11 @@ void markReadings(ControlArray<C>& controls, bool good) {
         markReading(*control, good);
 }
 
-/// Shows another panel's reading, with what it is worth. \param asked when the exchange began that is shown:
-/// what stood there by then answers something else.
-inline void takeReading(TextBox& to, const TextBox& from, Milliseconds asked = Milliseconds{-1}) {
+/// Shows another panel's reading, with what it is worth.
+inline void takeReading(TextBox& to, const TextBox& from) {
     to.setText(from.text());
     const auto& worth = from.freshness();
-    if (worth && (worth->failed || (worth->state == Freshness::State::Fresh && worth->since > asked)))
+    if (worth && (worth->state == Freshness::State::Fresh || worth->failed))
         markReading(to, worth->state == Freshness::State::Fresh);
     else
         to.markUnread();

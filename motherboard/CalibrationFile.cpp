@@ -1,5 +1,6 @@
 #include "motherboard/CalibrationFile.h"
 
+#include "motherboard/calibrationDamage.h"
 #include "platform/files/SequentialInput.h"
 #include "platform/files/files.h"
 #include "platform/runtime/text.h"
@@ -31,14 +32,14 @@ std::optional<double> CalibrationFile::volts(const std::string& reference) {
     return leadingNumber(reference);
 }
 
-bool CalibrationFile::isCode(const std::string& hex) {
+bool isSupplyCode(const std::string& hex) {
     const bool digits = hex.find_first_not_of("0123456789ABCDEFabcdef") == std::string::npos;
     return digits && !hex.empty() && hex.size() <= 2 && hexToByte(hex) <= 0x7F;
 }
 
-std::string CalibrationFile::damage() const {
-    for (const Row& row : rows)
-        if (!isNumeric(row.target) || !isCode(row.hex))
+std::string calibrationDamage(const CalibrationFile& file) {
+    for (const CalibrationFile::Row& row : file.rows)
+        if (!isNumeric(row.target) || !isSupplyCode(row.hex))
             return "level '" + row.target + "' has the code '" + row.hex + "'";
     return {};
 }

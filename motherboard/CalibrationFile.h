@@ -29,10 +29,6 @@ struct CalibrationFile {
     static std::string headerAt(const WallTime& now);
     /// The reference as a number. Nothing if it is none above 0, which would take the converter's scale away.
     static std::optional<double> volts(const std::string& reference);
-    /// A text that the DAC takes as a code: 00 to 7F.
-    static bool isCode(const std::string& hex);
-    /// The first level that no panel can set, in words; empty if there is none.
-    std::string damage() const;
 
     /// Fields are trimmed; a file that ends early leaves the rest as it was given in.
     /// \throws Fault if the file cannot be read.

@@ -1,6 +1,7 @@
 #include "motherboard/FrmVCCCal.h"
 
 #include "link/readings.h"
+#include "motherboard/calibrationDamage.h"
 #include "platform/files/files.h"
 
 #include <algorithm>
@@ -370,7 +371,7 @@ void FrmVCCCal::cdmRead_Cal_File_Click() {
     try {
         file = CalibrationFile::read(filePath(), file);
         lblCalStatus.setCaption("Cal File Read");
-        if (const std::string damage = file.damage(); !damage.empty())
+        if (const std::string damage = calibrationDamage(file); !damage.empty())
             tell(false, "The calibration file is damaged", damage, &lblCalStatus);
     } catch (const Fault& fault) {
         // Without a box: a panel opens with this, and its levels say that they have no code.

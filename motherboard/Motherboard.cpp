@@ -109,7 +109,7 @@ void Motherboard::setUpSupplyDac() {
 
 void Motherboard::initSupplyDefaults() {
     frmMotherboardDAQ2& board = *console_;
-    const SwitchingVcc switching(board.ports());
+    board.setPin(frmMotherboardDAQ2::kPinVcc, 0); // the switch alone leaves it in the image without Track
     board.OptVCCMinus[1].setValue(true);
     board.OptVCCMinus_Click(1);
     board.OptVCC[1].setValue(true);

@@ -5,7 +5,6 @@
 
 #include <cstdint>
 #include <string>
-#include <utility>
 
 namespace vrk {
 
@@ -17,22 +16,6 @@ struct PortState {
     CheckedArray<std::uint8_t, 6> SPIBuf; ///< bytes of the last SPI action that keeps them
     /// Name of the device panel whose part's pins stand in the image.
     std::string pinsOf{};
-    /// VCC's switch is at work: what its writes do to the supply is not the last of it.
-    bool switchingVcc = false;
-};
-
-/// VCC's switch is at work while this exists.
-class SwitchingVcc {
-  public:
-    explicit SwitchingVcc(PortState& ports)
-        : ports_(ports), before_(std::exchange(ports.switchingVcc, true)) {}
-    ~SwitchingVcc() { ports_.switchingVcc = before_; }
-    SwitchingVcc(const SwitchingVcc&) = delete;
-    SwitchingVcc& operator=(const SwitchingVcc&) = delete;
-
-  private:
-    PortState& ports_;
-    bool before_;
 };
 
 struct SupplyState {

@@ -1,7 +1,7 @@
 #include "motherboard/frmMotherboardDAQ2.h"
 
 #include "link/pinNames.h"
-#include "link/readings.h"
+#include "motherboard/replyBytes.h"
 
 #include <array>
 #include <utility>
@@ -161,8 +161,15 @@ void frmMotherboardDAQ2::cmdWrtPipe1_Click() {
     events().letEventsRun();
     uses_.ports.pipeWriteBusy = false;
     afterFault.dismiss();
-    if (!uses_.ports.switchingVcc && OptVCC[1].value() && chkPData[kPinVcc].checked())
-        tellVccWritten();
+    if (OptVCC[1].value() && chkPData[kPinVcc].checked()) {
+        supplySwitched();
+        if (SupplyPanel* panel = activeSupply())
+            panel->suppliesMoved();
+        tell(false, "VCC is on, though switched off",
+             "its pin stays in the image without Track and goes out with the others; clear P2.5 and write "
+             "the ports",
+             &chkPData[kPinVcc]);
+    }
     events().letEventsRun();
 }
 
@@ -283,8 +290,7 @@ void frmMotherboardDAQ2::cmdI2CRead_Click() {
     const Milliseconds asked = context().clock().now();
     console().cmdRead_Click();
     const int count = decimalByte(txtI2CIN[0].text());
-    for (int k = 0; k <= count; ++k) // one more box than the count
-        takeReading(txtI2CRead[k], console().txtReadVal[k], asked);
+    takeReply(txtI2CRead, console().txtReadVal, count + 1, asked); // one more box than the count
     ShpI2CNAK[1].setColour(uses_.link.i2cStatus == kLinkGood ? Colour::LightGreen : Colour::LightRed);
     afterFault.dismiss();
     cmdEnableBUttons_Click();
@@ -333,8 +339,7 @@ void frmMotherboardDAQ2::spiExchange(const SpiRow& row) {
     }
     row.count.setText(row.quantity.text());
     const int count = decimalByte(row.quantity.text());
-    for (int k = 0; k <= count; ++k)
-        takeReading(row.read[k], console().txtReadVal[k], asked);
+    takeReply(row.read, console().txtReadVal, count + 1, asked);
     events().letEventsRun();
     afterFault.dismiss();
     cmdEnableBUttons_Click();

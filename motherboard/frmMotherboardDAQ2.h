@@ -69,7 +69,6 @@ class frmMotherboardDAQ2 final : public Panel {
     void boardChosen();
     /// Lamps and options of the panel become this console's, without a click.
     void showSuppliesOn(SupplyPanel& panel);
-    PortState& ports() const { return uses_.ports; }
 
     // Analog inputs
     ComboBox Combo1{*this, "Combo1"};
@@ -183,8 +182,6 @@ class frmMotherboardDAQ2 final : public Panel {
     void setDrive(int index, int value);
     void dacExchange(DacRow row);
     void supplySwitched();
-    /// Pins went out with VCC's set while its switch shows off.
-    void tellVccWritten();
     void markMeasuredStale(const char* cause);
     void selectDac(bool selected);
     void spiExchange(const SpiRow& row);

@@ -1,6 +1,6 @@
 #include "motherboard/frmMotherboardDAQ2.h"
 
-#include "link/readings.h"
+#include "motherboard/replyBytes.h"
 
 #include <array>
 #include <utility>
@@ -84,8 +84,7 @@ void frmMotherboardDAQ2::dacExchange(DacRow row) {
     }
     const Milliseconds asked = context().clock().now();
     console().cmdSPIWrite_Click();
-    for (int k = 0; k < 4; ++k)
-        takeReading(txtSPIRd[k], console().txtReadVal[k], asked);
+    takeReply(txtSPIRd, console().txtReadVal, txtSPIRd.count(), asked);
     deselect.dismiss();
     selectDac(false);
     events().letEventsRun();
@@ -118,16 +117,6 @@ void frmMotherboardDAQ2::supplySwitched() {
     constexpr char kCause[] = "a supply was switched since";
     markMeasuredStale(kCause);
     console().markBusReadingsStale(kCause);
-}
-
-void frmMotherboardDAQ2::tellVccWritten() {
-    supplySwitched();
-    if (SupplyPanel* panel = activeSupply())
-        panel->suppliesMoved();
-    tell(false, "VCC is on, though switched off",
-         "its pin stays in the image without Track and goes out with the others; clear P2.5 and write the "
-         "ports",
-         &chkPData[kPinVcc]);
 }
 
 void frmMotherboardDAQ2::boardChosen() {
@@ -181,7 +170,6 @@ void frmMotherboardDAQ2::tellPanel(bool minus, int index) {
 
 void frmMotherboardDAQ2::OptVCC_Click(int index) {
     OnScopeExit afterFault([this] { setButtonsEnabled(true); });
-    const SwitchingVcc switching(uses_.ports);
     cmdDisableButtons_Click();
     uses_.supply.TrackOn = ChkTrack.value() == 1;
     supplySwitched();

@@ -44,28 +44,31 @@ void DevicePanel::Form_Unload() {
         services_.shell.endProgram();
 }
 
+namespace {
+/// What VCC's switch leaves without Track, or where Track was set with the two apart: VCC's bit in the image,
+/// which the next panel's pins would send, and V-. Nothing on the start panel has their switches.
+void leaveNoSupply(frmMotherboardDAQ2& board, SupplyPanel& panel) {
+    board.setPin(frmMotherboardDAQ2::kPinVcc, 0);
+    if (!board.chkPData[frmMotherboardDAQ2::kPinMinus].checked())
+        return;
+    board.setPin(frmMotherboardDAQ2::kPinMinus, 0);
+    board.followSupplyPins();
+    board.cmdWrtPipe1_Click();
+    board.showSuppliesOn(panel);
+}
+} // namespace
+
 void DevicePanel::cmdMMenu_Click() {
     OptVCC[1].setValue(true);
     OptVCC_Click(1);
     pump();
-    switchMinusOff();
+    leaveNoSupply(board(), *this);
     beforeMenu();
     services_.state.returningToMenu = true;
     services_.shell.unloadCompanions(*this);
     services_.shell.hidePanel(*this);
     services_.shell.showStartPanel();
     pump();
-}
-
-void DevicePanel::switchMinusOff() {
-    // VCC's switch takes it along only with Track, and not where Track was set with the two apart; nothing on
-    // the start panel has its switch.
-    if (!board().chkPData[frmMotherboardDAQ2::kPinMinus].checked())
-        return;
-    board().setPin(frmMotherboardDAQ2::kPinMinus, 0);
-    board().followSupplyPins(); // VCC's bit leaves the image as well, before that goes out
-    board().cmdWrtPipe1_Click();
-    board().showSuppliesOn(*this);
 }
 
 bool DevicePanel::requireVcc() {

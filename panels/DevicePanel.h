@@ -67,8 +67,6 @@ class DevicePanel : public Panel,
     bool requireVcc();
 
   private:
-    void switchMinusOff();
-
     BenchServices& services_;
 };
 

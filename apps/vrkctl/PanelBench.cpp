@@ -5,7 +5,7 @@
 #include "apps/vrkctl/Interrupt.h"
 #include "apps/vrkctl/Terminal.h"
 #include "link/modHID.h"
-#include "motherboard/CalibrationFile.h"
+#include "motherboard/calibrationDamage.h"
 #include "platform/runtime/text.h"
 
 #include <algorithm>
@@ -164,7 +164,7 @@ void PanelBench::switchVccOn(const std::string& level) {
     if (!found)
         throw CommandError(ExitCode::CheckFailed, "the calibration file has no level " + level);
     const std::string code = bench().services().supply.VCCHex[levels.listIndex()];
-    if (!CalibrationFile::isCode(code))
+    if (!isSupplyCode(code))
         throw CommandError(ExitCode::CheckFailed, "the calibration file is damaged: level '" + levels.text() +
                                                       "' has the code '" + code + "'");
     done(device.OptVCC[kVccOn].userClick(), "switching VCC on");

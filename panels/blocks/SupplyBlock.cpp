@@ -62,7 +62,6 @@ SupplyBlock::SupplyBlock(Panel& panel, BenchServices& services) : PanelBlock(pan
 }
 
 void SupplyBlock::OptVCC_Click(int index) {
-    const SwitchingVcc switching(services_.ports);
     if (index == 0)
         services_.motherboard.prepareBoard();
     services_.motherboard.showSupplyState(index);

@@ -48,6 +48,10 @@ TEST_F(I2cServicesTest, ReadDataLandByRegisterNumberUpToBox63) {
         EXPECT_EQ(console().TXTI2C[0].text() + console().TXTI2C[7].text(), "1118");
         EXPECT_EQ(console().txtSlaveAddress.text(), "A0");
     }
+    console().txtNumToRead.setText("1");
+    replyWith({0x42});
+    console().cmdRead.userClick();
+    EXPECT_EQ(console().TXTI2C[1].freshness()->state, Freshness::State::Stale); // of the read before
 }
 
 TEST_F(I2cServicesTest, IndividualWriteAlwaysChangesTheRegister) {

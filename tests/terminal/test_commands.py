@@ -188,6 +188,10 @@ class Commands(unittest.TestCase):
             self.assertEqual((code, err, told["on"], told["vminus"]), (0, "", False, "off"))
             self.assertLess(told["vcc"], 0.05)
             self.assertEqual(max(self.supplies(), default=0), 0, "switches nothing on")
+        scenario = self.log.parent / "refused.jsonl"  # the level is not taken, the DAC keeps its own
+        scenario.write_text('{"op":"fault","kind":"writeFails","times":1,"command":9,"atMs":0}\n')
+        code, _, err = run("supply", "on", "--vcc", "3.3", "--simulate", "--scenario", scenario)
+        self.assertEqual((code, "VCC was switched on, but measures 4.374 V" in err), (1, True), err)
 
     def test_wipers_of_other_families(self):
         for part, channel, position, hex_text in [("KV4184", 3, 77, "4D"), ("KV4180", 1, 200, "C8"),

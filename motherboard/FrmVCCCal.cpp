@@ -282,11 +282,11 @@ bool FrmVCCCal::vccOn() const {
 }
 
 void FrmVCCCal::switchVccOff() {
+    const bool shownOn = board().OptVCC[kVccOn].value();
+    board().setPin(frmMotherboardDAQ2::kPinVcc, 0);
     uses_.motherboard.showSupplyState(kVccOff);
-    if (vccOn()) {
-        board().setPin(frmMotherboardDAQ2::kPinVcc, 0);
+    if (!shownOn) // its switch has sent nothing
         board().cmdWrtPipe1_Click();
-    }
     showSupplies();
     lblCalVolts.markStale("VCC was switched off since");
 }

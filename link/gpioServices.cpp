@@ -1,5 +1,6 @@
 #include "link/frmMainF340.h"
 
+#include "link/overtaken.h"
 #include "link/readings.h"
 
 #include <array>
@@ -26,6 +27,18 @@ constexpr std::array<const char*, frmMainF340::kSfrRows> kSfrLabels = {
 /// Rows of the register table that hold each port's mode and data.
 constexpr std::array<int, frmMainF340::kPorts> kModeRows = {6, 7, 8, 19, 20};
 constexpr std::array<int, frmMainF340::kPorts> kDataRows = {0, 1, 2, 16, 17};
+
+void overtakeReadings(frmMainF340& console, std::uint8_t address, std::uint8_t written) {
+    const std::array<ControlArray<Label>*, 3> read = {&console.lblRdOC, &console.lblRdGPData,
+                                                      &console.lblRdGPAnalog};
+    for (std::size_t role = 0; role < read.size(); ++role)
+        for (auto& label : *read.at(role))
+            if (hexToByte(kPortAddresses.at(role).at(static_cast<std::size_t>(label->index()))) == address)
+                overtake(*label, label->caption(), written);
+    for (auto& box : console.txtPBufRd)
+        if (hexToByte(kSfrLabels.at(static_cast<std::size_t>(box->index()))) == address)
+            overtake(*box, box->text(), written);
+}
 
 } // namespace
 
@@ -203,15 +216,18 @@ void frmMainF340::cmdSetSFR_Click() {
     const std::uint8_t address = hexToByte(txtSFRAddress.text());
     const std::uint8_t value = hexToByte(txtSFRWRData.text());
     uses_.trace.detail({"Write F340 SFR Register ", txtSFRAddress.text(), " = ", txtSFRWRData.text()});
-    sendCommand(Command::SfrAccess, kFill, {report::kWrite, address, value});
+    if (sendCommand(Command::SfrAccess, kFill, {report::kWrite, address, value}))
+        overtakeReadings(*this, address, value);
 }
 
 void frmMainF340::writePort(Role role, int port) {
     const PortRole fields = portRole(role, port);
     txtSFRAddress.setText(fields.address);
     uses_.trace.detail({fields.traceWrite, fields.address, fields.traceBetween, fields.written.caption()});
-    sendCommand(Command::SfrAccess, kFill,
-                {report::kWrite, hexToByte(fields.address), hexToByte(fields.written.caption())});
+    const std::uint8_t address = hexToByte(fields.address);
+    const std::uint8_t value = hexToByte(fields.written.caption());
+    if (sendCommand(Command::SfrAccess, kFill, {report::kWrite, address, value}))
+        overtakeReadings(*this, address, value);
 }
 
 void frmMainF340::readPort(Role role, int port) {

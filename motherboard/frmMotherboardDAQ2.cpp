@@ -1,5 +1,6 @@
 #include "motherboard/frmMotherboardDAQ2.h"
 
+#include "link/overtaken.h"
 #include "link/pinNames.h"
 #include "motherboard/replyBytes.h"
 
@@ -155,6 +156,7 @@ void frmMotherboardDAQ2::cmdWrtPipe1_Click() {
         txtPBuf[reg].setText(byteToHex2(uses_.ports.PBuf[reg]));
         console().txtSFRWRData.setText(txtPBuf[reg].text());
         console().cmdSetSFR_Click();
+        overtake(txtPBufRd[reg], txtPBufRd[reg].text(), uses_.ports.PBuf[reg]);
     }
     events().letEventsRun();
     cmdEnableBUttons_Click();

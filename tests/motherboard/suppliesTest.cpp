@@ -79,7 +79,11 @@ TEST_F(SuppliesTest, WithoutTrackSwitchingVccOffLeavesItsBitInTheImage) {
     loadConsoles();
     board().ChkTrack.userClick();
     EXPECT_FALSE(std::get<bool>(value("TrackOn").get(kNoIndex)));
+    board().cmdReadPipe1.userClick();
     board().OptVCC[0].userClick();
+    for (TextBox* port2 : {&board().txtPBufRd[2], &console().txtPBufRd[2]}) // written since
+        EXPECT_EQ(port2->freshness()->state, Freshness::State::Stale);
+    EXPECT_EQ(board().txtPBufRd[0].freshness()->state, Freshness::State::Fresh);
     EXPECT_EQ(image(), "02 08 30 05 08 F8");
     sent();
     board().OptVCC[1].userClick();

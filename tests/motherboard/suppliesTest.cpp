@@ -111,6 +111,7 @@ TEST_F(SuppliesTest, WithoutTrackSwitchingVccOffLeavesItsBitInTheImage) {
     i2c().chkI2CAdr[0].userClick();
     EXPECT_EQ(told(), "VCC is on, though switched off");
     EXPECT_EQ(i2c().lblVCCVolts.freshness()->state, Freshness::State::Stale);
+    i2c().OptVM[1].userClick();
     i2c().OptVM[0].userClick();
     i2c().ChkTrack.userClick();
     EXPECT_EQ(told(), "V- is still on");

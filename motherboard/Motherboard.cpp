@@ -1,6 +1,7 @@
 #include "motherboard/Motherboard.h"
 
 #include "motherboard/FrmVCCCal.h"
+#include "motherboard/consoleMirror.h"
 #include "platform/files/files.h"
 
 #include <array>
@@ -110,6 +111,7 @@ void Motherboard::setUpSupplyDac() {
 void Motherboard::initSupplyDefaults() {
     frmMotherboardDAQ2& board = *console_;
     board.setPin(frmMotherboardDAQ2::kPinVcc, 0); // the switch alone leaves it in the image without Track
+    alignConsole(board, link_); // a board that was plugged in behind the consoles' load was told no pins
     board.OptVCCMinus[1].setValue(true);
     board.OptVCCMinus_Click(1);
     board.OptVCC[1].setValue(true);

@@ -2,6 +2,7 @@
 
 #include "link/overtaken.h"
 #include "link/pinNames.h"
+#include "motherboard/consoleMirror.h"
 #include "motherboard/replyBytes.h"
 
 #include <array>
@@ -176,14 +177,7 @@ void frmMotherboardDAQ2::cmdWrtPipe1_Click() {
 }
 
 void frmMotherboardDAQ2::resendImage() {
-    {
-        const bool before = std::exchange(uses_.link.suppressControlEvents, true);
-        const OnScopeExit restore([this, before] { uses_.link.suppressControlEvents = before; });
-        for (int pin = 0; pin < kPins; ++pin) {
-            chkPData_Click(pin);
-            chkP0OutEn_Click(pin);
-        }
-    }
+    alignConsole(*this, uses_.link);
     cmdWrtPipe1_Click();
 }
 

@@ -6,6 +6,7 @@
 #include "platform/runtime/text.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstddef>
 
 namespace vrk {
@@ -27,7 +28,7 @@ std::string CalibrationFile::headerAt(const WallTime& now) {
 }
 
 std::optional<double> CalibrationFile::volts(const std::string& reference) {
-    if (!isNumeric(reference) || !(leadingNumber(reference) > 0))
+    if (!isNumeric(reference) || !(leadingNumber(reference) > 0) || std::isinf(leadingNumber(reference)))
         return std::nullopt;
     return leadingNumber(reference);
 }

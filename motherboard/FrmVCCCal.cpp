@@ -24,6 +24,11 @@ constexpr const char* kVoltsFormat = "0.0000";
 constexpr const char* kReference = "3.3";
 constexpr const char* kNone = "--";
 
+/// A number beyond all bounds is none either: with it every reading would be.
+bool isReference(const std::string& text) {
+    return isNumeric(text) && std::isfinite(leadingNumber(text));
+}
+
 std::string millivolts(double volts) {
     return decimalText(std::llround(volts * 1000)) + " mV";
 }
@@ -307,7 +312,7 @@ std::vector<CalibrationFinding> FrmVCCCal::findings() const {
             break;
         }
     // A text that is no number is saved as the built-in one.
-    const std::string saved = isNumeric(txtVrefCal.text()) ? txtVrefCal.text() : kReference;
+    const std::string saved = isReference(txtVrefCal.text()) ? txtVrefCal.text() : kReference;
     if (CalibrationFile::volts(saved) != run_.reference)
         all.push_back({false, "measured with a reference of " + doubleText(run_.reference) +
                                   " V, but VREF Voltage is " + txtVrefCal.text()});
@@ -337,7 +342,7 @@ CalibrationFile FrmVCCCal::shownFile() const {
 
 void FrmVCCCal::cmdSaveCal_Click() {
     uses_.state.CalRunning = 0;
-    if (!isNumeric(txtVrefCal.text()))
+    if (!isReference(txtVrefCal.text()))
         txtVrefCal.setText(kReference);
     uses_.analog.VrefCal = leadingNumber(txtVrefCal.text());
     const CalibrationFile file = shownFile();
@@ -392,7 +397,7 @@ void FrmVCCCal::cdmRead_Cal_File_Click() {
 }
 
 void FrmVCCCal::takeReference() {
-    if (!isNumeric(txtVrefCal.text()))
+    if (!isReference(txtVrefCal.text()))
         txtVrefCal.setText(kReference);
     uses_.analog.ADRef = uses_.analog.VrefCal = leadingNumber(txtVrefCal.text());
 }

@@ -17,4 +17,12 @@ inline void alignConsole(frmMotherboardDAQ2& board, modHID& link) {
     }
 }
 
+/// Without Track the switch leaves VCC's bit in the image, and it goes out with every write of the ports.
+inline void tellVccOn(frmMotherboardDAQ2& board) {
+    const CheckBox& pin = board.chkPData[frmMotherboardDAQ2::kPinVcc];
+    board.tell(false, "VCC is on, though switched off",
+               "without Track its pin stays set and goes out with the others; clear P2.5 and write the ports",
+               &pin);
+}
+
 } // namespace vrk

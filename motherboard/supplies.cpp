@@ -1,5 +1,6 @@
 #include "motherboard/frmMotherboardDAQ2.h"
 
+#include "motherboard/consoleMirror.h"
 #include "motherboard/replyBytes.h"
 
 #include <array>
@@ -196,6 +197,11 @@ void frmMotherboardDAQ2::OptVCC_Click(int index) {
     }
     events().letEventsRun();
     cmdWrtPipe1_Click();
+    SupplyPanel* panel = activeSupply();
+    const OptionButton* off = panel == nullptr ? nullptr : panel->vccOption(1);
+    // A panel that has switched it off goes on to the DAC, whose select takes VCC off.
+    if (index == 1 && chkPData[kPinVcc].checked() && (off == nullptr || !off->value()))
+        tellVccOn(*this);
     tellPanel(false, index);
     afterFault.dismiss();
     cmdEnableBUttons_Click();

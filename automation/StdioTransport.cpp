@@ -122,6 +122,11 @@ std::optional<LineReader::Line> LineReader::take() {
     return line;
 }
 
+std::size_t LineReader::waiting() const {
+    const std::lock_guard lock(mutex_);
+    return lines_.size();
+}
+
 void LineReader::wait(std::optional<std::chrono::milliseconds> most) {
     waitUntil([this] { return !lines_.empty() || ended_; }, most);
 }
@@ -175,8 +180,8 @@ void StdioTransport::write(const std::string& line) {
         outputError_ = writeWhole(output_, line + "\n", stop_);
 }
 
-void StdioTransport::serveQueued() {
-    while (!stopping() && server_.mayTake()) {
+void StdioTransport::serveQueued(std::size_t most) {
+    while (most-- > 0 && !stopping() && server_.mayTake()) {
         const auto line = reader_.take();
         if (!line)
             return;
@@ -195,7 +200,9 @@ bool StdioTransport::alone() const {
 }
 
 void StdioTransport::pumpInsideAction() {
-    serveQueued();
+    // Only what has come by now: a client that asks again at each answer must not keep the action from going
+    // on.
+    serveQueued(reader_.waiting());
     if (events_.ended())
         return;
     const Milliseconds now = events_.clock().now();
@@ -226,7 +233,7 @@ void StdioTransport::waitInsideAction(std::optional<Milliseconds> untilNext) {
 
 void StdioTransport::run() {
     while (true) {
-        serveQueued();
+        serveQueued(reader_.waiting());
         events_.runDue();
         server_.settle();
         const auto next = events_.untilNextDue();

@@ -34,6 +34,8 @@ class LineReader {
 
     /// Nothing if no line is there now.
     std::optional<Line> take();
+    /// Lines that are there now.
+    std::size_t waiting() const;
     /// Sleeps until a line is there, the input has ended or the time is over.
     void wait(std::optional<std::chrono::milliseconds> most);
     /// Sleeps until the input has ended or the time is over.
@@ -85,7 +87,8 @@ class StdioTransport {
 
   private:
     void write(const std::string& line);
-    void serveQueued();
+    /// \param most lines at the most
+    void serveQueued(std::size_t most);
     void pumpInsideAction();
     /// An action stands until the user does something.
     void waitInsideAction(std::optional<Milliseconds> untilNext);

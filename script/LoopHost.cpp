@@ -15,10 +15,6 @@ void LoopHost::wait(Milliseconds duration) {
 }
 
 void LoopHost::waitForEvents() {
-    // What ends the pause may be delivered just ahead of the wait: it is looked at again soon.
-    constexpr Milliseconds kLookAgain{50};
-    const EventLoop::EventId wake = events_.postAfter(kLookAgain, [] {});
-    const OnScopeExit withdraw([this, wake] { events_.cancel(wake); });
     events_.waitForEvents();
 }
 

@@ -20,6 +20,8 @@ class frmVRK_User1 final : public WiperPanel, public InstructionEntry, public In
                  PanelSlotBase& instructions);
 
     void Form_Load() override;
+    /// Brings back the part's groups and bus options when the panel was left while the table stood.
+    void Form_Activate() override;
 
     // Set-up
     MenuEntry mnu_I2cList{*this, "mnu_I2cList"};
@@ -137,6 +139,7 @@ class frmVRK_User1 final : public WiperPanel, public InstructionEntry, public In
 
     std::string lastAddressText_ = "50";
     OptionGroup bankGroup_;
+    bool familyAway_ = false;    ///< taken back for the table; comes again behind it, or with the panel
     bool familyOptions_ = false; ///< a family has changed captions and bus options
     Subscription clocks_;
 };

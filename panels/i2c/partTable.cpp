@@ -30,7 +30,15 @@ void frmVRK_User1::mnu_I2cList_Click() {
     chooseFromTable();
 }
 
+void frmVRK_User1::Form_Activate() {
+    WiperPanel::Form_Activate();
+    // Disabled, it stands under the table still, which has its own way back.
+    if (familyAway_ && enabled())
+        afterTable();
+}
+
 void frmVRK_User1::beforeTable() {
+    familyAway_ = true;
     pump();
     dropPending();
     for (Frame* frame : {&fraADDRSelect, &SSFrame2, &FrmShutdown, &frmRegisterWrite})
@@ -51,6 +59,7 @@ void frmVRK_User1::beforeTable() {
 }
 
 void frmVRK_User1::afterTable() {
+    familyAway_ = false;
     numberChannels();
     SSFrame2.setCaption("ACR Register Control");
     Label2.setCaption("ACR Address");

@@ -52,15 +52,14 @@ void EventLoop::letEventsRun() {
 }
 
 void EventLoop::waitForEvents() {
-    letEventsRun();
+    // Nothing is delivered ahead of the wait: the caller would sleep over what it waits for.
     constexpr Milliseconds kIdleStep{4};
     const auto wait = full() ? kIdleStep : untilNextDue();
-    if (wait && wait->count() == 0)
-        return;
-    if (hostWait_) {
-        hostWait_(wait);
-    } else {
-        clock_.sleep(wait.value_or(kIdleStep));
+    if (!ended_ && !(wait && wait->count() == 0)) {
+        if (hostWait_)
+            hostWait_(wait);
+        else
+            clock_.sleep(wait.value_or(kIdleStep));
     }
     letEventsRun();
 }

@@ -54,8 +54,8 @@ class EventLoop {
     /// action on the stack unwinds.
     void letEventsRun();
 
-    /// letEventsRun(), then waits until the next event may be there: for an action that stands until the user
-    /// does something. \throws ProgramEnded
+    /// Waits until the next event may be there, then letEventsRun(): for an action that stands until the user
+    /// does something, and looks for it between the calls. \throws ProgramEnded
     void waitForEvents();
 
     /// Delivers what is due now; for the host's loop, outside any action.

@@ -8,6 +8,7 @@
 #include "platform/files/files.h"
 #include "platform/hid/WireLog.h"
 #include "platform/runtime/text.h"
+#include "platform/system/DesktopEntry.h"
 #include "shell/Bench.h"
 #include "sim/SimulatedBus.h"
 #include "tests/script/scriptFuzz.h"
@@ -170,6 +171,31 @@ std::string wireLog(std::string_view bytes) {
     return decimalText(static_cast<long long>(hid::parseWireLog(bytes).size()));
 }
 
+/// A word of a command as such a file holds it: in quotes, with the escapes of quotes and those of values.
+std::string quotedWord(const std::string& word) {
+    std::string quoted = "\"";
+    for (const char letter : word) {
+        if (letter == '"' || letter == '\\')
+            quoted += R"(\\)";
+        quoted += letter == '\n' ? R"(\n)" : letter == '%' ? "%%" : std::string(1, letter);
+        if (letter == '\\')
+            quoted += letter;
+    }
+    return quoted + "\" ";
+}
+
+std::string desktopEntry(std::string_view bytes) {
+    const auto entry = readDesktopEntry(bytes);
+    if (!entry)
+        return "none";
+    require(!entry->name.empty() && !entry->command.empty(), "an entry without a name or a program");
+    std::string again = "[Desktop Entry]\nType=Application\nName=n\nExec=";
+    for (const std::string& word : entry->command)
+        again += quotedWord(word);
+    require(readDesktopEntry(again)->command == entry->command, "a command that is quoted reads otherwise");
+    return decimalText(static_cast<long long>(entry->command.size())) + (entry->isFor("GNOME") ? "+" : "-");
+}
+
 const char* const kWireLog = "vrkbench wire log 1\n# started 2024-05-31 09:15:02.120\nboard 0 /dev/hidraw3\n";
 
 std::string wireLogLines() {
@@ -216,6 +242,11 @@ std::vector<Target> makeTargets(const fs::path& examples, const fs::path& scratc
          {"{",       "}",         "[",        "1e308",        "-1",      "1e15",       "2147483647",
           "null",    "\"kind\":", "header",   "range",        "stage",   "event",      "end",
           "resumed", "link lost", "mismatch", "\"version\":", "\"ms\":", "\"tally\":", "\n"}},
+        {"desktopentry",
+         desktopEntry,
+         filesOf(examples.parent_path() / "packaging", "", ".desktop"),
+         {"[Desktop Entry]\n", "\nExec=", "\nType=Application", "\nTerminal=", "\nHidden=true",
+          "\nOnlyShowIn=GNOME;", "NotShowIn=", "\"", "\\", "\\\\", "\\s", "%", "%%", "%f", "=", "\n"}},
         {"wirelog",
          wireLog,
          {wireLogLines()},

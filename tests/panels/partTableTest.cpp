@@ -60,7 +60,7 @@ TEST_F(PartTableTest, RowIsTakenWholeOrNotAtAll) {
 
 TEST_F(PartTableTest, TableStandsOnceAndGoesWithItsPanel) {
     openI2c(false);
-    EXPECT_THAT(chooseRow(kGood), IsEmpty());
+    EXPECT_THAT(chooseRow("Q4410/9,4,256,A0,10,C0,5g,r,s,t,u,1,2"), IsEmpty());
     const auto before = setUp();
     // A second opening is the table that stands; what was chosen earlier is no choice of now.
     at(200, [this] {
@@ -88,6 +88,7 @@ TEST_F(PartTableTest, TableStandsOnceAndGoesWithItsPanel) {
     EXPECT_EQ(events.depth(), 0);
     startup().cboVRKSelect.userSelect(frmStartup::kI2C);
     EXPECT_EQ(setUp(), before);
+    EXPECT_TRUE(i2c().Frq4410Show.visible() && bench.frmMainF340->chk2WireRead.checked());
     EXPECT_THAT(chooseRow("KV4071,1,128,50,02,C0,1g,r,s,t,u,1,1"), IsEmpty());
     EXPECT_EQ(i2c().lblProduct.caption(), "KV4071");
 }

@@ -126,6 +126,15 @@ TEST_F(EventLoopTest, EventsRunByDueTimeThenByPosting) {
     EXPECT_EQ(loop.untilNextDue(), std::nullopt);
 }
 
+TEST_F(EventLoopTest, NothingIsDeliveredAheadOfAWait) {
+    loop.setHostWait([this](auto) { order += 'w'; });
+    loop.setHostPump(note('p'));
+    loop.post(note('a'));
+    loop.waitForEvents();
+    loop.waitForEvents();
+    EXPECT_EQ(order, "apwp");
+}
+
 TEST_F(EventLoopTest, ActionsNestWhereTheyLetEventsRun) {
     std::function<void()> again = [&] {
         order += 'p';

@@ -47,6 +47,11 @@ void ChannelBlock::sweepWiper(int channel, int from, int to, int step) {
         {&Slider1[channel], &List1[channel], &txtHexDataWrt[channel], &txtDECDataWrt[channel]});
     sweeping_ = true;
     const OnScopeExit ended([this] { sweeping_ = false; });
+    bool answered = true;
+    const Subscription outcome = observeTransfers([&answered, channel](const Transferred& transfer) {
+        if (transfer.channel == channel)
+            answered = transfer.good;
+    });
     const int length = std::abs(to - from);
     step = std::min(step, length + 1); // a longer one goes straight to the end as well
     const int count = (length + step - 1) / step + 1;
@@ -54,7 +59,8 @@ void ChannelBlock::sweepWiper(int channel, int from, int to, int step) {
         const int distance = std::min(done * step, length); // the last position is always taken
         const int position = from <= to ? from + distance : from - distance;
         if (!sweepPosition(channel, position)) {
-            host().tell(false, "Sweep ended at position " + decimalText(position), "the part did not answer",
+            host().tell(false, "Sweep ended at position " + decimalText(position),
+                        answered ? lblPotRead[channel].freshness()->cause : "the part did not answer",
                         &lblPotRead[channel]);
             return;
         }

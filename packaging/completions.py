@@ -25,8 +25,8 @@ def options(entries, parts):
         behind = option[2].strip()
         values = {"": None, "FILE": "file", "DIR": "folder", "[=PART]": parts, "PART": parts}.get(behind, [])
         if behind == "LEVEL":
-            values = re.findall(r"\d\.\d(?=[,;])|\b(?:Min|Mid|Max|off)\b", text)
-        if behind and (words := re.match(r"(\w+) or (\w+)[;,]", text)):
+            values = re.findall(r"\d\.\d(?=[,;])|\b(?:Min|Mid|Max|off)\b", text.replace("never off", ""))
+        if behind and (words := re.match(r"(\w+) or (\w+)\b", text)):
             values = list(words.groups())
         yield option[1], text, values
 
@@ -35,10 +35,10 @@ FILE_COMMANDS = set()
 
 
 def commands(program, parts, path=()):
-    """Each command: its words, its options, the (name, text) of those inside it; a file is one named "FILE"."""
+    """Each command: its words, its options, the (name, text) of those inside it; a file is one named "FILE" or "JOURNAL"."""
     helped = Help(said(program, *path, "--help"))
     inner = helped.lists.get("Subcommands", [])
-    if any(name.startswith("FILE") for name, _ in helped.lists.get("Positionals", [])):
+    if any(name.startswith(("FILE", "JOURNAL")) for name, _ in helped.lists.get("Positionals", [])):
         FILE_COMMANDS.add(" ".join(path))
     yield " ".join(path), list(options(helped.lists["Options"], parts)), inner
     for name, _ in inner:

@@ -99,7 +99,8 @@ class Install(unittest.TestCase):
         bash = self.root / COMPLETIONS[0]
         for words, wanted in [("vrkctl wip", "wiper"), ("vrkctl wiper sweep 0 --fr", "--from"),
                               ("vrkctl boards --simulate KV6", "KV6021"), ("vrkctl wiper read --vcc 3.", "3.0 3.3 3.5"),
-                              ("vrkctl script run --bus s", "spi"), (f"vrkctl script run {SOURCE}/READM", f"{SOURCE}/README.md")]:
+                              ("vrkctl script run --bus s", "spi"),
+                              ("vrkctl runin run --on-mismatch s", "stop"), (f"vrkctl script run {SOURCE}/READM", f"{SOURCE}/README.md")]:
             count = len(words.split())
             said = output_of("bash", "-c", f'. "$1"; COMP_WORDS=($2); COMP_CWORD={count - 1}; '
                              '_vrkctl vrkctl "${COMP_WORDS[-1]}" "${COMP_WORDS[-2]}"; echo "${COMPREPLY[*]}"', "bash",

@@ -45,9 +45,12 @@ std::optional<int> readOptions(int argc, char** argv, DesktopOptions& options) {
     try {
         line.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
-        const bool asked = error.get_exit_code() == static_cast<int>(CLI::ExitCodes::Success);
-        line.exit(error);
-        return asked ? kDone : kUsage;
+        if (error.get_exit_code() == static_cast<int>(CLI::ExitCodes::Success)) {
+            line.exit(error); // the text that was asked for
+            return kDone;
+        }
+        std::fprintf(stderr, "vrkbench: %s (\"vrkbench --help\" tells more)\n", error.what());
+        return kUsage;
     }
     options.openPart = !options.simulate.empty() && options.simulate != "/d";
     if (simulate->count() > 0 && !options.openPart)

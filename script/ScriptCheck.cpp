@@ -49,7 +49,7 @@ class Checker {
         const CleanLine line(script_.ScriptRaw[static_cast<std::size_t>(step_) - 1]);
         if (line.blank)
             warning("blank line: it is a step that does nothing");
-        else if (line.isCommand())
+        else if (line.isCommand)
             command(line);
         else if (!line.code.empty())
             data(line.fields());
@@ -139,7 +139,10 @@ class Checker {
         else if (end < start)
             add(end, ScriptFinding::Severity::Error,
                 "`EIEND stands ahead of `EISTART: there is no service block");
-        const auto isEnd = [](const std::string& raw) { return CleanLine(raw).code == "`ENDM"; };
+        const auto isEnd = [](const std::string& raw) {
+            const CleanLine line(raw);
+            return line.isCommand && line.code == "`ENDM";
+        };
         if (std::none_of(script_.ScriptRaw.begin(), script_.ScriptRaw.end(), isEnd))
             warning("no `ENDM: the last line is never run");
     }

@@ -60,7 +60,7 @@ void loadLine(ScriptState& script, ScriptFields& fields, const std::string& raw,
     const CleanLine line(raw);
     if (line.blank) {
         row[ScriptColumn::Comment] = "Script File has a blank line";
-    } else if (line.isCommand()) {
+    } else if (line.isCommand) {
         readCommandLine(line, step, script, row, sizes);
         if (script.IntStartStep == step)
             fields.setText(Text::Istart, script.StepNo);

@@ -30,7 +30,8 @@ bool second(const std::string& code, const char* letter) {
 
 } // namespace
 
-CleanLine::CleanLine(const std::string& raw) : code(raw), blank(raw.empty()) {
+CleanLine::CleanLine(const std::string& raw)
+    : code(raw), blank(raw.empty()), isCommand(startsWith(raw, "`")) {
     for (char& c : code)
         if (c == '\t' || c == '\x0F')
             c = ' ';

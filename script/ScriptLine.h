@@ -20,12 +20,12 @@ struct DataFields {
 /// that has one.
 struct CleanLine {
     explicit CleanLine(const std::string& raw);
-    bool isCommand() const { return !code.empty() && code.front() == '`'; }
     DataFields fields() const;
 
     std::string code;
     std::string comment;
-    bool blank = false; ///< nothing at all on the line
+    bool blank;     ///< nothing at all on the line
+    bool isCommand; ///< the backtick is the line's very first character: behind blanks it is data
 };
 
 /// Fills the row and the sizes of a data line. \return true if it has expected data. \throws Fault

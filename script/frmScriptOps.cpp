@@ -206,6 +206,7 @@ void frmScriptOps::takeLines(const std::vector<std::string>& lines, const std::s
     uses_.run.ScriptAbort = uses_.run.ScriptAbort || script_.ScriptRunning;
     debugger_.go();
     setRunButtons(false);
+    cmdAbort.setEnabled(false); // a run that stands on the stack ends by itself: its rows are gone
     cmdReload2.setEnabled(false);
     frmDataRecord.setEnabled(false);
     lblLoadStatus.setCaption("");
@@ -268,6 +269,7 @@ void frmScriptOps::cmdReload2_Click() {
     if (!script_.ScriptLoaded)
         return;
     const bool runs = cmdExecAll.enabled();
+    const bool steps = cmdStep.enabled(); // also while a run stands
     setRunButtons(false);
     cmdAbort.setEnabled(false);
     txtRdFails.setText("");
@@ -279,6 +281,7 @@ void frmScriptOps::cmdReload2_Click() {
     } catch (const Fault& fault) {
         showLoadFault(fault.what());
         setRunButtons(runs); // the script that is loaded stays, and its run, if there is one
+        cmdStep.setEnabled(steps);
         cmdAbort.setEnabled(script_.ScriptRunning);
     }
     cmdReload2.setEnabled(true); // the user can mend the file

@@ -224,9 +224,11 @@ void frmScriptOps::rowBegan(int row) {
 }
 
 void frmScriptOps::passEnded(ScriptEnd end) {
+    // Where a load has taken the rows away, how it ended says whether what stands there now can be run.
+    if (cmdAbort.enabled())
+        setRunButtons(true);
     cmdAbort.setEnabled(false);
     frmDataRecord.setEnabled(true);
-    setRunButtons(true);
     showRecording();
     const PassResult& pass = results().passes.back();
     const bool good = pass.failed == 0 && pass.errors == 0 && end == ScriptEnd::Completed;
@@ -274,7 +276,7 @@ void frmScriptOps::cmdExecAll_Click() {
 void frmScriptOps::cmdRunContinuous_Click() {
     const OnScopeExit buttons([this] {
         cmdAbort.setEnabled(false);
-        cmdRunContinuous.setEnabled(true);
+        cmdRunContinuous.setEnabled(cmdExecAll.enabled());
     });
     withRun(false, [this] { return run_.runPasses(); });
 }

@@ -194,10 +194,16 @@ TEST_F(ScriptRunTest, TheUserMayRunARowOrLoadAnotherScriptInTheMidst) {
     ASSERT_TRUE(panel().cmdExecAll.userClick().done());
     EXPECT_THAT(ranLines(), ElementsAre(1, 2, 5, 3));
 
-    at(20, [&] { load("00,,33\n`ENDM"); });
-    ASSERT_TRUE(panel().cmdExecAll.userClick().done());
-    EXPECT_EQ(panel().results().end, ScriptEnd::Stopped);
-    EXPECT_EQ(cell(1, Column::Actual), "--");
+    // Half a script that comes in the midst cannot be run once the run has ended.
+    for (const std::string rest : {"", "\n`w99999"}) {
+        load("02,C0,\n`w50\n`ENDM");
+        at(20, [&] { load("00,,33\n`ENDM" + rest); });
+        ASSERT_TRUE(panel().cmdRunContinuous.userClick().done());
+        EXPECT_EQ(panel().results().end, ScriptEnd::Stopped);
+        EXPECT_EQ(cell(1, Column::Actual), "--");
+        EXPECT_EQ(panel().cmdExecAll.enabled() && panel().cmdRunContinuous.enabled(), rest.empty());
+        EXPECT_EQ(panel().cmdExecAll.enabled() || panel().cmdRunContinuous.enabled(), rest.empty());
+    }
     EXPECT_THAT(boxes(), IsEmpty());
 }
 

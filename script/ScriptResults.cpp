@@ -91,10 +91,12 @@ void ResultCollector::listNotReached() {
 }
 
 void ResultCollector::passEnded(ScriptEnd end) {
+    if (!inPass_)
+        return; // with the table that its rows were of
     PassResult& pass = results_.passes.back();
     if (anyRow_)
         listNotReached();
-    count();
+    pass.lasted = host_.now() - passBegan_;
     pass.ended = true;
     pass.end = end;
     inPass_ = false;
@@ -144,10 +146,15 @@ int ResultCollector::runs(int row) const {
 
 void ResultCollector::newTable() {
     last_.clear();
-    if (inPass_)
-        return; // the run ends at its next row, and tells what it came to
-    results_ = {};
-    open_.clear();
+    if (!inPass_) {
+        results_ = {};
+        open_.clear();
+        return;
+    }
+    // The run ends at its next row. What it came to is told while its rows and its counters still stand.
+    for (const std::size_t at : open_)
+        rows()[at].lasted = host_.now() - rows()[at].began;
+    passEnded(ScriptEnd::Stopped);
 }
 
 RowResult* ResultCollector::current() {
@@ -161,6 +168,8 @@ const RowResult* ResultCollector::lastEnded() const {
 void ResultCollector::rowCompared(int /*row*/, bool equal) {
     if (RowResult* result = current())
         result->verdict = std::max(result->verdict, equal ? RowVerdict::Pass : RowVerdict::Fail);
+    if (inPass_)
+        count();
 }
 
 void ResultCollector::rowInError(int /*row*/, const std::string& why) {

@@ -189,7 +189,7 @@ LivePart makeScriptCounts(PageUi& page, frmScriptOps& p) {
     list->setContentsMargins(kUnit, kUnit / 2, kUnit, kUnit / 2);
     list->setSpacing(2);
     frame->setFixedHeight(dp(kHigh));
-    frame->setMinimumWidth(dp(180));
+    frame->setMinimumWidth(dp(140)); // room for an inspector beside the page in 1280 pixels
     items.emplace_back(frame);
     auto* all = row(items);
     all->setStretch(static_cast<int>(counts.size()), 3);

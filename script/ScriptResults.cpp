@@ -146,15 +146,16 @@ int ResultCollector::runs(int row) const {
 
 void ResultCollector::newTable() {
     last_.clear();
-    if (!inPass_) {
+    if (inPass_) {
+        // The run ends at its next row. What it came to is told while its rows and its counters still stand.
+        for (const std::size_t at : open_)
+            rows()[at].lasted = host_.now() - rows()[at].began;
+        passEnded(ScriptEnd::Stopped);
+    } else if (results_.ended) {
         results_ = {};
-        open_.clear();
-        return;
     }
-    // The run ends at its next row. What it came to is told while its rows and its counters still stand.
-    for (const std::size_t at : open_)
-        rows()[at].lasted = host_.now() - rows()[at].began;
-    passEnded(ScriptEnd::Stopped);
+    results_.byHand.clear();
+    open_.clear();
 }
 
 RowResult* ResultCollector::current() {

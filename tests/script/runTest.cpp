@@ -197,7 +197,8 @@ TEST_F(ScriptRunTest, TheUserMayRunARowOrLoadAnotherScriptInTheMidst) {
     // Half a script that comes in the midst cannot be run once the run has ended.
     for (const std::string rest : {"", "\n`w99999"}) {
         load("02,C0,\n00,44,44\n`w50\n#\n`ENDM");
-        at(20, [&] { load("00,,33\n`ENDM" + rest); });
+        at(20, [&] { load("#\n"); });
+        at(30, [&] { load("00,,33\n`ENDM" + rest); });
         ASSERT_TRUE(panel().cmdRunContinuous.userClick().done());
         EXPECT_EQ(panel().results().end, ScriptEnd::Stopped);
         EXPECT_EQ(panel().results().passes.back().passed, 1);

@@ -213,6 +213,8 @@ void StdioTransport::pumpInsideAction() {
 }
 
 void StdioTransport::waitInsideAction(std::optional<Milliseconds> untilNext) {
+    if (server_.mayTake() && reader_.waiting() > 0)
+        return; // no time passes ahead of what has come
     if (alone()) {
         // Nobody asks any more: time passes until pumpInsideAction() ends the action.
         constexpr Milliseconds kStep{100};

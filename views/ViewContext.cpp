@@ -14,10 +14,10 @@ QString lastResult(const modHID& link) {
     if (link.health() == Health::Gone)
         return "Last exchange: not taken";
     if (link.i2cStatus == kLinkError)
-        return "Last exchange: the bus did not answer";
+        return "Last I2C transfer: the bus did not answer";
     if (link.i2cStatus == kLinkGood)
-        return "Last exchange: good";
-    return "No transfer yet";
+        return "Last I2C transfer: good";
+    return "No I2C transfer yet";
 }
 
 QString farEnd(BoardKind kind, const QString& name) {

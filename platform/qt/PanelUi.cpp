@@ -117,8 +117,7 @@ AgeLabel* PanelUi::age(Label& control) {
     label->words = [&control, &clock]() -> std::pair<QString, Tone> {
         if (!control.freshness())
             return {QString(), Tone::Quiet};
-        return ageWords(*control.freshness(), clock.now(),
-                        QString::fromStdString(control.caption()).trimmed());
+        return ageWords(*control.freshness(), clock.now());
     };
     watch(control, [label] { label->refresh(); });
     ages_.push_back(label);

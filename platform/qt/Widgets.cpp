@@ -223,7 +223,7 @@ QString duration(Milliseconds age) {
 }
 } // namespace
 
-std::pair<QString, Tone> ageWords(const Freshness& freshness, Milliseconds now, const QString& shown) {
+std::pair<QString, Tone> ageWords(const Freshness& freshness, Milliseconds now) {
     const QString age = duration(now - freshness.since);
     switch (freshness.state) {
     case Freshness::State::Never:
@@ -235,8 +235,9 @@ std::pair<QString, Tone> ageWords(const Freshness& freshness, Milliseconds now, 
     case Freshness::State::Stale:
         break;
     }
+    // Of the last good one: what stands there now may be what the failed one left.
     if (freshness.failed)
-        return {QString("last read failed; %1 is %2 old").arg(shown, age), Tone::Failed};
+        return {"last read failed; good " + age + " ago", Tone::Failed};
     const QString cause = QString::fromStdString(freshness.cause);
     return {cause.isEmpty() ? age + " old" : age + " old, " + cause, Tone::Quiet};
 }

@@ -154,7 +154,7 @@ class ValueLabel final : public ToneLabel {
 };
 
 /// How old a reading is, in words that grow older by themselves: "read 3 s ago", "not read yet", "4 min old,
-/// the address changed since", "last read failed; 35 is 2 min old".
+/// the address changed since", "last read failed; good 2 min ago".
 class AgeLabel final : public ToneLabel {
   public:
     AgeLabel();
@@ -169,8 +169,7 @@ class AgeLabel final : public ToneLabel {
   private:
     QTimer older_;
 };
-/// \param shown the value as it stands, for "35 is 2 min old".
-std::pair<QString, Tone> ageWords(const Freshness& freshness, Milliseconds now, const QString& shown);
+std::pair<QString, Tone> ageWords(const Freshness& freshness, Milliseconds now);
 
 /// Two states side by side, one of them chosen: On | Off.
 class SegmentedSwitch final : public QWidget {

@@ -51,7 +51,7 @@ TEST_F(I2cWindowTest, FirstWiperFromStartToVolts) {
     settle();
     EXPECT_TRUE(text("status.board").contains("Simulated board with KV4071 attached"));
     EXPECT_EQ(text("status.socket"), "socket: KV4071 at 50");
-    EXPECT_EQ(text("status.last"), "Last exchange: good");
+    EXPECT_EQ(text("status.last"), "Last I2C transfer: good");
 }
 
 TEST_F(I2cWindowTest, BoxesAreAnsweredWithTheMouse) {

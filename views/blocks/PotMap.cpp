@@ -88,7 +88,7 @@ QLabel* wiperVolts(PageUi& page, InstructionPanel& p, int pot) {
         shown->setText(measured ? "wiper " + words(volts.caption()) + " V" + (fresh ? "" : ", old")
                                 : QString());
         shown->setTone(fresh ? Tone::Plain : Tone::Stale);
-        shown->setToolTip(measured ? ageWords(worth, clock.now(), words(volts.caption())).first : QString());
+        shown->setToolTip(measured ? ageWords(worth, clock.now()).first : QString());
     });
     return shown;
 }
@@ -118,7 +118,7 @@ QLabel* rowWrites(PageUi& page, const InstructionPanel& p, int reg) {
 std::pair<QString, Tone> cellWords(const InstructionPanel& p, const PotMap::Place& at, const Reading& reading,
                                    Milliseconds now) {
     const Freshness& worth = *reading.freshness();
-    const auto full = ageWords(worth, now, words(reading.caption()));
+    const auto full = ageWords(worth, now);
     if (worth.failed)
         return {"last read failed", Tone::Failed};
     if (worth.state == Freshness::State::Stale)
@@ -177,7 +177,7 @@ class PotMap::Cell final : public QWidget {
         age->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
         const Clock& clock = p.context().clock();
         age->words = [&p, at, &reading = reg.read, &clock, age] {
-            age->setToolTip(ageWords(*reading.freshness(), clock.now(), words(reading.caption())).first);
+            age->setToolTip(ageWords(*reading.freshness(), clock.now()).first);
             return cellWords(p, at, reading, clock.now());
         };
         ui.watch(reg.readLamp, [age] { age->refresh(); });

@@ -77,10 +77,10 @@ Section& addSupplySection(PageUi& page, SupplyBlock& block) {
     section.setFoldsLast(true);
     const auto measured = [&block, &page]() -> QString {
         const auto& worth = block.lblVCCVolts.freshness();
-        QString words = ageWords(*worth, page.panel().context().clock().now(),
-                                 QString::fromStdString(block.lblVCCVolts.caption()))
-                            .first;
-        return words.replace("not read", "not measured").replace("read ", "measured ");
+        QString words = ageWords(*worth, page.panel().context().clock().now()).first;
+        return words.replace("last read", "last measurement")
+            .replace("not read", "not measured")
+            .replace("read ", "measured ");
     };
     summarise(page, section,
               [&block] {

@@ -224,7 +224,7 @@ void ChannelBlock::CMDxMIT_Click(int index) {
     if (wipers.DecPending)
         txtDECDataWrt_KeyPress(wipers.DecPendingIndex, kEnterKey);
     host().pump();
-    const std::string sent = txtHexDataWrt[index].text();
+    const std::string sent = sentText(index);
     const bool good = writeWiper(index);
     lblWiperVolts[index].markStale("the wiper was written since");
     transferred(index, Transfer::Write, good);
@@ -235,7 +235,7 @@ void ChannelBlock::CMDxMIT_Click(int index) {
         host().wait(Milliseconds{50});
         cmdI2Read_Click(index);
         host().pump();
-        detail = "read back " + lblPotReadhex[index].caption() + ", " + lblWiperVolts[index].caption() + " V";
+        detail = "read back " + lblPotReadhex[index].caption() + ", " + voltsText(index);
         told = told || lblPotReadhex[index].freshness()->state != Freshness::State::Fresh;
     }
     if (!told)
@@ -266,6 +266,12 @@ void ChannelBlock::showPosition(int index, std::optional<int> read) {
         markReading(*shown, read.has_value());
 }
 
+std::string ChannelBlock::voltsText(int index) const {
+    const Reading& volts = lblWiperVolts[index];
+    return volts.freshness()->state == Freshness::State::Fresh ? volts.caption() + " V"
+                                                               : "volts not measured";
+}
+
 void ChannelBlock::cmdI2Read_Click(int index) {
     beforeRead(index);
     if (!mayExchange())
@@ -282,7 +288,7 @@ void ChannelBlock::cmdI2Read_Click(int index) {
         if (volts.freshness()->state == Freshness::State::Fresh)
             points_.emit({index, shownPosition(*read), leadingNumber(volts.caption())});
         host().tell(true, "Read " + lblPotReadhex[index].caption() + " from wiper " + decimalText(index),
-                    volts.caption() + " V", &lblPotRead[index]);
+                    voltsText(index), &lblPotRead[index]);
     }
     host().pump();
     host().wait(Milliseconds{20});

@@ -128,6 +128,8 @@ class ChannelBlock : public PanelBlock {
     /// Reads into WiperRead(6). \return nothing if the read failed: what WiperRead(6) then holds may be
     /// anything, and is shown but never taken for a reading.
     virtual std::optional<int> readWiper(int channel) = 0;
+    /// What a write of the channel gives the part, in words: its entry, unless the frame holds less of it.
+    virtual std::string sentText(int channel) const { return txtHexDataWrt[channel].text(); }
     /// Why the last exchange failed, in words.
     virtual std::string failureDetail() const = 0;
     /// What is shown of a value above the taps.
@@ -164,6 +166,8 @@ class ChannelBlock : public PanelBlock {
     void tellRefused(const TextBox& entry, int value);
     void showWriteValue(int index, int value);
     void showPosition(int index, std::optional<int> read);
+    /// "2.458 V", or that they could not be measured.
+    std::string voltsText(int index) const;
     void transferred(int index, Transfer kind, bool good);
     DisabledWhile channelBusy(int index);
     bool sweepPosition(int channel, int position);

@@ -85,6 +85,12 @@ void ControlRegister::exchange(RegisterAction action) {
         host().wait(pace.before);
     if (!hasRegister(action))
         return;
+    if (action == RegisterAction::ControlWrite && txtACR[0].text() == "NA") {
+        // A product table's word for no byte: taken for 0 it would shut the part down.
+        host().tell(false, "Write of register " + registerAddress(action).text() + " refused",
+                    "the field holds no byte to write", &txtACR[0]);
+        return;
+    }
     DisabledWhile busy(registerButtons(action));
     host().pump();
     showOutcome(action, exchangeRegister(action));

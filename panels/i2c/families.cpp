@@ -77,8 +77,12 @@ void frmVRK_User1::CMDq331X_Read_Click(int index) {
     console().txtStartRegRD.setText(commandOf(tenBit::kRead, index));
     console().cmdRead_Click();
     lblRdq331x[index].setCaption(hexText(twoByteReading()));
-    markReading(lblRdq331x[index], lastTransferGood());
+    const bool good = lastReadGood();
+    markReading(lblRdq331x[index], good);
     readOutcome();
+    const std::string& name = CMDq331X_Read[index].caption();
+    tell(good, good ? "Read " + lblRdq331x[index].caption() + " from " + name : "Read of " + name + " failed",
+         good ? "" : failureDetail(), &lblRdq331x[index]);
 }
 
 void frmVRK_User1::CMDq331X_Write_Click(int index) {
@@ -96,9 +100,13 @@ void frmVRK_User1::CMDq331X_Write_Click(int index) {
         goodWrite();
     else
         readOutcome();
+    const bool good = lastTransferGood();
+    const std::string& name = CMDq331X_Write[index].caption();
+    tell(good, good ? "Wrote " + txtWrQ3319[index].text() + " to " + name : "Write of " + name + " failed",
+         good ? "" : failureDetail(), &txtWrQ3319[index]);
 }
 
-void frmVRK_User1::transferInstruction(const char* instruction, Reading& recipient) {
+void frmVRK_User1::transferInstruction(const Button& button, const char* instruction, Reading& recipient) {
     (void)requireVcc(); // the exchange runs all the same
     setBusAddress();
     class frmMainF340& f340 = console();
@@ -118,15 +126,19 @@ void frmVRK_User1::transferInstruction(const char* instruction, Reading& recipie
     setOptions(0, 1);
     f340.txtNumToRead.setText(" 2");
     readOutcome();
+    const bool good = lastTransferGood();
+    tell(good, "Transfer " + button.caption() + (good ? "" : " failed"), good ? "" : failureDetail(),
+         &button);
 }
 
 void frmVRK_User1::cmdQ331xDatatoWiper_Click(int index) {
-    transferInstruction(commandOf(tenBit::kDataToWiper, index), lblRdq331x[0]);
+    transferInstruction(cmdQ331xDatatoWiper[index], commandOf(tenBit::kDataToWiper, index), lblRdq331x[0]);
     wipersMoved();
 }
 
 void frmVRK_User1::cmdQ331xWipertoData_Click(int index) {
-    transferInstruction(commandOf(tenBit::kWiperToData, index), lblRdq331x[index + 1]);
+    transferInstruction(cmdQ331xWipertoData[index], commandOf(tenBit::kWiperToData, index),
+                        lblRdq331x[index + 1]);
 }
 
 // Parts with banks
@@ -251,10 +263,21 @@ void frmVRK_User1::cdmAuto_Init_Click() {
         opt4422[bank].setValue(true);
         opt4422_Click(bank);
         for (int channel = 0; channel < kChannels && !stopped; ++channel) {
-            // Each register gets the number of its own place.
-            txtHexDataWrt[channel].setText(hexText(channel * 16 + bank - 1, 2));
-            txtHexDataWrt_KeyPress(channel, kEnterKey);
-            activity.progress((bank - 1) * kChannels + channel + 1, kBanks * kChannels);
+            opt4422[bank].setValue(true); // a channel that was read back has left the bank for its wiper
+            // In a bank that was not taken the value would land in another register.
+            const bool taken = lastTransferGood();
+            if (taken) {
+                // Each register gets the number of its own place.
+                txtHexDataWrt[channel].setText(hexText(channel * 16 + bank - 1, 2));
+                txtHexDataWrt_KeyPress(channel, kEnterKey);
+            }
+            if (!lastTransferGood()) {
+                tell(false, "Filling ended at DR" + decimalText(channel) + decimalText(bank - 1),
+                     failureDetail(), taken ? &txtHexDataWrt[channel] : &txtACR[0]);
+                stopped = true;
+            } else {
+                activity.progress((bank - 1) * kChannels + channel + 1, kBanks * kChannels);
+            }
         }
     }
     // Stopped or not, the part is left with its wipers in reach.

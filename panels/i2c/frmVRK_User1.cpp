@@ -99,6 +99,8 @@ void frmVRK_User1::choosePart(const I2cPartFacts& part) {
     leaveFamily();
     hideInstructions();
     txtACRAddress.setText(std::string(part.acrAddress));
+    if (txtACR[0].text() == "NA")
+        txtACR[0].setText(hexText(wipers.ACRImage)); // this part has the register
     txtDeviceAdr.setText(hexText(part.address, 2));
     wipers.TapCount = part.taps;
     wipers.channelCount = part.channels;
@@ -224,6 +226,19 @@ bool frmVRK_User1::lastTransferGood() const {
     return link().lastTransfer() == kLinkGood && link().i2cStatus == kLinkGood;
 }
 
+bool frmVRK_User1::lastReadGood() {
+    // A read that names no register comes from wherever the part's pointer stands.
+    class frmMainF340& f340 = console();
+    return lastTransferGood() &&
+           (f340.chkRandom.checked() || f340.ChK2WireCommand.checked() || f340.chk2WireRead.checked());
+}
+
+std::string frmVRK_User1::sentText(int channel) const {
+    if (productStarts("Q4410/9"))
+        return "the instruction";
+    return cboDataSize.listIndex() == 0 ? "no data" : WiperPanel::sentText(channel);
+}
+
 bool frmVRK_User1::writeWiper(int channel) {
     setAddressBytes();
     Wrt_VRK(wipers.ChanReg[channel]);
@@ -235,13 +250,16 @@ std::optional<int> frmVRK_User1::readWiper(int channel) {
     const unsigned before = link().transfers();
     Read_VRK(wipers.ChanReg[channel]);
     // With the data size "None" nothing is sent, and the status is that of an exchange before.
-    if (link().transfers() == before || !lastTransferGood())
+    if (link().transfers() == before || !lastReadGood())
         return std::nullopt;
     return wipers.WiperRead[kWiperElement];
 }
 
 std::string frmVRK_User1::failureDetail() const {
-    return "bus status " + decimalText(link().i2cStatus);
+    if (!lastTransferGood())
+        return "bus status " + decimalText(link().i2cStatus);
+    return cboDataSize.listIndex() == 0 ? "nothing is read with the data size None"
+                                        : "the console's options leave the register byte out";
 }
 
 int frmVRK_User1::shownPosition(int value) const {
@@ -281,7 +299,7 @@ void frmVRK_User1::Read_VRK(int reg) {
             f340.cmdRead_Click();
             wipers.WiperRead[kWiperElement] = twoByteReading();
             lblRdq331x[0].setCaption(hexText(wipers.WiperRead[kWiperElement]));
-            markReading(lblRdq331x[0], lastTransferGood());
+            markReading(lblRdq331x[0], lastReadGood());
         }
     }
     readOutcome();

@@ -110,12 +110,13 @@ class frmVRK_User1 final : public WiperPanel, public InstructionEntry, public In
     void applyFamily();
     void beforeRead(int channel) override;
     bool writeWiper(int channel) override;
+    std::string sentText(int channel) const override;
     std::optional<int> readWiper(int channel) override;
     std::string failureDetail() const override;
     int shownPosition(int value) const override;
     void labelBank();
     /// \param recipient shows the register that the transfer changes.
-    void transferInstruction(const char* instruction, Reading& recipient);
+    void transferInstruction(const Button& button, const char* instruction, Reading& recipient);
     void placeDirectPins();
     void setDirectPin(int index, int value);
     void choosePart(const I2cPartFacts& part);
@@ -127,6 +128,7 @@ class frmVRK_User1 final : public WiperPanel, public InstructionEntry, public In
     int twoByteReading();
     void readThroughInstruction(int reg);
     bool lastTransferGood() const;
+    bool lastReadGood();
     void writeOutcome();
     void readOutcome();
     Pace registerPace(RegisterAction action) const override;

@@ -142,7 +142,7 @@ void frmVRK_User1::applyFamily() {
             box->setVisible(false);
         txtCalcAddr.setVisible(false);
         cmdCopyAdr.setVisible(false);
-        for (const int pin : {0, 1, 3, 3}) // CS twice: harmless, and seen on the wire
+        for (const int pin : {0, 1, 3}) // DS0 and DS1: pot 3; CS: the bus is heard
             Chq4422[pin].setValue(1);
         fraADDRSelect.setVisible(false);
     } else if (productStarts("Q4410/9")) {

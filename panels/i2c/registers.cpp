@@ -51,7 +51,7 @@ RegisterOutcome frmVRK_User1::exchangeRegister(RegisterAction action) {
     else
         writeRegister(action);
     outcome.lamp = link().i2cStatus == kLinkGood;
-    outcome.trusted = lastTransferGood();
+    outcome.trusted = isRead(action) ? lastReadGood() : lastTransferGood();
     outcome.detail = failureDetail();
     return outcome;
 }

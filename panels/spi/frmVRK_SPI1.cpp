@@ -178,6 +178,8 @@ void frmVRK_SPI1::choosePart(const SpiPartFacts& part) {
     txtSPIRDQuantity.setText(decimalText(part.readBytes));
     txtACRAddress[0].setText(std::string(part.acrWrite));
     txtACRAddress[1].setText(std::string(part.acrRead));
+    if (txtACR[0].text() == "NA")
+        txtACR[0].setText(hexText(wipers.ACRImage)); // this part has the register
     txtDeviceAdr.setText(std::string(part.id));
     chkSendID.setValue(part.hasId ? 1 : 0);
     txtGPAddress[0].setText(std::string(part.generalWrite));
@@ -263,7 +265,13 @@ bool frmVRK_SPI1::exchangeFrame(const SpiFrame& frame, int answerBytes) {
         daq.txtSPIWrite3Data[static_cast<int>(at) + 1].setText(frame[at].hex);
     daq.txtSPIWrQty3.setText(txtSPIRDQuantity.text());
     daq.cmdSPIOWrite3_Click();
-    return judge(frame, length, spiReadRow(daq));
+    const bool good = judge(frame, length, spiReadRow(daq));
+    // Behind an ID the check byte is the ID that comes back: no answer, however it looks.
+    const bool led = chkSendID.checked() || family() == SpiFamily::TenBit;
+    answered_ = good && (!led || length - answerBytes > SpiRowFields::kCheckByte);
+    if (good && !answered_)
+        failure_ = "a frame of " + decimalText(length) + " bytes ends ahead of the part's answer";
+    return good;
 }
 
 bool frmVRK_SPI1::judge(const SpiFrame& frame, int length, const SpiRowFields& row) {
@@ -288,6 +296,12 @@ const std::string& frmVRK_SPI1::answer(int fromEnd) const {
     return board().txtSPIORead3[answerLength_ - fromEnd].text();
 }
 
+std::string frmVRK_SPI1::sentText(int channel) const {
+    if (decimalInt(txtSPIWrCount.text()) < static_cast<int>(writeFrame(channel).size()))
+        return "a frame without all of its data";
+    return lastDigits(txtHexDataWrt[channel].text(), family() == SpiFamily::TenBit ? 3 : 2);
+}
+
 bool frmVRK_SPI1::writeWiper(int channel) {
     const bool good = sendFrame(writeFrame(channel));
     const Colour colour = good ? Colour::LightGreen : Colour::LightRed;
@@ -307,7 +321,7 @@ std::optional<int> frmVRK_SPI1::readWiper(int channel) {
     if (tenBit)
         value += 256 * hexToInt(lastDigits(answer(2), 1));
     wipers.WiperRead[kWiperElement] = value;
-    return good ? std::optional(value) : std::nullopt;
+    return answered_ ? std::optional(value) : std::nullopt;
 }
 
 } // namespace vrk

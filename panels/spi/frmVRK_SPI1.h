@@ -109,8 +109,8 @@ class frmVRK_SPI1 final : public WiperPanel, public InstructionEntry, public Ins
     /// One frame through the motherboard's write row, or through its read row. \return true if the board has
     /// replied and the part has answered with something other than 0 behind the first byte.
     bool sendFrame(const SpiFrame& frame);
-    /// \param answerBytes at the frame's end that hold the value. \throws Fault "Subscript out of range" for
-    /// a frame that is shorter
+    /// Sets answered_ too. \param answerBytes at the frame's end that hold the value. \throws Fault
+    /// "Subscript out of range" for a frame that is shorter
     bool exchangeFrame(const SpiFrame& frame, int answerBytes);
     bool judge(const SpiFrame& frame, int length, const SpiRowFields& row);
     /// A byte of the answer to the last exchangeFrame(). \param fromEnd 1 for the last.
@@ -118,6 +118,7 @@ class frmVRK_SPI1 final : public WiperPanel, public InstructionEntry, public Ins
 
     bool mayExchange() override { return requireVcc(); }
     bool writeWiper(int channel) override;
+    std::string sentText(int channel) const override;
     std::optional<int> readWiper(int channel) override;
     std::string failureDetail() const override { return failure_; }
     int shownPosition(int value) const override { return value; }
@@ -130,7 +131,8 @@ class frmVRK_SPI1 final : public WiperPanel, public InstructionEntry, public Ins
 
     Companions companions_;
     std::string failure_;
-    int answerLength_ = 0; ///< bytes of the last frame that was exchanged for an answer
+    int answerLength_ = 0;  ///< bytes of the last frame that was exchanged for an answer
+    bool answered_ = false; ///< and what came at its end is one
     /// From before the family changed them; nothing while it has not.
     std::optional<BusOptions> optionsBefore_;
     Subscription clocks_;

@@ -63,13 +63,13 @@ RegisterOutcome frmVRK_SPI1::exchangeRegister(RegisterAction action) {
         lblGPRead.showUnread("--"); // while it runs
     RegisterOutcome outcome;
     if (isRead(action)) {
-        outcome.trusted = exchangeFrame(registerFrame(action), 1);
+        outcome.lamp = exchangeFrame(registerFrame(action), 1);
+        outcome.trusted = answered_;
         const std::string& text = answer(1);
         outcome.read = text.size() == 1 ? "0" + text : text;
     } else {
-        outcome.trusted = sendFrame(registerFrame(action));
+        outcome.lamp = outcome.trusted = sendFrame(registerFrame(action));
     }
-    outcome.lamp = outcome.trusted;
     outcome.detail = failure_;
     return outcome;
 }

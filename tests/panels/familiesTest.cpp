@@ -164,6 +164,22 @@ TEST_F(FamiliesTest, EveryDataRegisterIsFilledWithItsOwnPlace) {
     EXPECT_EQ(transfers(), wanted);
     EXPECT_EQ(bus.state().sfr.at("90") & 0x02, 0x02);
     EXPECT_TRUE(i2c().opt4422[0].value());
+    // A channel that is read back leaves the bank, and the next one must not land in its wiper.
+    i2c().ChkAutoRead[2].userClick();
+    transfers();
+    answer(Choice::Ok);
+    i2c().cdmAuto_Init.userClick();
+    const std::vector<std::string> readBack = transfers();
+    const auto last = std::find(readBack.begin(), readBack.end(), "01 06 50 01 01 03 33");
+    ASSERT_NE(last, readBack.end());
+    EXPECT_EQ(*(last - 1), "01 06 50 01 01 05 07");
+    bus.clear(); // nobody answers any more
+    answer(Choice::Ok);
+    for (int transfer = 0; transfer < 6; ++transfer)
+        answer(Choice::Retry);
+    i2c().cdmAuto_Init.userClick();
+    EXPECT_EQ(transfers().size(), 6U); // the first bank, and back to the wipers
+    EXPECT_EQ(boxes().size(), 8U);     // both times the question
 }
 
 /// A family changes groups, captions, pins and bus options; an ordinary part gets them all back at once,

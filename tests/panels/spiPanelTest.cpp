@@ -236,6 +236,7 @@ TEST_F(SpiPanelTest, FamiliesShowTheirGroupsAndTheNextPartGetsItsOwnBack) {
     EXPECT_TRUE(spi().SSFrame2.visible() && spi().fraADDRSelect.visible() && spi().FrmShutdown.visible());
     EXPECT_FALSE(spi().Frq4410Show.visible() || console().chk2WireRead.checked());
     EXPECT_EQ(spi().lblChanSend[0].caption(), " 0");
+    EXPECT_EQ(spi().txtACR[0].text(), "C0"); // not the NA of a part without that register
 }
 
 TEST_F(SpiPanelTest, EntriesKeepTheirRulesAndWhatCannotBeSentIsRefusedWhole) {
@@ -275,6 +276,8 @@ TEST_F(SpiPanelTest, EntriesKeepTheirRulesAndWhatCannotBeSentIsRefusedWhole) {
         enter(spi().txtHexDataWrt[0], typed);
         EXPECT_THAT(frames(), ElementsAre(frame));
         EXPECT_EQ(spi().txtHexDataWrt[0].text(), hex);
+        EXPECT_EQ(bench.context().results.kept().back().text,
+                  "Wrote " + std::string(frame).substr(6) + " to wiper 0");
     }
     struct Refusal {
         TextBox* box;
@@ -293,6 +296,10 @@ TEST_F(SpiPanelTest, EntriesKeepTheirRulesAndWhatCannotBeSentIsRefusedWhole) {
         expectNothingLeftDisabled();
         box->setText(before);
     }
+    spi().txtSPIRDQuantity.setText("2"); // the ID that comes back is no answer
+    spi().cmdI2Read[1].userClick();
+    EXPECT_EQ(spi().Shape1[2].colour(), Colour::LightGreen);
+    EXPECT_NE(stateOf(spi().lblPotRead[1]), State::Fresh);
 }
 
 TEST_F(SpiPanelTest, AddressPinsMoveThePartsId) {

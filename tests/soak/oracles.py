@@ -109,6 +109,7 @@ class Oracles:
         self.bench.tried("close", panel="frmMotherboardDAQ2")
         self.bench("show", panel="frmMotherboardDAQ2")
         self.bench("click", path="frmMotherboardDAQ2.cmdSetMode")  # nothing else grounds the converter's other input
+        self.bench("set", path="ADRef", value=3.3)  # one that was typed holds for good
         part = PARTS[name]
         for entry in ("frmVRK_User1.mnu_KV4071", "frmVRK_SPI1.mnuKV4180"):  # whatever part was chosen before
             self.bench("click", path=entry)

@@ -71,6 +71,11 @@ void BoxWatcher::answer(QDialog& dialog) {
     const Expected expected = expected_.front();
     expected_.pop_front();
     EXPECT_NE(text.find(expected.text), std::string::npos) << text;
+    // A careless key neither says Yes nor goes on.
+    EXPECT_TRUE(box->defaultButton() == nullptr || box->defaultButton()->objectName() != "Yes") << text;
+    if (box->escapeButton() != nullptr && box->buttons().size() > 1) {
+        EXPECT_NE(box->escapeButton()->objectName(), "OK") << text;
+    }
     if (expected.before)
         expected.before();
     if (auto* button = box->findChild<QPushButton*>(QString::fromStdString(expected.button))) {

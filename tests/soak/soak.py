@@ -16,7 +16,7 @@ import tempfile
 import time
 from pathlib import Path
 
-from bench import BURST_SECONDS, ROOT, Bench, Finding, ProgramEnded
+from bench import BURST_SECONDS, ROOT, Bench, Finding, ProgramEnded, RpcFailure
 from gestures import FILES, burst
 from oracles import Oracles
 
@@ -60,7 +60,10 @@ class Soak:
             self.run_burst(step["requests"])
         elif step["kind"] == "settle":
             self.flush_files()
-            self.oracles.settle(step["part"])
+            try:
+                self.oracles.settle(step["part"])
+            except RpcFailure as refused:
+                raise Finding(f"{step['part']} cannot be worked any more: {refused}") from refused
         else:
             self.oracles.warmed_up()
 

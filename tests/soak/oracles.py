@@ -16,7 +16,7 @@ DEPENDS = {"ProductExec.cmdReturn", "frmVRK_UD1.cmdSequence(1)", "frmVRK_UD1.cmd
 # What the user sets and what makes no difference to the board by itself.
 ENTRIES = {"TextBox": "text", "CheckBox": "value", "OptionButton": "value", "ComboBox": "index"}
 # Of the controller console: how transfers are made. Its other entries are what the board says.
-BUS_OPTIONS = re.compile(r"frmMainF340\.(ch[kK](Random|2Wire|RepeatedStart|StoppedWrite|ExtendHold|FileWrite|SPI)|cboS)")
+BUS_OPTIONS = re.compile(r"frmMainF340\.(ch[kK](Random|2Wire|RepeatedStart|StoppedWrite|ExtendHold|FileWrite|SPI)|cboS|txtClockPhase)")
 
 
 def paths_of(panel, entries):

@@ -142,7 +142,7 @@ void frmVRK_User1::applyFamily() {
             box->setVisible(false);
         txtCalcAddr.setVisible(false);
         cmdCopyAdr.setVisible(false);
-        for (const int pin : {0, 1, 3}) // DS0 and DS1: pot 3; CS: the bus is heard
+        for (const int pin : {0, 1, 3, 3}) // DS0, DS1 and CS; the second CS finds it set and sends nothing
             Chq4422[pin].setValue(1);
         fraADDRSelect.setVisible(false);
     } else if (productStarts("Q4410/9")) {

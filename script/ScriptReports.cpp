@@ -57,6 +57,7 @@ std::string junitReport(const ScriptResults& results) {
     suite.started = results.started;
     suite.properties = {{"bus", results.bus},
                         {"state", results.ended ? scriptEndName(results.end) : "incomplete"}};
+    suite.lasted = results.before.lasted;
     for (const PassResult& pass : results.passes) {
         suite.lasted += pass.lasted;
         std::map<int, int> runs;

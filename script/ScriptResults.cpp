@@ -24,16 +24,21 @@ const char* rowVerdictName(RowVerdict verdict) {
     return "not reached";
 }
 
+namespace {
+
+RowVerdict worstOf(const PassResult& pass) {
+    auto worst = pass.errors > 0 ? RowVerdict::Error : pass.failed > 0 ? RowVerdict::Fail : RowVerdict::Pass;
+    for (const RowResult& row : pass.rows)
+        worst = std::max(worst, row.verdict);
+    return worst;
+}
+
+} // namespace
+
 std::string ScriptResults::verdict() const {
-    auto worst = RowVerdict::Pass;
-    for (const PassResult& pass : passes) {
-        if (pass.errors > 0)
-            worst = RowVerdict::Error;
-        else if (pass.failed > 0)
-            worst = std::max(worst, RowVerdict::Fail);
-        for (const RowResult& row : pass.rows)
-            worst = std::max(worst, row.verdict);
-    }
+    RowVerdict worst = before.worst;
+    for (const PassResult& pass : passes)
+        worst = std::max(worst, worstOf(pass));
     return rowVerdictName(worst);
 }
 
@@ -67,9 +72,9 @@ RowResult ResultCollector::described(int row) const {
 }
 
 void ResultCollector::passBegan(int /*first*/, int /*last*/) {
-    const int number = static_cast<int>(results_.passes.size()) + 1;
-    if (keepRows_ != 0 && results_.passes.size() >= keepRows_)
-        results_.passes[results_.passes.size() - keepRows_].rows = {};
+    const int number = results_.passes.empty() ? 1 : results_.passes.back().pass + 1;
+    if (keepRows_ != 0)
+        forgetOldest();
     results_.passes.emplace_back().pass = number;
     inPass_ = true;
     anyRow_ = false;
@@ -78,6 +83,17 @@ void ResultCollector::passBegan(int /*first*/, int /*last*/) {
     last_.clear();
     passBegan_ = host_.now();
     listNotReached();
+}
+
+void ResultCollector::forgetOldest() {
+    std::deque<PassResult>& passes = results_.passes;
+    if (passes.size() >= keepRows_)
+        passes[passes.size() - keepRows_].rows = std::vector<RowResult>(); // "= {}" would keep its memory
+    if (passes.size() < kMostPasses)
+        return;
+    results_.before.worst = std::max(results_.before.worst, worstOf(passes.front()));
+    results_.before.lasted += passes.front().lasted;
+    passes.pop_front();
 }
 
 void ResultCollector::listNotReached() {

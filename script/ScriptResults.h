@@ -3,6 +3,7 @@
 #include "script/ScriptHost.h"
 #include "script/ScriptState.h"
 
+#include <deque>
 #include <map>
 #include <string>
 #include <vector>
@@ -47,7 +48,12 @@ struct ScriptResults {
     WallTime started;
     bool ended = false;
     ScriptEnd end = ScriptEnd::Completed;
-    std::vector<PassResult> passes;
+    std::deque<PassResult> passes;
+    /// Of the passes that are not listed any more: a script may loop for days.
+    struct Before {
+        RowVerdict worst = RowVerdict::Pass;
+        Milliseconds lasted{0};
+    } before;
     /// Rows that the user ran by hand while no pass was running, newest last.
     std::vector<RowResult> byHand;
 
@@ -59,6 +65,7 @@ struct ScriptResults {
 class ResultCollector final : public ScriptObserver {
   public:
     static constexpr std::size_t kMostByHand = 1000;
+    static constexpr std::size_t kMostPasses = 10'000; ///< listed, where not all rows are kept
 
     /// \param keepRows passes whose rows are kept, the newest ones; 0: all
     ResultCollector(const ScriptState& script, const ScriptFields& fields, const ScriptHost& host,
@@ -99,6 +106,7 @@ class ResultCollector final : public ScriptObserver {
     /// The row under way; nullptr if none is.
     RowResult* current();
     void count();
+    void forgetOldest();
     void listNotReached();
 
     const ScriptState& script_;

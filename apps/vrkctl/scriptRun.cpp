@@ -39,7 +39,8 @@ class TerminalRun final : private ScriptObserver {
           bus_(bench_.bench().services()),
           host_(events(), abort_, pausesOf(job.script.pauses), [this] { saveBeside(); }),
           run_({state_, job_.mode, abort_, fields_, bus_, host_}),
-          results_(state_, fields_, host_),
+          // Rows that no report tells at the end need not be kept: a script may loop for days.
+          results_(state_, fields_, host_, job.options.json || !job.script.junit.empty() ? 0 : 1),
           output_(job.options, job.script, results_.results()),
           progress_("script", 1) {
         fields_.stopOnFail = job_.script.stopOnFail;

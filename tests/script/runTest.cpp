@@ -180,9 +180,14 @@ TEST_F(ScriptRunTest, AbortIsSeenBetweenRowsAndPassesGoOnUntilThen) {
 
     // Rows that send nothing take no time, and yet the abort gets through; without a row nothing goes on.
     load("`A50\n`ENDM");
-    at(50, [&] { (void)panel().cmdAbort.userClick(); });
+    at(10'020, [&] { (void)panel().cmdAbort.userClick(); });
     ASSERT_TRUE(panel().cmdRunContinuous.userClick().done());
     EXPECT_EQ(panel().results().end, ScriptEnd::Stopped);
+    // Nor does it take more and more memory: a script may loop for days.
+    const auto& passes = panel().results().passes;
+    EXPECT_EQ(passes.size(), ResultCollector::kMostPasses);
+    EXPECT_EQ(decimalText(passes.back().pass), panel().txtLoopCount.text());
+    EXPECT_EQ(passes.front().rows.capacity(), 0U);
     load("`ENDM\n00,,11");
     ASSERT_TRUE(panel().cmdRunContinuous.userClick().done());
     EXPECT_EQ(panel().txtLoopCount.text(), "1");

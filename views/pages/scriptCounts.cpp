@@ -13,6 +13,7 @@
 
 #include <algorithm>
 #include <array>
+#include <utility>
 
 namespace vrk {
 
@@ -109,10 +110,12 @@ class PassModel final : public QAbstractListModel {
                                                          : "runs";
         return QString("%1  %2  %3 s  %4").arg(pass.pass).arg(text).arg(seconds, 0, 'f', 2).arg(end);
     }
-    /// \return true if there are more or fewer passes than before
+    /// \return true if there are other passes than before
     bool refresh() {
-        const int rows = static_cast<int>(panel_.results().passes.size());
-        if (rows == rows_) {
+        const auto& passes = panel_.results().passes;
+        const int rows = static_cast<int>(passes.size());
+        const int newest = passes.empty() ? 0 : passes.back().pass;
+        if (std::exchange(newest_, newest) == newest && rows == rows_) {
             if (rows > 0)
                 Q_EMIT dataChanged(index(rows - 1), index(rows - 1));
             return false;
@@ -126,6 +129,7 @@ class PassModel final : public QAbstractListModel {
   private:
     frmScriptOps& panel_;
     int rows_ = 0;
+    int newest_ = 0; ///< its number; of a long run only the newest are listed
 };
 
 class PassDelegate final : public QStyledItemDelegate {

@@ -117,6 +117,8 @@ class Stage {
     Stage(const std::vector<std::string>& lines, const RehearsalOptions& options, RehearsalBench* bench)
         : options_(options), host(bench, messages), collector(script, fields, host) {
         script.setBase(options.base);
+        if (options.sizes != nullptr)
+            script.table.takeSizes(*options.sizes);
         loadScript(script, fields, lines, options.mode);
     }
 

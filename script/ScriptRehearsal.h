@@ -41,6 +41,8 @@ struct RehearsalOptions {
     std::optional<int> from{};
     std::optional<int> to{};
     WallTime started{};
+    /// Sizes that rows without their own run with; nullptr: none, as before a first script.
+    const ScriptTable* sizes = nullptr;
     /// Asked at each row; false breaks the rehearsal off. Empty: it goes to its end, however long that takes.
     std::function<bool()> goOn{};
 };

@@ -56,6 +56,8 @@ class ScriptTable {
 
     /// \param row 0 to 1000. \throws Fault "Subscript out of range"
     StepSizes& sizes(int row);
+    /// Those of all rows, as another table has them.
+    void takeSizes(const ScriptTable& other) { sizes_ = other.sizes_; }
     const StepSizes& sizes(int row) const { return const_cast<ScriptTable*>(this)->sizes(row); }
 
     /// 0: none.

@@ -13,6 +13,10 @@ namespace {
 /// service block never has so many.
 constexpr int kMostRowsAhead = 3000;
 
+std::string counted(long long number, const std::string& noun) {
+    return decimalText(number) + " " + noun + (number == 1 ? "" : "s");
+}
+
 } // namespace
 
 void frmScriptOps::wireRuns() {
@@ -143,15 +147,17 @@ void frmScriptOps::rehearseAhead() {
 
 std::string frmScriptOps::questionText(Question question) const {
     if (question == Question::SaveUnread)
-        return decimalText(unreadRows()) +
-               " rows with expected data were never read: \"--\" would be written in their place.";
+        return unreadRows() == 1
+                   ? "1 row with expected data was never read: \"--\" would be written in its place."
+                   : decimalText(unreadRows()) +
+                         " rows with expected data were never read: \"--\" would be written in their place.";
     std::string registers;
     if (rehearsal_)
         for (const auto& [reg, count] : rehearsal_->nonvolatileWrites)
             registers += (registers.empty() ? " (" : ", ") + decimalText(count) + " to " + reg;
     return std::string("Each pass writes the part's non-volatile cells ") +
            (rehearsal_ && !rehearsal_->whole ? "at least " : "") +
-           decimalText(rehearsal_ ? rehearsal_->totalWrites() : 0) + " times" + registers +
+           counted(rehearsal_ ? rehearsal_->totalWrites() : 0, "time") + registers +
            (registers.empty() ? "" : ")") + ": they wear.";
 }
 
@@ -346,6 +352,7 @@ Rehearsal frmScriptOps::rehearsed(std::function<bool()> goOn) const {
                                    .base = script_.ScriptI2CBase,
                                    .stopOnFail = chkAOF.checked(),
                                    .started = context().clock().wallTime(),
+                                   .sizes = &script_.table,
                                    .goOn = std::move(goOn)};
     return rehearse(bytes, options, uses_.rehearsalBench);
 }
@@ -355,10 +362,11 @@ void frmScriptOps::showRehearsal(Rehearsal found) {
     rehearsedStopping_ = chkAOF.checked();
     lblRehearsal.setCaption(
         doubleText(static_cast<double>(rehearsal_->lasted.count()) / 1000.0) + " s, " +
-        decimalText(rehearsal_->reports) + " reports, " + decimalText(rehearsal_->totalWrites()) +
-        " non-volatile writes, " + decimalText(static_cast<long long>(rehearsal_->wouldFail.size())) +
-        " rows would fail, " + decimalText(static_cast<long long>(rehearsal_->neverPass.size())) +
-        " can never pass" + (rehearsal_->whole ? "" : "; broken off, the script goes on"));
+        counted(rehearsal_->reports, "report") + ", " +
+        counted(rehearsal_->totalWrites(), "non-volatile write") + ", " +
+        counted(static_cast<long long>(rehearsal_->wouldFail.size()), "row") + " would fail, " +
+        decimalText(static_cast<long long>(rehearsal_->neverPass.size())) + " can never pass" +
+        (rehearsal_->whole ? "" : "; broken off, the script goes on"));
     scriptChanged_.emit();
 }
 

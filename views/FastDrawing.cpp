@@ -1,5 +1,7 @@
 #include "views/FastDrawing.h"
 
+#include "platform/qt/QtDialogs.h"
+
 #include <QApplication>
 #include <QClipboard>
 #include <QFileDialog>
@@ -101,6 +103,7 @@ void FastDrawing::askAndSave() const {
     QObject::connect(&dialog, &QFileDialog::filterSelected, &dialog, [&dialog](const QString& filter) {
         dialog.setDefaultSuffix(filter.section('.', -1).remove(')'));
     });
+    qt::fitToScreen(dialog);
     if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty())
         return;
     if (const QString fault = save(dialog.selectedFiles().front()); !fault.isEmpty())

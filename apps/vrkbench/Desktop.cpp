@@ -11,6 +11,7 @@
 #include "views/replayDifference.h"
 
 #include <QApplication>
+#include <QScreen>
 
 #include <algorithm>
 #include <cctype>
@@ -98,6 +99,10 @@ Desktop::Desktop(const DesktopOptions& options)
     if (kind_ == BoardKind::Real)
         plugs_.emplace(patient_, events_);
     workspace_ = std::make_unique<Workspace>(viewContext(), settings_.get());
+    // The size that it begins with is more than a small screen has, and not every window manager cuts it.
+    if (const QSize room = workspace_->screen()->availableSize();
+        workspace_->size().boundedTo(room) != workspace_->size())
+        workspace_->setWindowState(workspace_->windowState() | Qt::WindowMaximized);
 }
 
 Desktop::~Desktop() {

@@ -1,3 +1,4 @@
+#include "apps/filledValues.h"
 #include "apps/vrkbench/Desktop.h"
 #include "apps/vrkbench/SignalWatch.h"
 #include "platform/files/files.h"
@@ -39,6 +40,7 @@ std::optional<int> readOptions(int argc, char** argv, DesktopOptions& options) {
     // Old shortcuts on the desktop pass it; it has no effect.
     std::string oldSwitch;
     line.add_option("switch", oldSwitch)->check(CLI::IsMember({"/d"}))->group("");
+    refuseEmptyValues(line);
     line.footer("Without --simulate and --replay the bench works on the board that is plugged in, and on a\n"
                 "simulated one where there is none. Exit codes: 0 done, 2 usage, 5 file; 128 and its number\n"
                 "after a signal.");

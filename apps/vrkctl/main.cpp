@@ -1,3 +1,4 @@
+#include "apps/filledValues.h"
 #include "apps/vrkctl/CommandLine.h"
 #include "apps/vrkctl/Interrupt.h"
 #include "apps/vrkctl/Options.h"
@@ -308,6 +309,7 @@ int run(int argc, char** argv) {
     app.add_subcommand("help", "Tell how a command is used")
         ->add_option("COMMAND", "Words of the command, as \"wiper sweep\"")
         ->type_name("");
+    refuseEmptyValues(app, "id");
 
     auto arguments = readableArguments(app, argc, argv);
     std::reverse(arguments.begin(), arguments.end()); // the parser takes them from the back

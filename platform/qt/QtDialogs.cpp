@@ -10,6 +10,7 @@
 #include <QMessageBox>
 #include <QPushButton>
 #include <QRegularExpression>
+#include <QScreen>
 #include <QTimer>
 
 #include <algorithm>
@@ -181,6 +182,15 @@ QStringList nameFilters(const QString& filter) {
     return filters;
 }
 
+QSize roomOnScreen(const QWidget& window) {
+    constexpr int kFrame = 32;
+    return window.screen()->availableSize() - QSize(0, kFrame);
+}
+
+void fitToScreen(QDialog& dialog) {
+    dialog.resize(dialog.sizeHint().boundedTo(roomOnScreen(dialog)));
+}
+
 std::optional<std::string> QtDialogs::chooseFile(const FileRequest& request) {
     QFileDialog dialog(QApplication::activeWindow(), titleOf(request.title));
     dialog.setObjectName("fileDialog");
@@ -203,6 +213,7 @@ std::optional<std::string> QtDialogs::chooseFile(const FileRequest& request) {
     else if (lastFolder)
         if (const QString folder = lastFolder(); !folder.isEmpty() && QFileInfo(folder).isDir())
             dialog.setDirectory(folder);
+    fitToScreen(dialog);
     standing_ = &dialog;
     int result = QDialog::Rejected;
     {

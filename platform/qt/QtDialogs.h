@@ -14,6 +14,11 @@
 
 namespace vrk::qt {
 
+/// What a window may take of its screen, without the frame that the window manager puts around it.
+QSize roomOnScreen(const QWidget& window);
+/// Ahead of its exec(): its own size may be more than the screen of a small notebook has.
+void fitToScreen(QDialog& dialog);
+
 /// Message boxes and file dialogs as windows. While one stands no action runs: the one that asked waits for
 /// the answer, the others wait with it.
 class QtDialogs final : public Dialogs {

@@ -66,6 +66,7 @@ class Commands(unittest.TestCase):
             ([*WRITE, "--simulate", "--address", "51"], 2, "no even hexadecimal address"),
             ([*WRITE, "--virtual-time"], 2, "real board"),
             ([*WRITE, "--simulate", "--start-time", "noon"], 2, "noon"),
+            ([*WRITE, "--simulate", "--wire-log", ""], 2, "--wire-log: the value is empty"),
             (["wiper", "sweep", "0", "--simulate", "--csv", "--json"], 2, "exclude"),
             (["wiper", "sweep", "0", "--simulate", "--step", "0"], 2, "--step"),
             (["wiper", "write", "--simulate"], 2, "CHANNEL"),

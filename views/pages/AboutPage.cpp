@@ -20,13 +20,18 @@ void makeAboutPage(PageUi& page, frmAbout2& p) {
     for (QLabel* text : {title, disclaimer})
         text->setWordWrap(true);
     auto* version = ui(p.lblVersion);
-    version->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
-
+    QLabel* last = nullptr;
     std::vector<std::vector<Item>> libraries;
     for (int row = 0; row < frmAbout2::kLibraries; ++row) {
         auto* purpose = ui(p.lblPurpose[row]);
         makeQuiet(*purpose);
-        libraries.push_back({ui(p.lblLibrary[row]), purpose, ui(p.lblLibraryLicence[row])});
+        last = ui(p.lblLibraryLicence[row]);
+        libraries.push_back({ui(p.lblLibrary[row]), purpose, last});
+    }
+    // Places for the keyboard all the way down: in a low window the page scrolls by them.
+    for (QLabel* text : {version, disclaimer, last}) {
+        text->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
+        text->setFocusPolicy(Qt::StrongFocus);
     }
 
     auto* ok = ui(p.cmdOK);

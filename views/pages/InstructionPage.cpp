@@ -8,10 +8,10 @@
 #include "views/blocks/rows.h"
 #include "views/pages/pageMakers.h"
 #include "views/workspace/Page.h"
+#include "views/workspace/intoView.h"
 
 #include <QLabel>
 #include <QPushButton>
-#include <QScrollArea>
 #include <QVBoxLayout>
 
 #include <utility>
@@ -65,11 +65,7 @@ QWidget* increments(PageUi& page, InstructionPanel& p) {
     auto* frame = ui.frame(p.FrIncrDec, {}, row(line));
     frame->setTitled(false);
     // Go may stand a page below, and nothing that is in sight there works any more.
-    const auto reveal = [frame] {
-        for (QWidget* at = frame->parentWidget(); at != nullptr; at = at->parentWidget())
-            if (auto* area = qobject_cast<QScrollArea*>(at))
-                area->ensureWidgetVisible(frame);
-    };
+    const auto reveal = [frame] { scrollIntoView(*frame); };
     ui.watch(p.FrIncrDec, [frame, reveal, &p, stood = false]() mutable {
         const bool stands = p.FrIncrDec.visible();
         if (!std::exchange(stood, stands) && stands)

@@ -5,6 +5,7 @@
 #include "platform/qt/words.h"
 #include "script/frmScriptOps.h"
 #include "views/workspace/Page.h"
+#include "views/workspace/intoView.h"
 
 #include <QAbstractTableModel>
 #include <QGuiApplication>
@@ -414,6 +415,13 @@ void StepTable::followRun() {
     const int row = panel.debugger().paused() ? panel.debugger().pausedAt() : panel.rowInProgress();
     if (row != std::exchange(followed_, row) && row > 0)
         scrollTo(model_->index(row - 1, kGutter));
+}
+
+void StepTable::currentChanged(const QModelIndex& current, const QModelIndex& previous) {
+    QTableView::currentChanged(current, previous);
+    // The table may be higher than what the page has in sight; under the mouse no row moves away.
+    if (hasFocus() && QGuiApplication::mouseButtons() == Qt::NoButton)
+        scrollIntoView(*this);
 }
 
 void StepTable::resizeEvent(QResizeEvent* event) {

@@ -142,8 +142,7 @@ std::function<void()> addRehearsalSection(PageUi& page, frmScriptOps& p) {
     Section& section =
         page.addSection("Rehearsal", qt::block(rows({row({rehearse, stretch}), told, details})));
     section.setSummary([&p] {
-        return p.rehearsal() ? QString("%1 non-volatile writes").arg(p.rehearsal()->totalWrites())
-                             : QString("not yet");
+        return p.rehearsal() ? count(p.rehearsal()->totalWrites(), "non-volatile write") : QString("not yet");
     });
     return [details, &section, &p] {
         details->setText(p.rehearsal() ? rehearsalWords(*p.rehearsal()) : QString());

@@ -8,6 +8,7 @@
 #include <QMouseEvent>
 #include <QPainter>
 #include <QScrollArea>
+#include <QScrollBar>
 #include <QVBoxLayout>
 
 namespace vrk {
@@ -93,7 +94,8 @@ void Inspector::arrange() {
             break;
         section->setFolded(true);
     }
-    layout.invalidate();
+    // The bar takes its room from outside: the sections are as wide as they can be already.
+    setFixedWidth(width() + (tooHigh() ? area_->verticalScrollBar()->sizeHint().width() : 0));
     layout.activate(); // a resize that brings this about has laid the sections out unfolded
     area_->setUpdatesEnabled(true);
 }

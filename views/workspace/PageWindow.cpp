@@ -1,5 +1,6 @@
 #include "views/workspace/PageWindow.h"
 
+#include "platform/qt/QtDialogs.h"
 #include "platform/qt/theme.h"
 #include "views/workspace/Inspector.h"
 #include "views/workspace/KeyTable.h"
@@ -44,7 +45,8 @@ PageWindow::PageWindow(PageUi& page) : page_(&page), inspector_(new Inspector), 
     page.page()->show();
     const int side = page.sections().empty() ? 0 : Inspector::width();
     const int plot = page.plot() == nullptr ? 0 : dp(240);
-    resize(page.leastSize().expandedTo(QSize(dp(640), dp(480))) + QSize(side, plot));
+    resize((page.leastSize().expandedTo(QSize(dp(640), dp(480))) + QSize(side, plot))
+               .boundedTo(roomOnScreen(*this)));
 }
 
 PageWindow::~PageWindow() {

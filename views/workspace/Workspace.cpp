@@ -14,6 +14,7 @@
 #include "views/workspace/WireView.h"
 
 #include <QLabel>
+#include <QRegularExpression>
 #include <QStackedWidget>
 #include <QStatusBar>
 #include <QVBoxLayout>
@@ -88,7 +89,6 @@ QWidget* Workspace::buildBody() {
     auto* empty = quietText("The page that was here is in a window of its own.");
     empty->setAlignment(Qt::AlignCenter);
     middle_->addWidget(empty);
-    middle_->setMinimumHeight(dp(120));
     // The widest page must not say how narrow the window may be: what does not fit scrolls.
     middle_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
     middle_->setMinimumWidth(dp(240));
@@ -120,6 +120,8 @@ QWidget* Workspace::buildBody() {
     help_->onClose = [this] {
         help_->hide();
         arrange();
+        if (working() != nullptr)
+            working()->takeFocus();
     };
     auto* row = bare(new QHBoxLayout);
     row->addWidget(rail_);
@@ -140,6 +142,20 @@ QString socketWords(const SocketView::State& state) {
                               : " at " + QString("%1").arg(state.address, 2, 16, QChar('0')).toUpper());
 }
 
+/// What the two keys that every family of pages has do on this one.
+QString hintsOf(const PageUi* page) {
+    static const QRegularExpression kBreak(R"(\W)");
+    QString hints;
+    for (const PageKey& key : page == nullptr ? std::vector<PageKey>{} : page->keys()) {
+        const QString verb = key.what.section(kBreak, 0, 0).toLower();
+        if (key.key == QKeySequence(Qt::Key_F5))
+            hints += "F5 " + verb + " · ";
+        else if (key.key == QKeySequence(Qt::CTRL | Qt::Key_Return))
+            hints += "Ctrl+Enter " + verb + " · ";
+    }
+    return hints + "Esc abort · Ctrl+K actions · ? keys";
+}
+
 } // namespace
 
 void Workspace::buildStatus() {
@@ -153,7 +169,8 @@ void Workspace::buildStatus() {
     lastText_->setObjectName("status.last");
     auto* replay = quietText(context_.boardKind == BoardKind::Replayed ? "replay of " + context_.boardName
                                                                        : "no replay");
-    auto* hints = quietText("F5 read · Ctrl+Enter write · Esc abort · Ctrl+K actions · ? keys");
+    hints_ = quietText({});
+    hints_->setObjectName("status.hints");
     std::vector<Item> items;
     for (QLabel* label : {boardText_, socketText_, lastText_, replay}) {
         if (label == nullptr)
@@ -163,12 +180,12 @@ void Workspace::buildStatus() {
         items.emplace_back(label);
     }
     items.push_back(stretch);
-    items.emplace_back(hints);
+    items.emplace_back(hints_);
     auto* line = block(qt::row(items));
     for (QLabel* label : line->findChildren<QLabel*>())
         label->setFont(textFont(kSmall));
     // What does not fit is cut: the line must not decide how narrow the window may be.
-    for (QLabel* label : {boardText_, hints})
+    for (QLabel* label : {boardText_, hints_})
         label->setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Preferred);
     line->setMinimumWidth(1);
     line->layout()->setContentsMargins(kUnit, 0, kUnit, 0);
@@ -257,6 +274,7 @@ void Workspace::showStatus() {
     lastText_->setText(words.last.isEmpty() ? QString("No transfer yet") : words.last);
     if (socketText_ != nullptr)
         socketText_->setText(socketWords(context_.socket->state()));
+    hints_->setText(hintsOf(working()));
     band_->showLink(words);
     band_->refresh();
     for (const auto& [slot, page] : pages_)

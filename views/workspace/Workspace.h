@@ -50,6 +50,7 @@ class Workspace final : public QMainWindow {
     PageUi* front() const { return front_; }
     /// The page that a key or the palette is for: the sheet over the page in front, else that page.
     PageUi* working() const;
+    PageUi* inUse() const;
     /// Opens what the rail's entry stands for, as its click does.
     void open(const PageRow& row);
     /// Goes to a control, "frmVRK_User1.txtHexDataWrt(0)".
@@ -115,6 +116,7 @@ class Workspace final : public QMainWindow {
     void makeMenus();
     void showPageMenus();
     void fillFile(QMenu& menu);
+    void closePage(PageUi& page);
     void fillPanels(QMenu& menu);
     void fillBoard(QMenu& menu);
     void fillTrace(QMenu& menu);
@@ -152,6 +154,7 @@ class Workspace final : public QMainWindow {
     QLabel* boardText_ = nullptr;
     QLabel* socketText_ = nullptr; ///< nullptr where the board's socket is not ours to see
     QLabel* lastText_ = nullptr;
+    QLabel* hints_ = nullptr;
     QTimer statusTimer_;
     QTimer arrangeTimer_;
     std::map<QString, bool> inspectorWish_; ///< by page: the user wants it open or as a strip

@@ -14,6 +14,7 @@
 #include "views/workspace/PageWindow.h"
 #include "views/workspace/Section.h"
 #include "views/workspace/Workspace.h"
+#include "views/workspace/intoView.h"
 
 #include <QAbstractButton>
 #include <QAction>
@@ -33,13 +34,14 @@ using namespace qt;
 namespace {
 
 QString keyText(const QKeySequence& key) {
-    return key.toString(QKeySequence::NativeText);
+    return key.toString(QKeySequence::NativeText).replace("Return", "Enter"); // as the keyboard has it
 }
 
-/// "Alt+R" of a button whose caption has that letter underlined.
+/// "Alt+R" of a button whose caption has that letter underlined. In a heading that is folded it has no key.
 QString mnemonicOf(const QObject& target) {
     const auto* button = qobject_cast<const QAbstractButton*>(&target);
-    return button == nullptr ? QString() : keyText(QKeySequence::mnemonic(button->text()));
+    return button == nullptr || !button->isVisible() ? QString()
+                                                     : keyText(QKeySequence::mnemonic(button->text()));
 }
 
 QString wordsOf(const Control& control, const QObject& target) {
@@ -71,7 +73,7 @@ QString wordsOf(const Control& control, const QObject& target) {
 void Workspace::addCommands() {
     commands_ = {
         {QKeySequence(Qt::Key_F1), "Help on this page",
-         [this] { showHelp(working() == nullptr ? QString() : working()->helpPage()); }},
+         [this] { showHelp(inUse() == nullptr ? QString() : inUse()->helpPage()); }},
         {QKeySequence(Qt::CTRL | Qt::Key_K), "Every action of this page, to choose from",
          [this] { showPalette(); }},
         {QKeySequence(Qt::Key_Question), "This list", [this] { showKeys(); }},
@@ -81,6 +83,12 @@ void Workspace::addCommands() {
     };
     for (const Command& command : commands_)
         keys_->add(command.key);
+    // A key may lead to what is scrolled away. Under the mouse nothing moves, nor where the window comes
+    // back.
+    connect(qApp, &QApplication::focusChanged, this, [](const QWidget* before, QWidget* now) {
+        if (before != nullptr && now != nullptr && QApplication::mouseButtons() == Qt::NoButton)
+            scrollIntoView(*now);
+    });
 }
 
 void Workspace::tieKeys(const PageUi& page, KeyTable& table) const {
@@ -97,18 +105,26 @@ PageUi* Workspace::pageOf(const QWidget* widget) const {
     return nullptr;
 }
 
+/// The page of the window that has the keyboard.
+PageUi* Workspace::inUse() const {
+    for (const auto& [page, window] : windows_)
+        if (window->isActiveWindow())
+            return window->page();
+    return working();
+}
+
 void Workspace::press(const QKeySequence& key) {
     // Esc is for the action that runs before it is for anything on a page.
     if (key == QKeySequence(Qt::Key_Escape) && context_.bench.context().activities.abort())
         return;
+    if (key == QKeySequence(Qt::Key_Escape) && help_->isAncestorOf(QApplication::focusWidget()))
+        return help_->onClose();
     // The dock's page has its own keys while the keyboard is in it; a page in its own window likewise.
     PageUi* inHand = pageOf(QApplication::focusWidget());
     if (inHand != nullptr && inHand->row().place != PagePlace::Dock && !isOut(*inHand))
         inHand = nullptr; // it may be a page that has just left
     if (inHand == nullptr)
-        for (const auto& [page, window] : windows_)
-            if (window->isActiveWindow())
-                inHand = window->page();
+        inHand = inUse();
     for (PageUi* page : {inHand, working()}) {
         if (page == nullptr || page->released())
             continue;
@@ -127,7 +143,7 @@ void Workspace::press(const QKeySequence& key) {
 
 void Workspace::showPalette() {
     std::vector<ChoicePopup::Choice> choices;
-    PageUi* page = working();
+    PageUi* page = inUse();
     if (page != nullptr) {
         for (const PageKey& key : page->keys())
             choices.push_back({key.what, keyText(key.key), {}, key.act, false});
@@ -172,13 +188,15 @@ void Workspace::showKeys() {
         name->setFont(valueFont());
         rows.push_back({name, new QLabel(what)});
     };
-    if (const PageUi* page = working())
+    if (const PageUi* page = inUse())
         for (const PageKey& key : page->keys())
             line(keyText(key.key), key.what);
     for (const Command& command : commands_)
         line(keyText(command.key), command.what);
     line("Ctrl+R", "Connect to the board again");
     line("Ctrl+T", "Show the trace");
+    if (front_ != nullptr && inUse() == front_ && front_->panel().closeHides())
+        line("Ctrl+W", "Close this page");
     line("Ctrl+Q", "End the program");
     line("Alt+letter", "The control whose caption has that letter underlined");
     line("Tab", "The next control, in reading order");
@@ -202,8 +220,11 @@ void Workspace::showKeys() {
 void Workspace::showHelp(const QString& heading) {
     if (isHidden() || isMinimized())
         showNormal();
+    if (front_ != nullptr)
+        front_->keepFocus();
     help_->showPage(heading);
     arrange();
+    help_->browser().setFocus(Qt::ShortcutFocusReason); // so that keys turn its pages; Esc gives it back
 }
 
 void Workspace::jumpTo(const QString& field) {
@@ -223,9 +244,7 @@ void Workspace::jumpTo(const QString& field) {
     if (page == front_ && inspector_->isAncestorOf(widget))
         inspectorWish_[page->name()] = true;
     arrange();
-    for (QWidget* at = widget->parentWidget(); at != nullptr; at = at->parentWidget())
-        if (auto* area = qobject_cast<QScrollArea*>(at))
-            area->ensureWidgetVisible(widget);
+    scrollIntoView(*widget);
     widget->setFocus(Qt::OtherFocusReason);
 }
 

@@ -96,10 +96,17 @@ void Workspace::fillFile(QMenu& menu) {
         connect(out, &QAction::triggered, front_, [this, page = front_] { takeOut(*page); });
         if (front_->panel().closeHides())
             connect(withKey(menu.addAction("&Close This Page"), QKeySequence::Close), &QAction::triggered,
-                    front_, [page = front_] { (void)page->slot().userClose(); });
+                    front_, [this, page = front_] { closePage(*page); });
     }
     connect(withKey(menu.addAction("&Quit"), QKeySequence::Quit), &QAction::triggered, this,
             [this] { close(); });
+}
+
+void Workspace::closePage(PageUi& page) {
+    (void)page.slot().userClose();
+    // The calibration has put away what stood under it; home is where every way begins.
+    if (front_ == nullptr)
+        showPanel(context_.bench, context_.bench.frmStartup);
 }
 
 void Workspace::fillPanels(QMenu& menu) {

@@ -28,6 +28,7 @@ constexpr int kDockHigh = 260; ///< of one 1000 high
 constexpr int kRailWide = 128;
 constexpr int kRailNarrow = 44;
 constexpr int kLeastPage = 240;
+constexpr int kLeastMiddle = 96; ///< of a page beside an open dock
 
 int dockHeight(int window) {
     const int low = dp(720);
@@ -48,7 +49,10 @@ void Workspace::arrange() {
     const QSize least = front_ == nullptr ? QSize() : front_->leastSize();
 
     // The dock, down to its tabs.
-    const int full = dockHeight(height());
+    middle_->setMinimumHeight(dp(kLeastMiddle));
+    // In a window that is lower than both it is drawn smaller, not cut off.
+    const int full =
+        std::max(2 * dock_->tabRowHeight(), std::min(dockHeight(height()), body - dp(kLeastMiddle)));
     const bool dockFits = least.height() + full <= body;
     // Open at a plot that the page has not it would stand there empty.
     const bool nothing =

@@ -45,6 +45,8 @@ PageWindow::PageWindow(PageUi& page) : page_(&page), inspector_(new Inspector), 
     page.page()->show();
     const int side = page.sections().empty() ? 0 : Inspector::width();
     const int plot = page.plot() == nullptr ? 0 : dp(240);
+    if (minimumSizeHint().width() > roomOnScreen(*this).width())
+        inspector_->setStrip(true);
     resize((page.leastSize().expandedTo(QSize(dp(640), dp(480))) + QSize(side, plot))
                .boundedTo(roomOnScreen(*this)));
 }

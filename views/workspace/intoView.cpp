@@ -1,13 +1,31 @@
 #include "views/workspace/intoView.h"
 
+#include <QAbstractItemView>
 #include <QScrollArea>
 
 namespace vrk {
 
+namespace {
+
+void scrollTo(QScrollArea& area, QWidget& widget) {
+    constexpr int kMargin = 8;
+    const QRect seen(-area.widget()->pos(), area.viewport()->size());
+    const QRect place(widget.mapTo(area.widget(), QPoint()), widget.size());
+    if (place.width() <= seen.width() && place.height() <= seen.height())
+        return area.ensureVisible(place.center().x(), place.center().y(), place.width() / 2 + kMargin,
+                                  place.height() / 2 + kMargin);
+    // Of what is larger its cursor or its row; a list in which none is chosen stays where it is seen.
+    const auto* list = qobject_cast<const QAbstractItemView*>(&widget);
+    if (list == nullptr || list->currentIndex().isValid() || !seen.intersects(place))
+        area.ensureWidgetVisible(&widget);
+}
+
+} // namespace
+
 void scrollIntoView(QWidget& widget) {
     for (QWidget* at = widget.parentWidget(); at != nullptr; at = at->parentWidget())
-        if (auto* area = qobject_cast<QScrollArea*>(at))
-            area->ensureWidgetVisible(&widget);
+        if (auto* area = qobject_cast<QScrollArea*>(at); area != nullptr && area->widget() != nullptr)
+            scrollTo(*area, widget);
 }
 
 } // namespace vrk

@@ -47,6 +47,8 @@ PageWindow::PageWindow(PageUi& page) : page_(&page), inspector_(new Inspector), 
     const int plot = page.plot() == nullptr ? 0 : dp(240);
     if (minimumSizeHint().width() > roomOnScreen(*this).width())
         inspector_->setStrip(true);
+    for (QLayout* laidOut : {centralWidget()->layout(), layout()})
+        laidOut->activate(); // else the width of before is the least
     resize((page.leastSize().expandedTo(QSize(dp(640), dp(480))) + QSize(side, plot))
                .boundedTo(roomOnScreen(*this)));
 }

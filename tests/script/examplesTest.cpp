@@ -116,7 +116,7 @@ TEST_F(ScriptExamplesTest, RehearsalKnowsRowsThatNoPartCanPass) {
     EXPECT_THAT(panel().rehearsal()->wouldFail, ElementsAre(2));
     load("`w1\n`w1"); // of the script before nothing is known any more
     EXPECT_FALSE(panel().rehearsal());
-    load("\n`SPI\n`ENDM"); // but for the sizes of its rows, with which row 2 runs
+    load("\n`EISTART\n`ENDM"); // but for the sizes of its rows, with which row 2 runs
     ASSERT_TRUE(panel().cmdRehearse.userClick().done());
     EXPECT_GT(panel().rehearsal()->reports, 0);
 

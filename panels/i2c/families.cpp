@@ -1,5 +1,6 @@
 #include "link/readings.h"
 #include "panels/i2c/frmVRK_User1.h"
+#include "panels/i2c/registerByte.h"
 #include "panels/instruction/tenBitInstructions.h"
 #include "platform/runtime/text.h"
 
@@ -100,7 +101,7 @@ void frmVRK_User1::CMDq331X_Write_Click(int index) {
         goodWrite();
     else
         readOutcome();
-    const bool good = lastTransferGood();
+    const bool good = lastTransferGood() && writeNamesRegister(console(), false);
     const std::string& name = CMDq331X_Write[index].caption();
     tell(good, good ? "Wrote " + txtWrQ3319[index].text() + " to " + name : "Write of " + name + " failed",
          good ? "" : failureDetail(), &txtWrQ3319[index]);

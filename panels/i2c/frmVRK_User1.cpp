@@ -4,6 +4,7 @@
 #include "panels/blocks/PortLines.h"
 #include "panels/blocks/choices.h"
 #include "panels/blocks/entries.h"
+#include "panels/i2c/registerByte.h"
 #include "platform/runtime/text.h"
 
 #include <algorithm>
@@ -242,7 +243,7 @@ std::string frmVRK_User1::sentText(int channel) const {
 bool frmVRK_User1::writeWiper(int channel) {
     setAddressBytes();
     Wrt_VRK(wipers.ChanReg[channel]);
-    return lastTransferGood();
+    return lastTransferGood() && writeNamesRegister(console(), productStarts("Q4410/9"));
 }
 
 std::optional<int> frmVRK_User1::readWiper(int channel) {

@@ -1,5 +1,6 @@
 #include "panels/blocks/entries.h"
 #include "panels/i2c/frmVRK_User1.h"
+#include "panels/i2c/registerByte.h"
 #include "platform/runtime/text.h"
 
 namespace vrk {
@@ -51,7 +52,9 @@ RegisterOutcome frmVRK_User1::exchangeRegister(RegisterAction action) {
     else
         writeRegister(action);
     outcome.lamp = link().i2cStatus == kLinkGood;
-    outcome.trusted = isRead(action) ? lastReadGood() : lastTransferGood();
+    outcome.trusted = isRead(action)
+                          ? lastReadGood()
+                          : lastTransferGood() && writeNamesRegister(console(), productStarts("Q4410/9"));
     outcome.detail = failureDetail();
     return outcome;
 }

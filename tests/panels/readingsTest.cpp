@@ -84,6 +84,10 @@ TEST_F(ReadingsTest, FailedReadIsNoReading) {
     EXPECT_THAT(points, ElementsAre(std::pair(2, 0x11)));
     EXPECT_EQ(lastResult(), "Read 11 from wiper 2");
     points.clear();
+    console().chkRandom.setValue(0); // without the register byte the part takes the value for it
+    i2c().CMDxMIT[2].userClick();
+    EXPECT_EQ(lastResult(), "Write of channel 2 failed");
+    console().chkRandom.setValue(1);
     fault(sim::FaultKind::Nak);
     answer(Choice::Retry);
     i2c().cmdI2Read[2].userClick();

@@ -1,6 +1,7 @@
 #include "platform/qt/Binding.h"
 
 #include "platform/controls/Panel.h"
+#include "platform/qt/keyboard.h"
 
 #include <QEvent>
 #include <QFocusEvent>
@@ -153,7 +154,7 @@ void WidgetBinding::applyEnabled() {
     lag_.stop();
     if (widget_.isEnabledTo(widget_.parentWidget()) == wanted_)
         return;
-    widget_.setEnabled(wanted_);
+    setEnabledWithKeyboard(widget_, wanted_);
     shown_.restart();
 }
 

@@ -257,6 +257,7 @@ class GridBinding final : public TypedBinding<Grid, QTableView> {
         view.setSelectionBehavior(QAbstractItemView::SelectRows);
         view.setSelectionMode(QAbstractItemView::SingleSelection);
         view.setAlternatingRowColors(true);
+        view.setTabKeyNavigation(false); // Tab would go from cell to cell and never out again
         connect(&view, &QTableView::clicked, this, [this](const QModelIndex& index) { pick(index); });
         // The row that is marked is the row that is chosen, however the mark got there.
         connect(view.selectionModel(), &QItemSelectionModel::currentRowChanged, this,

@@ -9,6 +9,7 @@
 #include <QPushButton>
 #include <QStyleFactory>
 #include <QStyleOption>
+#include <QTabBar>
 #include <QWidget>
 
 namespace vrk::qt {
@@ -61,7 +62,8 @@ class BenchStyle final : public QProxyStyle {
                 return drawField(*option, *painter, toneOf(widget));
             break;
         case PE_FrameFocusRect: // buttons and fields show it in their outline
-            if (qobject_cast<const QAbstractButton*>(widget) != nullptr)
+            if (qobject_cast<const QAbstractButton*>(widget) != nullptr ||
+                qobject_cast<const QTabBar*>(widget) != nullptr)
                 return drawFocus(*option, *painter, widget);
             break;
         case PE_Frame: // lists and logs
@@ -86,6 +88,10 @@ class BenchStyle final : public QProxyStyle {
         if (element == CE_TabBarTabShape)
             return drawTab(*option, *painter);
         QProxyStyle::drawControl(element, option, painter, widget);
+        // Fusion marks it once its menu is open, and not while the arrow keys choose it.
+        if (element == CE_MenuBarItem && option->state.testFlag(State_Selected) &&
+            !option->state.testFlag(State_Sunken))
+            drawFocus(*option, *painter, widget);
         // Fusion shows it in a panel that is not drawn here, and in none of a flat button.
         if (element == CE_PushButton && option->state.testFlag(State_HasFocus))
             drawFocus(*option, *painter, widget);

@@ -246,6 +246,17 @@ TEST_F(BindingTest, DisabledControlRefusesAtOnceAndItsPictureNeverFlashes) {
     panel.button.setEnabled(true);
     EXPECT_TRUE(QTest::qWaitFor([this] { return button->isEnabled(); }, 500));
     EXPECT_EQ(changes, 2);
+
+    for (const bool taken : {false, true}) { // what lasts loses the keyboard, and gets back what nobody took
+        button->setFocus();
+        panel.button.setEnabled(false);
+        EXPECT_TRUE(QTest::qWaitFor([this] { return !button->isEnabled(); }, 3000));
+        if (taken)
+            QTest::keyClick(grid, Qt::Key_Tab); // out of the table, where the keyboard has gone
+        panel.button.setEnabled(true);
+        EXPECT_TRUE(QTest::qWaitFor([this] { return button->isEnabled(); }, 500));
+        EXPECT_EQ(QApplication::focusWidget(), taken ? static_cast<QWidget*>(log) : button);
+    }
 }
 
 TEST_F(BindingTest, ReleasedWidgetsDoNothing) {

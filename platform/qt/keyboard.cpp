@@ -1,0 +1,110 @@
+#include "platform/qt/keyboard.h"
+
+#include "platform/qt/theme.h"
+
+#include <QApplication>
+#include <QKeyEvent>
+#include <QPointer>
+#include <QScrollArea>
+
+#include <algorithm>
+#include <vector>
+
+namespace vrk::qt {
+
+namespace {
+
+/// A key by which the user moves the keyboard or uses the field that has it.
+bool takesHold(const QKeyEvent& key) {
+    const bool moves = key.key() == Qt::Key_Tab || key.key() == Qt::Key_Backtab ||
+                       (key.key() >= Qt::Key_Home && key.key() <= Qt::Key_PageDown);
+    return moves || (!key.text().isEmpty() && key.text().front().isPrint() && key.key() != Qt::Key_Space);
+}
+
+/// Who is to have the keyboard again. An action may disable, one after the other, those that Qt passes it on
+/// to: all of them are remembered, and the one that had it first has the first claim.
+class OwedKeyboard final : public QObject {
+  public:
+    static OwedKeyboard& instance() {
+        static QPointer<OwedKeyboard> one;
+        if (one == nullptr)
+            one = new OwedKeyboard;
+        return *one;
+    }
+
+    void owe(QWidget& widget) {
+        std::erase_if(owed_, [&](const auto& other) { return other == nullptr || other == &widget; });
+        if (owed_.empty())
+            qApp->installEventFilter(this);
+        owed_.emplace_back(&widget);
+    }
+    /// Pays the first of those who can have it; the ones before are still owed.
+    void pay() {
+        const auto paid = std::find_if(owed_.begin(), owed_.end(), [](const auto& widget) {
+            return widget != nullptr && widget->isEnabled() && widget->isVisible();
+        });
+        if (paid == owed_.end())
+            return;
+        QWidget* widget = *paid;
+        owed_.erase(paid, owed_.end());
+        if (owed_.empty())
+            forget();
+        widget->setFocus(Qt::OtherFocusReason);
+    }
+    void forget() {
+        owed_.clear();
+        qApp->removeEventFilter(this);
+    }
+
+  protected:
+    bool eventFilter(QObject* watched, QEvent* event) override {
+        const bool letter = event->type() == QEvent::Shortcut && watched->isWidgetType(); // Alt+letter
+        if (letter || event->type() == QEvent::MouseButtonPress ||
+            (event->type() == QEvent::KeyPress && takesHold(*static_cast<QKeyEvent*>(event))))
+            forget();
+        return false;
+    }
+
+  private:
+    OwedKeyboard() : QObject(qApp) {}
+
+    std::vector<QPointer<QWidget>> owed_;
+};
+
+} // namespace
+
+void giveKeyboard(QWidget& widget) {
+    OwedKeyboard& owed = OwedKeyboard::instance();
+    owed.forget();
+    if (widget.isEnabled())
+        widget.setFocus(Qt::OtherFocusReason);
+    else
+        owed.owe(widget);
+}
+
+void setEnabledWithKeyboard(QWidget& widget, bool enabled) {
+    QWidget* keyboard = widget.window()->focusWidget();
+    const bool loses =
+        !enabled && keyboard != nullptr && (keyboard == &widget || widget.isAncestorOf(keyboard));
+    widget.setEnabled(enabled);
+    if (loses)
+        OwedKeyboard::instance().owe(*keyboard);
+    else if (enabled)
+        OwedKeyboard::instance().pay();
+}
+
+void showInView(QWidget& widget) {
+    for (QWidget* at = widget.parentWidget(); at != nullptr; at = at->parentWidget()) {
+        auto* area = qobject_cast<QScrollArea*>(at);
+        if (area == nullptr || area->widget() == nullptr || !area->widget()->isAncestorOf(&widget))
+            continue;
+        // With its outline; of a table that is larger than the place, the beginning.
+        QRect part = widget.rect().translated(widget.mapTo(area->widget(), QPoint()));
+        part.adjust(-kUnit, -kUnit, kUnit, kUnit);
+        part.setSize(part.size().boundedTo(area->viewport()->size()));
+        const QPoint middle = part.center();
+        area->ensureVisible(middle.x(), middle.y(), part.width() / 2, part.height() / 2);
+    }
+}
+
+} // namespace vrk::qt

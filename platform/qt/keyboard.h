@@ -1,0 +1,19 @@
+#pragma once
+
+class QWidget;
+
+namespace vrk::qt {
+
+/// Gives the widget the keyboard; one that is disabled gets it as soon as it is enabled, unless the user has
+/// taken the keyboard elsewhere until then.
+void giveKeyboard(QWidget& widget);
+
+/// QWidget::setEnabled(). Qt passes the keyboard of a widget that is disabled on to the next one; here it
+/// comes back when the widget is enabled again, unless the user has taken it elsewhere until then. A press of
+/// the button that got it in between does not count: that may be what ends the action.
+void setEnabledWithKeyboard(QWidget& widget, bool enabled);
+
+/// Scrolls whatever the widget stands in until it is in sight; the beginning of one larger than the place.
+void showInView(QWidget& widget);
+
+} // namespace vrk::qt

@@ -1,11 +1,8 @@
 #include "platform/qt/keyboard.h"
 
-#include "platform/qt/theme.h"
-
 #include <QApplication>
 #include <QKeyEvent>
 #include <QPointer>
-#include <QScrollArea>
 
 #include <algorithm>
 #include <vector>
@@ -91,20 +88,6 @@ void setEnabledWithKeyboard(QWidget& widget, bool enabled) {
         OwedKeyboard::instance().owe(*keyboard);
     else if (enabled)
         OwedKeyboard::instance().pay();
-}
-
-void showInView(QWidget& widget) {
-    for (QWidget* at = widget.parentWidget(); at != nullptr; at = at->parentWidget()) {
-        auto* area = qobject_cast<QScrollArea*>(at);
-        if (area == nullptr || area->widget() == nullptr || !area->widget()->isAncestorOf(&widget))
-            continue;
-        // With its outline; of a table that is larger than the place, the beginning.
-        QRect part = widget.rect().translated(widget.mapTo(area->widget(), QPoint()));
-        part.adjust(-kUnit, -kUnit, kUnit, kUnit);
-        part.setSize(part.size().boundedTo(area->viewport()->size()));
-        const QPoint middle = part.center();
-        area->ensureVisible(middle.x(), middle.y(), part.width() / 2, part.height() / 2);
-    }
 }
 
 } // namespace vrk::qt

@@ -13,7 +13,4 @@ void giveKeyboard(QWidget& widget);
 /// the button that got it in between does not count: that may be what ends the action.
 void setEnabledWithKeyboard(QWidget& widget, bool enabled);
 
-/// Scrolls whatever the widget stands in until it is in sight; the beginning of one larger than the place.
-void showInView(QWidget& widget);
-
 } // namespace vrk::qt

@@ -2,7 +2,6 @@
 
 #include <QLabel>
 #include <QLineEdit>
-#include <QScrollArea>
 
 namespace vrk {
 namespace {
@@ -115,7 +114,8 @@ TEST_F(InstructionPageTest, ByteIsPutTogetherBeforeItIsSent) {
     EXPECT_EQ(text("instructionFurther"), "clocks follow, one a step · slave 50 hex");
     workspace.resize(1280, 720); // Go stands below, the buttons of the increments above
     settle();
-    page(kPage).page()->findChild<QScrollArea*>()->ensureWidgetVisible(&widget(kPage, "cmdDoInstruction"));
+    widget(kPage, "cmdDoInstruction").setFocus(); // scrolls there
+    settle();
     click(kPage, "cmdDoInstruction");
     EXPECT_TRUE(widget(kPage, "lblRDWcr(3)").isVisible());
     EXPECT_FALSE(widget(kPage, "lblRDWcr(2)").isVisible());

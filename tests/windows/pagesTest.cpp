@@ -97,6 +97,27 @@ TEST_F(PagesTest, EveryTwinHasItsOwnNameAndPlace) {
     }
 }
 
+/// At twice the size on a small screen.
+TEST_F(PagesTest, SmallWindowCutsNoButtonOfTheHeadAndShowsWhoHasTheKeyboard) {
+    open(kLink);
+    const QSize usual = workspace.size();
+    workspace.resize(640, 360);
+    for (const char* path : {"cmdFirmwareVersion", "cmdHoswMother", "cmdReconnect", "cmdQuit"}) {
+        QWidget& button = widget(kLink, path);
+        EXPECT_TRUE(QTest::qWaitFor(
+            [&] { return button.isVisible() && button.width() >= button.sizeHint().width(); }, 1000))
+            << path;
+        button.setFocus();
+        EXPECT_TRUE(
+            QTest::qWaitFor([&] { return button.visibleRegion().boundingRect() == button.rect(); }, 1000))
+            << path;
+    }
+    key(kLink, Qt::Key_1, Qt::ControlModifier); // a tab without a field
+    EXPECT_EQ(workspace.focusWidget(), &widget(kLink, "SSTab1"));
+    workspace.resize(usual);
+    EXPECT_TRUE(QTest::qWaitFor([this] { return place(widget(kLink, "cmdQuit")) == "head"; }, 1000));
+}
+
 /// F5 and Ctrl+Enter on each tab: the last command that goes to the board tells which button they pressed.
 TEST_F(PagesTest, KeysReadAndWriteWhatIsInFront) {
     const struct {

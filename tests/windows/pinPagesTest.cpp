@@ -162,6 +162,7 @@ TEST_F(PinPagesTest, KeysWorkThePartThatHasTheKeyboard) {
     EXPECT_EQ(position(2), second + 2);
     QTest::keyClick(&workspace, Qt::Key_Down, Qt::ControlModifier);
     EXPECT_EQ(position(2), second);
+    settle();
     widget(kUpDown, "cmdIncr(0)").setFocus();
     QTest::keyClick(&workspace, Qt::Key_Return, Qt::ControlModifier);
     EXPECT_EQ(position(1), first + 2);

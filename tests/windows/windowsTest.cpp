@@ -1,5 +1,6 @@
 #include "apps/vrkbench/Desktop.h"
 #include "tests/windows/WindowTest.h"
+#include "views/pages.h"
 #include "views/workspace/Band.h"
 #include "views/workspace/Dock.h"
 #include "views/workspace/Help.h"
@@ -129,8 +130,12 @@ TEST_F(I2cWindowTest, PageGoesOutIntoItsOwnWindowAndBack) {
 TEST_F(I2cWindowTest, AboutBoxOverTheProductTableLeavesTheTableInSight) {
     openI2c(false);
     const auto show = [this](PanelSlotBase& slot) { (void)bench.events().deliver([&slot] { slot.show(); }); };
+    QWidget& field = widget(kI2c, "txtDECDataWrt(0)");
+    field.setFocus();
     show(bench.ProductExec);
+    bench.frmVRK_User1->setEnabled(false); // as the action that shows the table does
     show(bench.frmAbout2);
+    ASSERT_TRUE(QTest::qWaitFor([&field] { return !field.isEnabled(); }, 3000));
     EXPECT_EQ(workspace.working()->name(), "About");
     QTest::qWait(1); // a sheet is laid out when events run
     click("frmAbout2", "cmdOK");
@@ -139,6 +144,9 @@ TEST_F(I2cWindowTest, AboutBoxOverTheProductTableLeavesTheTableInSight) {
     EXPECT_TRUE(page("ProductExec").page()->isVisible());
     (void)bench.ProductExec.userClose();
     EXPECT_EQ(workspace.working()->name(), "I2C");
+    EXPECT_NE(workspace.focusWidget(), &field);
+    bench.frmVRK_User1->setEnabled(true);
+    EXPECT_TRUE(QTest::qWaitFor([this, &field] { return workspace.focusWidget() == &field; }, 500));
 }
 
 TEST_F(I2cWindowTest, PaletteFindsRefusesAndRuns) {
@@ -240,7 +248,9 @@ TEST_F(StartWindowTest, MenusFollowThePageAndSwitchTheTrace) {
         return all.join(' ');
     };
     EXPECT_EQ(titles().toStdString(), "File Panels Board Trace View Help");
-    openI2c(false);
+    workspace.open(*findPageRow("frmMainF340"));
+    workspace.open(*findPageRow(kI2c)); // the choice hides the console that is in front
+    ASSERT_EQ(workspace.front(), &page(kI2c));
     EXPECT_EQ(titles().toStdString(), "File Device Select Panels Board Trace View Help");
     bench.frmStartup->chkTRDetail.setValue(1); // the trace panel is not there yet, its switch is
     for (QAction* menu : workspace.menuBar()->actions())

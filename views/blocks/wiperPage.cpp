@@ -42,6 +42,7 @@ void addPartMenu(PageUi& page, WiperPanel& panel) {
         menu->addAction(action);
     }
     ui.tieMenu(panel.mnuDeviceSelect, *menu->menuAction());
+    menu->setTitle("&Device Select"); // the panel's own caption has no letter
     menu->addSeparator();
     QAction* scripts = ui(panel.mnuScriptShow);
     scripts->setParent(menu);

@@ -100,7 +100,7 @@ QWidget* busPages(PageUi& page, frmMainF340& p) {
     return block(column({upper, makeByteTable(page, p), stretch}));
 }
 
-void addKeys(PageUi& page, frmMainF340& p) {
+void addKeys(PageUi& page, frmMainF340& p, QWidget& strip) {
     PanelUi& ui = page.ui();
     page.onRead("Read: the page in front decides what", [&ui, &p] {
         switch (p.SSTab1.listIndex()) {
@@ -137,8 +137,10 @@ void addKeys(PageUi& page, frmMainF340& p) {
     page.onAbort("Stop the address scan", [&ui, &p] { press(ui, p.cmdStopScan); });
     for (int tab = 0; tab < kPages; ++tab)
         page.addKey(QKeySequence(Qt::CTRL | static_cast<Qt::Key>(Qt::Key_1 + tab)),
-                    "Page " + QString::fromStdString(p.SSTab1.row(tab).text),
-                    [&p, tab] { (void)p.SSTab1.userSelect(tab); });
+                    "Page " + QString::fromStdString(p.SSTab1.row(tab).text), [&p, &strip, tab] {
+                        (void)p.SSTab1.userSelect(tab);
+                        strip.setFocus(Qt::ShortcutFocusReason); // else it stays with a page out of sight
+                    });
 }
 
 } // namespace
@@ -196,9 +198,10 @@ void addHead(PageUi& page, frmMainF340& p) {
         version->setTone(worth && worth->state == Freshness::State::Stale ? Tone::Stale : Tone::Plain);
         version->setToolTip(read ? text : QString());
     });
-    for (QWidget* item : std::initializer_list<QWidget*>{
-             label, instance, ui(p.chkLED[0]), ui(p.chkLED[1]), ui(p.cmdFirmwareVersion), version,
-             ui(p.cmdHoswMother), ui(p.cmdReconnect), ui(p.cmdQuit)})
+    for (QWidget* item :
+         std::initializer_list<QWidget*>{block(row({label, instance})), ui(p.chkLED[0]), ui(p.chkLED[1]),
+                                         block(row({ui(p.cmdFirmwareVersion), version})), ui(p.cmdHoswMother),
+                                         ui(p.cmdReconnect), ui(p.cmdQuit)})
         page.addHeadItem(item);
 }
 
@@ -239,7 +242,7 @@ void makeControllerPage(PageUi& page, frmMainF340& p) {
         stack->setCurrentWidget(pages.at(static_cast<std::size_t>(tab)));
     };
     ui.watch(p.SSTab1, showPage);
-    addKeys(page, p);
+    addKeys(page, p, *strip);
 
     auto* content = column({strip, separator(Qt::Horizontal), gap, stack});
     content->setSpacing(0);

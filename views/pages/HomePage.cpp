@@ -12,6 +12,8 @@
 #include <QRadioButton>
 #include <QToolButton>
 
+#include <algorithm>
+
 namespace vrk {
 
 using namespace qt;
@@ -25,7 +27,8 @@ void drawBox(QPainter& painter, const QRectF& box, const QPalette& palette, cons
     painter.drawRoundedRect(box, 3, 3);
     const double half = box.height() / 2;
     painter.setPen(palette.color(QPalette::WindowText));
-    painter.setFont(textFont(1.0, true));
+    const double wide = QFontMetricsF(textFont(1.0, true)).horizontalAdvance(title);
+    painter.setFont(textFont(std::min(1.0, (box.width() - kUnit) / wide), true)); // whole in a narrow window
     painter.drawText(box.adjusted(0, 0, 0, -half * 0.7), Qt::AlignCenter, title);
     painter.setFont(textFont(kSmall));
     painter.setPen(palette.color(QPalette::PlaceholderText));

@@ -315,7 +315,10 @@ void makeMotherboardPage(PageUi& page, frmMotherboardDAQ2& p) {
     page.onAbort("Stop sampling", [&ui, &p] { press(ui, p.cmdEndSampling); });
     for (int tab = 0; tab < strip->count(); ++tab)
         page.addKey(QKeySequence(Qt::CTRL | static_cast<Qt::Key>(Qt::Key_1 + tab)),
-                    "Tab " + strip->tabText(tab), [strip, tab] { strip->setCurrentIndex(tab); });
+                    "Tab " + strip->tabText(tab), [strip, tab] {
+                        strip->setCurrentIndex(tab);
+                        strip->setFocus(Qt::ShortcutFocusReason);
+                    });
     auto* content = column({strip, separator(Qt::Horizontal), gap, stack});
     content->setSpacing(0);
     content->setStretch(3, 1);

@@ -1,3 +1,4 @@
+#include "platform/qt/keyboard.h"
 #include "platform/qt/theme.h"
 #include "platform/qt/words.h"
 #include "script/frmScriptOps.h"
@@ -219,9 +220,9 @@ class ScriptPage final : public QObject {
     void showMarked() {
         const int row = table_->marked();
         const bool idle = p_.cmdExecAll.responsive();
-        fromHere_->setEnabled(row > 0 && idle);
-        selection_->setEnabled(row > 0 && idle);
-        retry_->setEnabled(row > 0 && !p_.recording() && (idle || p_.debugger().paused()));
+        setEnabledWithKeyboard(*fromHere_, row > 0 && idle);
+        setEnabledWithKeyboard(*selection_, row > 0 && idle);
+        setEnabledWithKeyboard(*retry_, row > 0 && !p_.recording() && (idle || p_.debugger().paused()));
     }
 
     /// A failed row brings its bytes up; any other one only where the bytes are in sight already.

@@ -2,6 +2,7 @@
 
 #include "panels/blocks/ChannelBlock.h"
 #include "panels/blocks/SupplyBlock.h"
+#include "platform/qt/keyboard.h"
 #include "platform/qt/theme.h"
 #include "platform/runtime/text.h"
 #include "views/plot/Plot.h"
@@ -127,7 +128,7 @@ void ChannelPlot::watch() {
     ui.keep(activities.observe([this, &activities] {
         const bool free = activities.current() == nullptr;
         if (sweep_->isEnabled() != free)
-            sweep_->setEnabled(free);
+            setEnabledWithKeyboard(*sweep_, free);
     }));
 }
 

@@ -1,5 +1,6 @@
 #include "views/workspace/Band.h"
 
+#include "platform/qt/keyboard.h"
 #include "platform/qt/theme.h"
 #include "shell/Bench.h"
 #include "views/workspace/BandCell.h"
@@ -343,13 +344,13 @@ void Band::showSupply(const BandSource& source) {
     volts_->setText(volts.isEmpty() ? kNeverRead : volts);
     volts_->setTone(tone);
     const bool usable = source.on != nullptr && source.off != nullptr && source.on->responsive();
-    switch_->setEnabled(usable);
+    setEnabledWithKeyboard(*switch_, usable);
     switch_->setToolTip(page_ == nullptr       ? "No device panel is open"
                         : usable               ? "Switch VCC"
                         : source.on == nullptr ? "This page has no switch of its own"
                                                : "Not now: " + refusalOf(*source.on));
     switch_->setChosen(on ? 0 : 1);
-    level_->setEnabled(source.level != nullptr && source.level->responsive());
+    setEnabledWithKeyboard(*level_, source.level != nullptr && source.level->responsive());
     showLevels(source.level);
 }
 

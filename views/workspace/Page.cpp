@@ -1,8 +1,10 @@
 #include "views/workspace/Page.h"
 
 #include "platform/qt/QtHost.h"
+#include "platform/qt/keyboard.h"
 #include "platform/qt/theme.h"
 #include "views/pages.h"
+#include "views/workspace/HeadRoom.h"
 #include "views/workspace/Section.h"
 
 #include <QApplication>
@@ -93,6 +95,8 @@ void PageUi::setContent(QWidget* content) {
             content->layout()->setContentsMargins(kUnit, 0, last > 0 ? 0 : kUnit, kUnit);
     });
     content->installEventFilter(this);
+    if (row_.place != PagePlace::Dock)
+        new HeadRoom(*head_, *headItems_, *content);
     ui_.placed();
     QString taken = kMenuLetters;
     for (QWidget* root : {page_.data(), inspector_.data()})
@@ -207,10 +211,11 @@ QAction* PageUi::findAction(const QString& name) const {
 }
 
 void PageUi::takeFocus() {
-    if (lastFocus_ == nullptr)
+    // Another part may have fewer channels than the one that was left.
+    if (lastFocus_ == nullptr || !lastFocus_->isVisibleTo(lastFocus_->window()))
         lastFocus_ = firstFocus_;
-    if (lastFocus_ != nullptr && lastFocus_->isEnabled())
-        lastFocus_->setFocus(Qt::OtherFocusReason);
+    if (lastFocus_ != nullptr)
+        giveKeyboard(*lastFocus_);
 }
 
 void PageUi::keepFocus() {

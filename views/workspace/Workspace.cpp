@@ -265,6 +265,10 @@ void Workspace::openDevice(const PageRow& row, PanelSlotBase&) {
     if (!leave(device, device == nullptr ? nullptr : &device->cmdMMenu) ||
         !leave(calibration, calibration == nullptr ? nullptr : &calibration->cmdReturn))
         return;
+    // The choice hides the consoles. Were one of them in front, the start panel would come there in the
+    // middle of it, and its activation forgets the choice.
+    if (front_ != page(bench.frmStartup.name()))
+        (void)bench.events().deliver([&bench] { bench.frmStartup.show(); });
     (void)start->cboVRKSelect.userSelect(row.startRow);
 }
 

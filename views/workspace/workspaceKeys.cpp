@@ -24,6 +24,7 @@
 #include <QLabel>
 #include <QScrollArea>
 #include <QScrollBar>
+#include <QTimer>
 
 #include <algorithm>
 
@@ -83,11 +84,10 @@ void Workspace::addCommands() {
     };
     for (const Command& command : commands_)
         keys_->add(command.key);
-    // A key may lead to what is scrolled away. Under the mouse nothing moves, nor where the window comes
-    // back.
+    // Qt scrolls for Tab alone. Under the mouse nothing moves, nor where the window comes back.
     connect(qApp, &QApplication::focusChanged, this, [](const QWidget* before, QWidget* now) {
         if (before != nullptr && now != nullptr && QApplication::mouseButtons() == Qt::NoButton)
-            scrollIntoView(*now);
+            QTimer::singleShot(0, now, [now] { scrollIntoView(*now); }); // once its page has its size
     });
 }
 

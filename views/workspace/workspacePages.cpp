@@ -10,9 +10,7 @@
 #include "views/workspace/WireView.h"
 #include "views/workspace/Workspace.h"
 
-#include <QApplication>
 #include <QStackedWidget>
-#include <QTimer>
 #include <QToolButton>
 
 #include <algorithm>
@@ -224,21 +222,9 @@ void Workspace::closeSheet() {
     sheet_->hide();
     sheet_->deleteLater();
     sheet_ = nullptr;
-    if (front_ == nullptr)
-        return;
-    front_->takeFocus();
-    // The panel under it is enabled when the action that waited has ended; the keyboard is elsewhere by then.
-    constexpr int kLookMs = 100;
-    constexpr int kLooks = 20;
-    auto* wait = new QTimer(front_);
-    wait->callOnTimeout(front_, [this, wait, page = front_, left = kLooks]() mutable {
-        const bool away = page != front_ || sheet_ != nullptr;
-        if (!away && isActiveWindow() && pageOf(QApplication::focusWidget()) == nullptr)
-            page->takeFocus();
-        if (away || pageOf(QApplication::focusWidget()) != nullptr || --left == 0)
-            wait->deleteLater();
-    });
-    wait->start(kLookMs);
+    // The panel under it may be enabled when the action that waited has ended, and gets the keyboard then.
+    if (front_ != nullptr)
+        front_->takeFocus();
 }
 
 /// What lay under a sheet is in front again: another sheet that is still open, else the page.

@@ -48,7 +48,17 @@ void PinPanel::ChOut_Click(int index) {
     afterPinWrite();
 }
 
+bool PinPanel::lostPins() const {
+    const std::string& owner = services().ports.pinsOf; // none behind a reset of all pins
+    return hadPins_ && !owner.empty() && owner != name();
+}
+
 void PinPanel::setBit(int bit, bool high) {
+    if (lostPins()) {
+        ChOut[bit].showValue(high ? 1 : 0);
+        ShpOut[bit].setColour(high ? Colour::LightRed : Colour::Black);
+        return;
+    }
     const OutputPin& row = pins_.at(static_cast<std::size_t>(bit));
     if (ChOut[bit].checked() != high)
         ChOut[bit].setValue(high ? 1 : 0);
@@ -63,6 +73,8 @@ void PinPanel::placePins() {
 }
 
 void PinPanel::writePorts() {
+    if (lostPins())
+        return;
     board().cmdWrtPipe1_Click();
     voltsStale("a pin was driven since");
 }

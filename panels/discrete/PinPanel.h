@@ -82,6 +82,21 @@ class PinPanel : public DevicePanel {
         std::vector<Control*> taken_;
     };
 
+    /// An action that moves pins over some time. The panel may be left in the midst of it: the pins are the
+    /// next panel's then, which drives its part's address with them, and only the boxes follow the action.
+    class PinsInHand {
+      public:
+        explicit PinsInHand(PinPanel& panel) : panel_(panel) {
+            panel_.hadPins_ = panel_.services().ports.pinsOf == panel_.name();
+        }
+        ~PinsInHand() { panel_.hadPins_ = false; }
+        PinsInHand(const PinsInHand&) = delete;
+        PinsInHand& operator=(const PinsInHand&) = delete;
+
+      private:
+        PinPanel& panel_;
+    };
+
     /// Whether the board has taken every edge since: a report that it did not take ends in no dialog.
     class Edges {
       public:
@@ -121,6 +136,8 @@ class PinPanel : public DevicePanel {
 
     /// Every wire as its box says. Of two bits that share a pin the one of part #1 stands.
     void placePins() override;
+    /// A button that is held is let go: nobody sees it any more.
+    void beforeMenu() override { state_.IncrAbort = true; }
     virtual void afterPinWrite() {}
     virtual void voltsStale(const std::string& cause) = 0;
     void supplyChanged() override { voltsStale("the supply changed since"); }
@@ -139,8 +156,11 @@ class PinPanel : public DevicePanel {
     void sampleInto(Reading& volts, int row);
 
   private:
+    bool lostPins() const;
+
     std::vector<OutputPin> pins_;
     PinPanelState& state_;
+    bool hadPins_ = false; ///< as the action under way began
 };
 
 } // namespace vrk

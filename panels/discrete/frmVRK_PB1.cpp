@@ -102,6 +102,7 @@ void frmVRK_PB1::cmdIncr_Click(int index) {
     Button& pressed = cmdIncr[index];
     if (!requireVcc())
         return;
+    const PinsInHand inHand(*this);
     // Ahead of the first edge: an entry beyond all bounds must not leave the part selected.
     const Milliseconds period{std::max(0, countOf(txtDelay, 0))};
     const int count = countOf(txtIncr[index], 1);
@@ -141,6 +142,7 @@ void frmVRK_PB1::cmdSequence_Click(int index) {
     RunState& run = services().run;
     run.PinBatch = false;
     (void)requireVcc(); // the sequence runs all the same
+    const PinsInHand inHand(*this);
     const auto [up, down, store] = holds();
     const DisabledWhile busy(resting());
     const Edges edges(link());

@@ -110,6 +110,7 @@ void frmVRK_UD1::cmdIncr_Click(int index) {
     Button& pressed = cmdIncr[index];
     if (!requireVcc())
         return;
+    const PinsInHand inHand(*this);
     const int part = index < 2 ? 0 : 1;
     const int first = kBitsOfPart * part;
     // Ahead of the first edge: an entry beyond all bounds must not leave a part selected.
@@ -166,6 +167,7 @@ void frmVRK_UD1::cmdSequence_Click(int index) {
     services().run.PinBatch = false;
     state().UDDevice = index < 2 ? 1 : 2;
     (void)requireVcc(); // the sequence runs all the same
+    const PinsInHand inHand(*this);
     const bool stores = index % 2 == 0;
     if (stores)
         cmdSequence[index + 1].setEnabled(false);

@@ -265,6 +265,14 @@ TEST_F(PinPanels, NothingIsLeftBehindByARunThatEndsEarly) {
     EXPECT_LT(clock.now() - began, Milliseconds{5000});
     EXPECT_TRUE(b.ChOut[frmVRK_PB1::kUp].checked());
     EXPECT_TRUE(b.cmdSequence[0].enabled());
+    // Another panel takes the pins under a hold: the button is let go in its box alone.
+    b.txtPressAndHold[0].setText("1000");
+    p.ChOut[frmVRK_UD1::kInc].showValue(0);
+    at(500, [this] { upDown.show(); });
+    click(b.cmdSequence[0]);
+    EXPECT_TRUE(b.ChOut[frmVRK_PB1::kUp].checked());
+    EXPECT_EQ(board().chkPData[9].value(), 0);
+    buttons.show();
     // The other part's panel has moved the pins since: they go back to what the boxes say, one by one.
     p.ChOut[4].setValue(0);
     (void)b.cmdAlloutsHigh.userClick();

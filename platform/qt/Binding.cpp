@@ -160,7 +160,7 @@ void WidgetBinding::applyEnabled() {
 
 void WidgetBinding::showVisible(bool visible) {
     if (!visible)
-        widget_.hide();
+        hideWithKeyboard(widget_);
     else if (widget_.isHidden() && widget_.parentWidget() != nullptr)
         widget_.show();
 }

@@ -87,7 +87,10 @@ bool KeyLineEdit::event(QEvent* event) {
 
 void KeyLineEdit::keyPressEvent(QKeyEvent* event) {
     const bool controlKeys = takesControlKeys && takesControlKeys();
-    if (!isEnabled() || isReadOnly() || !keyPressed) {
+    if (event->modifiers().testFlag(Qt::AltModifier) && !event->text().isEmpty() &&
+        event->text().front().isPrint()) {
+        event->ignore(); // a letter that no menu and no caption has: QLineEdit would type it
+    } else if (!isEnabled() || isReadOnly() || !keyPressed) {
         QLineEdit::keyPressEvent(event);
     } else if (isCharacter(*event)) {
         keyPressed(event->text().front().unicode(), 0);

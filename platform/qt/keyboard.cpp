@@ -48,6 +48,11 @@ class OwedKeyboard final : public QObject {
             forget();
         widget->setFocus(Qt::OtherFocusReason);
     }
+    bool owes(const QWidget& within) const {
+        return std::any_of(owed_.begin(), owed_.end(), [&](const auto& widget) {
+            return widget != nullptr && within.isAncestorOf(widget);
+        });
+    }
     void forget() {
         owed_.clear();
         qApp->removeEventFilter(this);
@@ -68,6 +73,12 @@ class OwedKeyboard final : public QObject {
     std::vector<QPointer<QWidget>> owed_;
 };
 
+/// What has the keyboard in the widget or is it; nullptr if that is elsewhere in its window.
+QWidget* keyboardIn(const QWidget& widget) {
+    QWidget* keyboard = widget.window()->focusWidget();
+    return keyboard == &widget || widget.isAncestorOf(keyboard) ? keyboard : nullptr;
+}
+
 } // namespace
 
 void giveKeyboard(QWidget& widget) {
@@ -80,14 +91,23 @@ void giveKeyboard(QWidget& widget) {
 }
 
 void setEnabledWithKeyboard(QWidget& widget, bool enabled) {
-    QWidget* keyboard = widget.window()->focusWidget();
-    const bool loses =
-        !enabled && keyboard != nullptr && (keyboard == &widget || widget.isAncestorOf(keyboard));
+    QWidget* keyboard = enabled ? nullptr : keyboardIn(widget);
     widget.setEnabled(enabled);
-    if (loses)
+    if (keyboard != nullptr)
         OwedKeyboard::instance().owe(*keyboard);
     else if (enabled)
         OwedKeyboard::instance().pay();
+}
+
+void hideWithKeyboard(QWidget& widget) {
+    QWidget* keyboard = keyboardIn(widget);
+    widget.hide();
+    if (keyboard != nullptr)
+        OwedKeyboard::instance().owe(*keyboard);
+}
+
+bool owesKeyboard(const QWidget& within) {
+    return OwedKeyboard::instance().owes(within);
 }
 
 } // namespace vrk::qt

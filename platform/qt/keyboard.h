@@ -12,5 +12,10 @@ void giveKeyboard(QWidget& widget);
 /// comes back when the widget is enabled again, unless the user has taken it elsewhere until then. A press of
 /// the button that got it in between does not count: that may be what ends the action.
 void setEnabledWithKeyboard(QWidget& widget, bool enabled);
+/// QWidget::hide(), in the same way.
+void hideWithKeyboard(QWidget& widget);
+
+/// True if one of those that stand in the widget has lost the keyboard and is to have it again.
+bool owesKeyboard(const QWidget& within);
 
 } // namespace vrk::qt

@@ -257,6 +257,8 @@ TEST_F(BindingTest, DisabledControlRefusesAtOnceAndItsPictureNeverFlashes) {
         EXPECT_TRUE(QTest::qWaitFor([this] { return button->isEnabled(); }, 500));
         EXPECT_EQ(QApplication::focusWidget(), taken ? static_cast<QWidget*>(log) : button);
     }
+    QTest::keyClick(hex, Qt::Key_D, Qt::AltModifier);
+    EXPECT_EQ(panel.hex.text(), "") << "a letter of no menu is none to type";
 }
 
 TEST_F(BindingTest, ReleasedWidgetsDoNothing) {

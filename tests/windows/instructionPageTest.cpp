@@ -121,12 +121,15 @@ TEST_F(InstructionPageTest, ByteIsPutTogetherBeforeItIsSent) {
     EXPECT_FALSE(widget(kPage, "lblRDWcr(2)").isVisible());
     settle();
     EXPECT_FALSE(widget(kPage, "cmdIncrWip(2)").visibleRegion().isEmpty());
+    EXPECT_EQ(workspace.focusWidget(), &widget(kPage, "cmdIncrWip(0)"));
     EXPECT_FALSE(widget("frmVRK_User1", "cmdMMenu").isEnabled());
     click(kPage, "cmdIncrWip(0)");
     QTest::keyClick(&workspace, Qt::Key_Escape);
     QTest::qWait(1);
     EXPECT_EQ(text("lblRDWcr(3)"), "81");
     EXPECT_TRUE(widget(kPage, "lblRDWcr(2)").isVisible());
+    EXPECT_TRUE(QTest::qWaitFor(
+        [this] { return workspace.focusWidget() == &widget(kPage, "cmdDoInstruction"); }, 1000));
 }
 
 /// The SPI panel with a part of its families, as the part's row of the parameter file sets it up.

@@ -1,6 +1,7 @@
 #include "panels/WiperPanel.h"
 #include "panels/instruction/frm_q4410.h"
 #include "panels/instruction/frm_q4420.h"
+#include "platform/qt/keyboard.h"
 #include "platform/qt/theme.h"
 #include "views/blocks/InstructionComposer.h"
 #include "views/blocks/PotMap.h"
@@ -11,9 +12,11 @@
 #include "views/workspace/intoView.h"
 
 #include <QLabel>
+#include <QPointer>
 #include <QPushButton>
 #include <QVBoxLayout>
 
+#include <memory>
 #include <utility>
 
 namespace vrk {
@@ -56,20 +59,37 @@ void addLegend(PageUi& page, InstructionPanel& p) {
 QWidget* increments(PageUi& page, InstructionPanel& p) {
     PanelUi& ui = page.ui();
     std::vector<Item> line{heading(QString::fromStdString(p.FrIncrDec.caption())), gap};
+    std::vector<QWidget*> steps;
     for (auto& button : p.cmdIncrWip)
-        line.emplace_back(wideButton(ui(*button), kStepButton));
+        steps.push_back(wideButton(ui(*button), kStepButton));
+    line.insert(line.end(), steps.begin(), steps.end());
     auto* volts = ui.value(p.lblPotVolts, "00.000", 1.38);
     volts->setAccessibleName("Volts of the pot that is stepped");
     for (const Item& item : {gap, Item(ui(p.lvlPotN)), Item(volts), Item(quietText("V")), stretch})
         line.push_back(item);
     auto* frame = ui.frame(p.FrIncrDec, {}, row(line));
     frame->setTitled(false);
-    // Go may stand a page below, and nothing that is in sight there works any more.
-    const auto reveal = [frame] { scrollIntoView(*frame); };
-    ui.watch(p.FrIncrDec, [frame, reveal, &p, stood = false]() mutable {
+    // Go may stand a page below, and nothing that is in sight there works any more. The keyboard comes along,
+    // and goes back unless the user has taken it elsewhere.
+    const auto before = std::make_shared<QPointer<QWidget>>();
+    const auto begin = [frame, &page, up = steps.front(), before] {
+        *before = frame->window()->focusWidget();
+        if (*before != nullptr && page.holds(**before))
+            up->setFocus(Qt::OtherFocusReason);
+        scrollIntoView(*frame);
+    };
+    const auto end = [frame, before] {
+        if (owesKeyboard(*frame) && *before != nullptr)
+            giveKeyboard(**before);
+    };
+    ui.watch(p.FrIncrDec, [frame, begin, end, &p, stood = false]() mutable {
         const bool stands = p.FrIncrDec.visible();
-        if (!std::exchange(stood, stands) && stands)
-            QMetaObject::invokeMethod(frame, reveal, Qt::QueuedConnection); // once it has its place
+        if (std::exchange(stood, stands) == stands)
+            return;
+        if (stands)
+            QMetaObject::invokeMethod(frame, begin, Qt::QueuedConnection); // once it has its place
+        else
+            QMetaObject::invokeMethod(frame, end, Qt::QueuedConnection); // once it is out of sight
     });
     return frame;
 }

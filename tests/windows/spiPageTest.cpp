@@ -66,6 +66,10 @@ TEST_F(SpiPageTest, FramesAreThoseOfTheChannelInHandBeforeTheyGo) {
     click(kSpi, "cmdI2Read(2)");
     EXPECT_EQ(text("lblPotRead(2)"), "63");
     EXPECT_EQ(widget<qt::LampWidget>(kSpi, "read(2)").word(), "good");
+    w.bus.socket(std::nullopt);
+    click(kSpi, "cmdI2Read(2)");
+    EXPECT_EQ(text("lblPotRead(2)"), "0");
+    EXPECT_EQ(widget(kSpi, "txtHexDataWrt(2)").accessibleDescription(), "") << "3F is the last that is known";
     click(kSpi, "chkSendID");
     EXPECT_EQ(text("lblReadFrame(2)"), "B2 command · 00 clock · 00 clock");
     EXPECT_TRUE(text("age(2)").endsWith("the address changed since"));

@@ -222,9 +222,8 @@ void ChannelStrip::makeWrite(PageUi& page, ChannelBlock& block) {
         page, block.txtHexDataWrt[channel_], *hex_, hexRead, [&hexRead] { return hexRead.caption(); },
         differs_);
     tintDifference(page, block.txtDECDataWrt[channel_], *decimal_, position,
-                   [&position, &written = block.txtDECDataWrt[channel_]] {
-                       return decimalInt(written.text()) != decimalInt(position.caption());
-                   });
+                   {[&written = block.txtDECDataWrt[channel_]] { return decimalInt(written.text()); },
+                    [&position] { return decimalInt(position.caption()); }});
     list_ = ui(block.List1[channel_], kLeastRows, 4);
     list_->setItemDelegate(new RightAligned(list_));
     const int least = list_->height();

@@ -12,6 +12,7 @@
 #include <QPushButton>
 
 #include <memory>
+#include <optional>
 #include <utility>
 
 namespace vrk {
@@ -113,12 +114,21 @@ void showWhileFolded(Section& section, QWidget* extra) {
 }
 
 void tintDifference(PageUi& page, const TextBox& written, QLineEdit& field, const Control& read,
-                    std::function<bool()> differs, QWidget* words) {
-    const auto show = [&field, &read, words, differs = std::move(differs)] {
+                    ComparedValues values, QWidget* words) {
+    struct Good {
+        Milliseconds since{0};
+        int value = 0;
+    };
+    const auto show = [&field, &read, words, values = std::move(values),
+                       last = std::make_shared<std::optional<Good>>()] {
         const auto& worth = read.freshness();
-        const bool holds = worth && (worth->state == Freshness::State::Fresh || worth->failed) &&
-                           worth->state != Freshness::State::Never;
-        const bool tinted = holds && differs();
+        const bool fresh = worth && worth->state == Freshness::State::Fresh;
+        // By its time: the digits of a read that fails stand there a moment before the reading says so.
+        if (fresh && (!*last || (*last)->since != worth->since))
+            *last = Good{worth->since, values.read()};
+        const bool failed = worth && worth->state == Freshness::State::Stale && worth->failed;
+        const bool tinted =
+            fresh ? values.written() != values.read() : failed && *last && values.written() != (*last)->value;
         setTone(field, tinted ? Tone::Differs : Tone::Plain);
         field.setAccessibleDescription(tinted ? "differs from read" : QString());
         if (words != nullptr)
@@ -130,12 +140,10 @@ void tintDifference(PageUi& page, const TextBox& written, QLineEdit& field, cons
 
 void tintHexDifference(PageUi& page, TextBox& written, QLineEdit& field, Control& read,
                        std::function<std::string()> readText, QWidget* words) {
-    tintDifference(
-        page, written, field, read,
-        [&written, readText = std::move(readText)] {
-            return hexToInt(written.text()) != hexToInt(readText());
-        },
-        words);
+    tintDifference(page, written, field, read,
+                   {[&written] { return hexToInt(written.text()); },
+                    [readText = std::move(readText)] { return hexToInt(readText()); }},
+                   words);
 }
 
 QLineEdit* readByte(PageUi& page, TextBox& box) {

@@ -46,11 +46,18 @@ void summarise(PageUi& page, Section& section, std::function<QString()> folded,
 /// Shows `extra` in the section's heading while the section is folded.
 void showWhileFolded(Section& section, QWidget* extra);
 
+/// What two texts are worth as numbers, at the time of the call.
+struct ComparedValues {
+    std::function<int()> written;
+    std::function<int()> read;
+};
+
 /// Tints the field of a value to write while what was read is another one, whatever its lamp says. A value
 /// that was never read, or that no longer holds for another reason than a failed read, differs from nothing.
-/// \param differs compares the two. \param words said beside the field, may be nullptr.
+/// A failed read leaves the comparison with the last good one, whatever digits it shows.
+/// \param words said beside the field, may be nullptr.
 void tintDifference(PageUi& page, const TextBox& written, QLineEdit& field, const Control& read,
-                    std::function<bool()> differs, QWidget* words = nullptr);
+                    ComparedValues values, QWidget* words = nullptr);
 /// The same for two hexadecimal texts.
 void tintHexDifference(PageUi& page, TextBox& written, QLineEdit& field, Control& read,
                        std::function<std::string()> readText, QWidget* words = nullptr);

@@ -64,6 +64,7 @@ void ProductExec::Form_Unload() {
 
 void ProductExec::forgetChoice() {
     uses_.choice = {};
+    tGrid.setSelection(0, 0); // the row that is marked is the row that is chosen
     cmdReturn.setEnabled(false);
     for (auto& label : lblDeviceSel)
         label->setCaption("");
@@ -135,7 +136,6 @@ void ProductExec::cmdLoadParam_Click() {
         ReadParameters(*path);
         Frame1.setVisible(true);
         // A choice made in another file is none in this one.
-        tGrid.setSelection(0, 0);
         forgetChoice();
     } catch (const Fault& fault) {
         context().say(fault.what());

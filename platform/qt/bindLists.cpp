@@ -163,6 +163,9 @@ class ListBinding final : public TypedBinding<Rows, QListView> {
             default:
                 break;
             }
+        } else if (event->type() == QEvent::FocusOut && model() != nullptr && !rebuild_.waiting() &&
+                   !isPassingFocusChange(static_cast<QFocusEvent*>(event)->reason())) {
+            showIndex(); // a row that the keys went to and that was not taken is not the list's
         }
         return Base::eventFilter(watched, event);
     }
@@ -256,6 +259,7 @@ class GridBinding final : public TypedBinding<Grid, QTableView> {
         view.setEditTriggers(QAbstractItemView::NoEditTriggers);
         view.setSelectionBehavior(QAbstractItemView::SelectRows);
         view.setSelectionMode(QAbstractItemView::SingleSelection);
+        view.setTabKeyNavigation(false); // from cell to cell it would choose rows, and never leave the table
         view.setAlternatingRowColors(true);
         view.setTabKeyNavigation(false); // Tab would go from cell to cell and never out again
         connect(&view, &QTableView::clicked, this, [this](const QModelIndex& index) { pick(index); });

@@ -170,6 +170,12 @@ void Workspace::bringToFront(PageUi& page) {
     front_ = &page;
     dockAsked_ = false;
     showFront();
+    // A panel that rests until its table is answered shows the table: the band opens it over any page.
+    if (QPointer<PageUi> sheet = sheet_ == nullptr ? nullptr : sheet_->sheet();
+        sheet != nullptr && sheet_->under() != &page && !page.panel().enabled()) {
+        closeSheet();
+        openSheet(*sheet);
+    }
 }
 
 void Workspace::leave(PageUi& page) {

@@ -259,7 +259,6 @@ class GridBinding final : public TypedBinding<Grid, QTableView> {
         view.setEditTriggers(QAbstractItemView::NoEditTriggers);
         view.setSelectionBehavior(QAbstractItemView::SelectRows);
         view.setSelectionMode(QAbstractItemView::SingleSelection);
-        view.setTabKeyNavigation(false); // from cell to cell it would choose rows, and never leave the table
         view.setAlternatingRowColors(true);
         view.setTabKeyNavigation(false); // Tab would go from cell to cell and never out again
         connect(&view, &QTableView::clicked, this, [this](const QModelIndex& index) { pick(index); });

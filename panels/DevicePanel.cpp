@@ -25,6 +25,11 @@ void DevicePanel::Form_Activate() {
     becomeActive();
     if (std::exchange(services_.ports.pinsOf, name()) != name())
         placePins();
+    // Another panel has had the supplies meanwhile and left them off.
+    if (OptVCC[0].value() && !services_.vccOn()) {
+        suppliesMoved();
+        board().showSuppliesOn(*this);
+    }
     if (!OptVCC[1].value())
         return;
     OptVCC_Click(1);

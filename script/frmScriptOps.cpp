@@ -17,6 +17,9 @@ constexpr std::size_t kPassesKept = 100;
 /// How the words begin that a table gets which was read for the other bus.
 constexpr const char* kReadAs = "Read as an ";
 
+/// Stands in the field for an address that no script can use.
+constexpr const char* kAddressInstead = "60";
+
 std::string titleOf(const std::string& path) {
     return std::filesystem::path(path).filename().string();
 }
@@ -125,7 +128,14 @@ void frmScriptOps::Form_Load() {
     script_.EndMainStep = script_.IntStartStep = script_.IntEndStep = 0;
     script_.table.setWatcher([this](int row, int column) { mirror(row, column); });
     txtI2CAdr.setText(uses_.deviceAddress ? uses_.deviceAddress() : "50");
-    script_.setBase(hexToByte(txtI2CAdr.text()));
+    try {
+        script_.setBase(hexToByte(txtI2CAdr.text()));
+    } catch (const Fault&) { // a device panel takes up to 100 hexadecimal, which is none on the bus
+        tell(false, "A script cannot address " + txtI2CAdr.text(),
+             std::string(kAddressInstead) + " is used until another is entered", &txtI2CAdr);
+        txtI2CAdr.setText(kAddressInstead);
+        script_.setBase(hexToByte(kAddressInstead));
+    }
     lblCaption.setCaption("No Script File Selected");
     showBus();
 }
@@ -297,7 +307,7 @@ void frmScriptOps::txtI2CAdr_Enter() {
         address = kFirstRefused; // more digits than any address has
     }
     if (address < 0 || address >= kFirstRefused) {
-        txtI2CAdr.setText("60");
+        txtI2CAdr.setText(kAddressInstead);
         return;
     }
     script_.setBase(static_cast<std::uint8_t>(address));

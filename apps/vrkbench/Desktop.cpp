@@ -94,6 +94,7 @@ Desktop::Desktop(const DesktopOptions& options)
         further.time = context.clock().wallTime();
         context.results.add(std::move(further));
     };
+    dialogs_.offerAbortOf(bench_->context().activities);
     if (kind_ == BoardKind::Replayed)
         supplies_.leaveAsTheyAre(); // a report that is not in the recording would pass for a difference
     if (kind_ == BoardKind::Real)

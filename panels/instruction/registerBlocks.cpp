@@ -28,9 +28,12 @@ class InstructionPanel::AllRegisters {
         : panel_(panel),
           busy_(panel),
           name_(name),
-          activity_(panel.context().activities, name, [this] { stopped_ = true; }) {}
+          activity_(panel.context().activities, name, [this] { stopped_ = true; }) {
+        panel_.powered_ = panel_.uses_.services.vccOn();
+    }
 
-    bool goesOn() const { return !stopped_ && !panel_.unloaded_; }
+    /// A board that went and came back is without VCC: each register left would ask about its address.
+    bool goesOn() const { return !stopped_ && !panel_.unloaded_ && !panel_.partLost(); }
     void send() {
         panel_.cmdDoInstruction_Click();
         failed_ += panel_.lastAnswered_ ? 0 : 1;
@@ -40,7 +43,8 @@ class InstructionPanel::AllRegisters {
         const std::string count = decimalText(activity_.done());
         const std::string of = " of " + decimalText(kAll) + " registers";
         if (!goesOn())
-            panel_.tell(false, name_ + " aborted", count + of);
+            panel_.tell(false, name_ + " aborted",
+                        count + of + (panel_.partLost() ? ": VCC has gone meanwhile" : ""));
         else
             panel_.tell(failed_ == 0, name_ + (failed_ == 0 ? "" : " failed"),
                         failed_ == 0 ? count + " registers" : decimalText(failed_) + of);

@@ -93,6 +93,12 @@ void answerUnattended(QMessageBox& window, QTimer& watch, const MessageBox::Unat
     watch.start(kLook);
 }
 
+bool canAbort(const Activities* activities) {
+    return activities != nullptr &&
+           std::any_of(activities->running().begin(), activities->running().end(),
+                       [](const Activity* activity) { return activity->abortable(); });
+}
+
 void throwIfEnded(const EventLoop& events) {
     if (events.ended())
         throw ProgramEnded{};
@@ -132,6 +138,14 @@ Choice QtDialogs::show(const MessageBox& box) {
     window.setIcon(box.buttons.size() > 1 ? QMessageBox::Question : QMessageBox::Information);
     for (const Choice choice : box.buttons)
         window.addButton(standardButton(choice))->setObjectName(QString::fromStdString(choiceName(choice)));
+    const bool retries =
+        std::find(box.buttons.begin(), box.buttons.end(), Choice::Retry) != box.buttons.end();
+    const QAbstractButton* abort = nullptr;
+    if (retries && canAbort(activities_)) {
+        auto* button = window.addButton("Retry and &Abort", QMessageBox::ActionRole);
+        button->setObjectName("Abort");
+        abort = button;
+    }
     const Choice harmless = harmlessChoice(box.buttons);
     if (box.escape == MessageBox::Escape::Retry)
         window.setEscapeButton(standardButton(Choice::Retry));
@@ -160,6 +174,10 @@ Choice QtDialogs::show(const MessageBox& box) {
         return choice;
     };
     const auto* clicked = window.clickedButton();
+    if (abort != nullptr && clicked == abort) {
+        (void)activities_->abort();
+        return toldBy(Choice::Retry);
+    }
     for (const Choice choice : box.buttons)
         if (clicked != nullptr && window.standardButton(window.clickedButton()) == standardButton(choice))
             return toldBy(choice);

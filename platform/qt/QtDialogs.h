@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/clipboard/Clipboard.h"
+#include "platform/controls/Activities.h"
 #include "platform/dialogs/Dialogs.h"
 #include "platform/runtime/EventLoop.h"
 
@@ -32,6 +33,10 @@ class QtDialogs final : public Dialogs {
     std::function<QString()> lastFolder;
     std::function<void(const QString& folder)> folderUsed;
 
+    /// What asks again at each of its steps leaves no moment in which Abort could be reached: while one of
+    /// these can be aborted, boxes with Retry offer that too.
+    void offerAbortOf(Activities& activities) { activities_ = &activities; }
+
     /// Ends the program from outside, a box that stands included: it is answered by nobody.
     void endProgram();
 
@@ -44,6 +49,7 @@ class QtDialogs final : public Dialogs {
     bool isFurther();
 
     EventLoop& events_;
+    Activities* activities_ = nullptr;
     std::weak_ptr<void> action_; ///< of the last box with OK alone
     QPointer<QDialog> standing_;
     bool ending_ = false;

@@ -276,7 +276,11 @@ TEST_F(PinPanels, NothingIsLeftBehindByARunThatEndsEarly) {
     // The other part's panel has moved the pins since: they go back to what the boxes say, one by one.
     p.ChOut[4].setValue(0);
     (void)b.cmdAlloutsHigh.userClick();
+    (void)p.OptVCC[0].userClick();
+    (void)board().OptVCC[0].userClick();
+    (void)b.OptVCC[1].userClick(); // VCC goes off under the panel that lies behind
     EXPECT_TRUE(act([this] { upDown.show(); }).done());
+    EXPECT_TRUE(p.OptVCC[1].value());
     for (const int bit : {0, 1, 2, 4})
         EXPECT_EQ(board().chkPData[p.pins()[static_cast<std::size_t>(bit)].pin].value(),
                   p.ChOut[bit].value());

@@ -81,6 +81,10 @@ TEST_F(ScriptPanelTest, AFaultyScriptCanBeMendedAndReloaded) {
         EXPECT_EQ(panel().txtI2CAdr.text(), one.text);
         EXPECT_EQ(cell(1, Column::Address), one.address);
     }
+    i2c().txtDeviceAdr.setText("100"); // the most that this field takes
+    panel().Form_Load();
+    EXPECT_EQ(panel().txtI2CAdr.text(), "60");
+    EXPECT_EQ(script.ScriptI2CBase, 0x60);
 }
 
 TEST_F(ScriptPanelTest, SavesByButtonAndByRow) {

@@ -29,6 +29,7 @@ struct WindowBench {
           workspace({bench, BoardKind::Simulated, part, nullptr, std::make_shared<SimulatedSocket>(bus),
                      &recorder}) {
         bus.socket(part);
+        dialogs.offerAbortOf(bench.context().activities);
         dialogs.onFurther = [this](const std::string& text) { further.push_back(text); };
         (void)bench.start();
     }

@@ -121,7 +121,7 @@ void addQuadSection(PageUi& page, WiperPanel& panel, const QString& title) {
     page.addSection(panel.Frq4410Show, title,
                     untitled(page, panel.Frq4410Show,
                              rows({row({quietText("Write and Read send this part's instructions."), stretch}),
-                                   row({ui(panel.cmdShowq4410), ui(panel.cmdStoreWCRs)})})));
+                                   row({ui(panel.cmdShowq4410)}), row({ui(panel.cmdStoreWCRs)})})));
 }
 
 } // namespace vrk

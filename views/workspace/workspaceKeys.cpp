@@ -229,12 +229,20 @@ void Workspace::showHelp(const QString& heading) {
 
 void Workspace::jumpTo(const QString& field) {
     const auto dot = field.indexOf('.');
-    PageUi* page = dot < 0 ? nullptr : this->page(field.left(dot).toStdString());
+    const std::string panel = field.left(std::max<qsizetype>(dot, 0)).toStdString();
+    PageUi* page = this->page(panel);
     if (page == nullptr || page->released())
         return;
     PanelSlotBase* slot = &page->slot();
-    if (page->row().place == PagePlace::Page)
-        (void)context_.bench.events().deliver([slot] { slot->show(); });
+    if (page->row().place == PagePlace::Page) {
+        if (slot->visible())
+            (void)context_.bench.events().deliver([slot] { slot->show(); });
+        else
+            open(page->row());    // a device panel takes the supplies over: the one before it is left first
+        page = this->page(panel); // may have gone with the panel that was left
+        if (page == nullptr || page->released() || !slot->visible())
+            return;
+    }
     QWidget* widget = page->find(field.mid(dot + 1));
     if (widget == nullptr)
         return;

@@ -80,7 +80,7 @@ void RunInJob::checkFiles() {
             runIn_.journal, std::nullopt, [this](const RunInStage& stage) { counted_.stage(stage); },
             runIn_.junit.empty() ? nullptr : &suite_);
         if (history.progress.range)
-            counted_.range(*history.progress.range);
+            rangeFound(*history.progress.range);
         if (history.progress.last)
             last_ = *history.progress.last;
         if (!options_.simulate.empty() && history.header.part != options_.simulate)
@@ -173,7 +173,7 @@ ExitCode RunInJob::concluded(const Outcome& outcome, std::optional<RunInEnd> end
     if (!end)
         throw bench_.linkLost("the test was running");
     bench_.requireReplayed();
-    return how == RunInEnd::Completed && counted_.fails == 0 ? ExitCode::Done : ExitCode::CheckFailed;
+    return how == RunInEnd::Completed && counted_.passed() ? ExitCode::Done : ExitCode::CheckFailed;
 }
 
 void RunInJob::saveLog() {
@@ -217,6 +217,8 @@ void RunInJob::stageBegan(int /*stage*/) {
 
 void RunInJob::rangeFound(const RunInRange& range) {
     counted_.range(range);
+    if (counted_.still)
+        tell(kWiperStill);
     if (suite_)
         suite_->range(range);
 }

@@ -62,6 +62,8 @@ ExitCode reportRunIn(const Options& options, const RunInReportOptions& report) {
         tell(report.journal.string() + " is damaged behind line " + line() + ": counted up to there");
     else if (counted.history.extent.torn)
         tell("the last line of " + report.journal.string() + " was torn and is dropped");
+    if (counted.counted.still)
+        tell(kWiperStill);
     if (options.json)
         putJson(counted);
     else if (!report.csv)
@@ -70,7 +72,7 @@ ExitCode reportRunIn(const Options& options, const RunInReportOptions& report) {
         suite->ended(counted.history.ended.value_or("incomplete"));
         replaceFile(report.junit, junitText(suite->suite(true)));
     }
-    return counted.counted.fails == 0 ? ExitCode::Done : ExitCode::CheckFailed;
+    return counted.counted.passed() ? ExitCode::Done : ExitCode::CheckFailed;
 }
 
 } // namespace vrk

@@ -28,6 +28,7 @@ std::string runInStamp(const WallTime& time) {
 
 void RunInCount::range(const RunInRange& range) {
     voltsPerStep = range.voltsPerStep;
+    still = !(voltsPerStep > 0);
     limit = tolerance_ ? range.voltsPerStep * *tolerance_ : range.limit;
 }
 
@@ -83,6 +84,8 @@ void RunInSuite::stage(const RunInStage& given) {
         if (!open_)
             open_ = Interval{.first = stage.loop, .began = spent_};
         judge(*open_, stage);
+        if (stage.loop == 0 && counted_.still && open_->fails++ == 0)
+            open_->why = kWiperStill;
         const bool round = stage.stage == RunInSettings::kStages - 1;
         if (stage.loop == 0 || (round && stage.loop % header_.settings.logSteps == 0)) {
             cases_.push_back(caseOf(*open_));

@@ -9,6 +9,10 @@
 
 namespace vrk {
 
+/// What is said of a run whose wiper did not follow the steps from stop to stop.
+inline constexpr const char* kWiperStill =
+    "the wiper reads no more at its upper stop than at its lower one: the judgements say nothing";
+
 /// Counts the judgements of a run, as they were made or again with another tolerance.
 class RunInCount {
   public:
@@ -20,11 +24,17 @@ class RunInCount {
     /// The stage with the verdicts that this count gives it.
     RunInStage judged(const RunInStage& stage) const;
 
+    /// No fail, of a wiper that followed the steps.
+    bool passed() const { return fails == 0 && !still; }
+
     int count = 0; ///< steps
     int judgements = 0;
     int fails = 0;
     double voltsPerStep = 0;
     double limit = 0; ///< volts either way
+    /// The upper stop was not above the lower one, as with an empty socket: with a step of 0 V each position
+    /// is the expected one.
+    bool still = false;
 
   private:
     std::optional<double> tolerance_;

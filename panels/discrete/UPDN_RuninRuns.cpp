@@ -345,8 +345,11 @@ void UPDN_Runin::roundDone(int count, int /*fails*/) {
 }
 
 void UPDN_Runin::ended(RunInEnd how, int count, int fails) {
-    tell(fails == 0 && how != RunInEnd::Mismatch, std::string("Run-in ") + runInEndName(how),
-         decimalText(count) + " steps, " + decimalText(fails) + " fails", &lblRUnCount[1]);
+    const bool still = count > 0 && !(state_.VoltsPerStep > 0);
+    tell(fails == 0 && !still && how != RunInEnd::Mismatch, std::string("Run-in ") + runInEndName(how),
+         decimalText(count) + " steps, " + decimalText(fails) + " fails" +
+             (still ? std::string(", but ") + kWiperStill : ""),
+         &lblRUnCount[1]);
 }
 
 void UPDN_Runin::showFields(const RunInHeader& header) {

@@ -99,11 +99,6 @@ bool canAbort(const Activities* activities) {
                        [](const Activity* activity) { return activity->abortable(); });
 }
 
-void throwIfEnded(const EventLoop& events) {
-    if (events.ended())
-        throw ProgramEnded{};
-}
-
 } // namespace
 
 bool QtDialogs::isFurther() {
@@ -120,11 +115,21 @@ void QtDialogs::endProgram() {
     ending_ = true;
     if (standing_ != nullptr)
         standing_->done(QDialog::Rejected);
+    else if (events_.held()) // by an exchange: behind it
+        events_.post([this] { events_.endProgram(); });
     if (!events_.held())
         (void)events_.deliver([this] { events_.endProgram(); });
 }
 
+void QtDialogs::endIfAsked() {
+    if (events_.ended())
+        throw ProgramEnded{};
+    if (ending_)
+        events_.endProgram();
+}
+
 Choice QtDialogs::show(const MessageBox& box) {
+    endIfAsked(); // asked in the exchange that brings this box: nobody would answer it
     if (box.buttons == std::vector{Choice::Ok} && isFurther() && onFurther) {
         onFurther(box.text);
         return Choice::Ok;
@@ -164,9 +169,7 @@ Choice QtDialogs::show(const MessageBox& box) {
         const EventLoop::Hold hold(events_);
         window.exec();
     }
-    if (ending_ && !events_.ended())
-        events_.endProgram();
-    throwIfEnded(events_);
+    endIfAsked();
     // A link dialog was the action's first error: what fails behind its Retry is told in the band.
     const auto toldBy = [this](Choice choice) {
         if (choice == Choice::Retry)
@@ -210,6 +213,7 @@ void fitToScreen(QDialog& dialog) {
 }
 
 std::optional<std::string> QtDialogs::chooseFile(const FileRequest& request) {
+    endIfAsked();
     QFileDialog dialog(QApplication::activeWindow(), titleOf(request.title));
     dialog.setObjectName("fileDialog");
     // Ours in both directions, so that it looks and behaves the same wherever the bench runs.
@@ -238,9 +242,7 @@ std::optional<std::string> QtDialogs::chooseFile(const FileRequest& request) {
         const EventLoop::Hold hold(events_);
         result = dialog.exec();
     }
-    if (ending_ && !events_.ended())
-        events_.endProgram();
-    throwIfEnded(events_);
+    endIfAsked();
     const QStringList files = dialog.selectedFiles();
     if (result != QDialog::Accepted || files.isEmpty())
         return std::nullopt;

@@ -47,6 +47,8 @@ class QtDialogs final : public Dialogs {
 
   private:
     bool isFurther();
+    /// \throws ProgramEnded
+    void endIfAsked();
 
     EventLoop& events_;
     Activities* activities_ = nullptr;

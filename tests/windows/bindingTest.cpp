@@ -137,6 +137,15 @@ TEST_F(BindingTest, FocusFollowsTheHandAndNotTheWindow) {
     EXPECT_EQ(panel.logged(), "focus ");
 }
 
+TEST_F(BindingTest, EndAskedForInAnExchangeComesBehindIt) {
+    {
+        const EventLoop::Hold exchange(events);
+        dialogs.endProgram();
+    }
+    QTest::qWait(10);
+    EXPECT_TRUE(events.ended());
+}
+
 TEST_F(BindingTest, SliderRaisesPressMovesAndRelease) {
     const auto at = [this](double share) {
         return QPoint(static_cast<int>(slider->width() * share), slider->height() / 2);

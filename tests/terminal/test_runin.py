@@ -75,7 +75,7 @@ class RunIn(unittest.TestCase):
         self.assertEqual([r["verdict"] for r in self.records() if r.get("loop", 0) >= 1000 and r["kind"] == "stage"], ["fail"] * 1001)
 
     def test_report_counts_again(self):
-        code, _, err = self.runin("--steps", 40, *self.scenario({"op": "socket", "part": None, "atMs": 0}))
+        code, _, err = run("runin", "run", *SIMULATED, "--steps", 40, *self.scenario({"op": "socket", "part": None, "atMs": 0}))
         self.assertEqual((code, "upper stop" in err), (1, True))  # an empty socket is always where it should be
         code, _, _ = self.runin("--steps", 500, *self.scenario({"op": "fault", "kind": "noise", "counts": 2, "times": 1000000, "atMs": 2000}))
         self.assertEqual(code, 0)

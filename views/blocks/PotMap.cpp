@@ -212,12 +212,8 @@ class PotMap::Cell final : public QWidget {
         all->setSpacing(2);
         all->addLayout(upper);
         all->addLayout(lower);
-        tintDifference(
-            page, reg.write, *field, reg.read,
-            [&write = reg.write, &reading = reg.read] {
-                // What a failed read has left here is another register's.
-                return !reading.freshness()->failed && hexToInt(write.text()) != hexToInt(reading.caption());
-            },
+        tintHexDifference(
+            page, reg.write, *field, reg.read, [&reading = reg.read] { return reading.caption(); },
             keepsPlace(differs));
         fields_ = {read, field, write};
     }

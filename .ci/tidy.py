@@ -21,7 +21,7 @@ import subprocess
 import sys
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
-TOGETHER = 8
+TOGETHER = 16
 # The compiler's precompiled headers are of no use to clang.
 PRECOMPILED = re.compile(r'-Winvalid-pch -include \S+cmake_pch\.hxx ')
 # What differs between the command lines of one target.

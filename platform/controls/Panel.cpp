@@ -100,6 +100,8 @@ Panel& PanelSlotBase::load() {
                 forget();
             throw;
         }
+        if (!panel_) // its load lets events run
+            throw Fault(title_ + " was closed while it was opening");
     }
     return *panel_;
 }

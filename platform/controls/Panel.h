@@ -210,7 +210,7 @@ class PanelSlotBase {
     /// nullptr while the panel is not loaded.
     Panel* panel() const { return panel_.get(); }
 
-    /// Creates the panel and runs its load, unless it lives already.
+    /// Creates the panel and runs its load, unless it lives already. \throws Fault if it is closed meanwhile
     Panel& load();
     /// Loads, shows the window and brings it to the front, which activates the panel if another one was
     /// there.

@@ -42,7 +42,13 @@ class SamplePanel final : public Panel {
         list.onClick([this] { log_.push_back("list " + decimalText(list.listIndex())); });
     }
 
+    void Form_Load() override {
+        if (onLoad)
+            onLoad();
+    }
     void Form_Activate() override { log_.emplace_back("activate"); }
+
+    std::function<void()> onLoad;
 
     Frame outer{*this, "outer"};
     Frame inner{*this, "inner"};
@@ -77,8 +83,12 @@ class ControlsTest : public ::testing::Test {
 };
 
 TEST_F(ControlsTest, APanelComesToTheFrontAgainHoweverItWasLeft) {
-    PanelSlot<SamplePanel> slot{context, "frmSample", "Sample",
-                                [this] { return std::make_shared<SamplePanel>(context, log); }};
+    std::function<void()> onLoad;
+    PanelSlot<SamplePanel> slot{context, "frmSample", "Sample", [&] {
+                                    auto made = std::make_shared<SamplePanel>(context, log);
+                                    made->onLoad = onLoad;
+                                    return made;
+                                }};
     const std::pair<const char*, std::function<void()>> ways[] = {{"hidden", [&] { slot.hide(); }},
                                                                   {"unloaded", [&] { slot.unload(); }}};
     for (const auto& [name, leave] : ways) {
@@ -89,6 +99,11 @@ TEST_F(ControlsTest, APanelComesToTheFrontAgainHoweverItWasLeft) {
     }
     slot.show();
     EXPECT_THAT(raised(), ElementsAre("activate"));
+
+    slot.unload(); // the user may close it while its load lets events run
+    onLoad = [&] { slot.unload(); };
+    EXPECT_THROW(slot.show(), Fault);
+    EXPECT_TRUE(!slot.loaded() && !slot.visible());
 }
 
 TEST_F(ControlsTest, EscReachesTheInnermostActionThatCanBeStopped) {

@@ -24,6 +24,7 @@
 #include <QLabel>
 #include <QScrollArea>
 #include <QScrollBar>
+#include <QTextBrowser>
 #include <QTimer>
 
 #include <algorithm>

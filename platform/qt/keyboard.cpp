@@ -48,6 +48,12 @@ class OwedKeyboard final : public QObject {
             forget();
         widget->setFocus(Qt::OtherFocusReason);
     }
+    /// The first claim; nullptr if there is none.
+    QWidget* first() const {
+        const auto claim =
+            std::find_if(owed_.begin(), owed_.end(), [](const auto& widget) { return widget != nullptr; });
+        return claim == owed_.end() ? nullptr : claim->data();
+    }
     bool owes(const QWidget& within) const {
         return std::any_of(owed_.begin(), owed_.end(), [&](const auto& widget) {
             return widget != nullptr && within.isAncestorOf(widget);
@@ -104,6 +110,11 @@ void hideWithKeyboard(QWidget& widget) {
     widget.hide();
     if (keyboard != nullptr)
         OwedKeyboard::instance().owe(*keyboard);
+}
+
+QWidget* keyboardHolder(const QWidget& within) {
+    QWidget* owed = OwedKeyboard::instance().first();
+    return owed != nullptr ? owed : within.window()->focusWidget();
 }
 
 bool owesKeyboard(const QWidget& within) {

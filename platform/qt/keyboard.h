@@ -15,6 +15,9 @@ void setEnabledWithKeyboard(QWidget& widget, bool enabled);
 /// QWidget::hide(), in the same way.
 void hideWithKeyboard(QWidget& widget);
 
+/// What the keyboard is with in the widget's window, or was before actions disabled it; nullptr for nothing.
+QWidget* keyboardHolder(const QWidget& within);
+
 /// True if one of those that stand in the widget has lost the keyboard and is to have it again.
 bool owesKeyboard(const QWidget& within);
 

@@ -73,9 +73,10 @@ QWidget* increments(PageUi& page, InstructionPanel& p) {
     // and goes back unless the user has taken it elsewhere.
     const auto before = std::make_shared<QPointer<QWidget>>();
     const auto begin = [frame, &page, up = steps.front(), before] {
-        *before = frame->window()->focusWidget();
+        // It may be with whom Go passed it on to; Up may not work yet, while the pins are taken.
+        *before = keyboardHolder(*frame);
         if (*before != nullptr && page.holds(**before))
-            up->setFocus(Qt::OtherFocusReason);
+            giveKeyboard(*up);
         scrollIntoView(*frame);
     };
     const auto end = [frame, before] {

@@ -247,6 +247,7 @@ void Workspace::takeOut(PageUi& page) {
     if (sheet_ != nullptr && sheet_->under() == &page)
         return; // the sheet first
     const bool wasFront = front_ == &page;
+    page.keepFocus();
     std::erase_if(history_,
                   [&](const QPointer<PageUi>& other) { return other == nullptr || other == &page; });
     inspector_->release(page);
@@ -266,6 +267,8 @@ void Workspace::takeOut(PageUi& page) {
         showFront();
     if (page.slot().visible())
         window->show();
+    if (wasFront)
+        page.takeFocus(); // Qt forgets it with the window of before
 }
 
 void Workspace::putBack(PageUi& page) {
@@ -274,6 +277,7 @@ void Workspace::putBack(PageUi& page) {
         return;
     PageWindow* window = found->second;
     windows_.erase(found);
+    page.keepFocus();
     window->giveBack();
     window->hide();
     window->deleteLater();

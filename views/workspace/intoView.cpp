@@ -1,5 +1,6 @@
 #include "views/workspace/intoView.h"
 
+#include <QAbstractButton>
 #include <QAbstractItemView>
 #include <QScrollArea>
 
@@ -10,7 +11,9 @@ namespace {
 void scrollTo(QScrollArea& area, QWidget& widget) {
     constexpr int kMargin = 8;
     const QRect seen(-area.widget()->pos(), area.viewport()->size());
-    const QRect place(widget.mapTo(area.widget(), QPoint()), widget.size());
+    QRect place(widget.mapTo(area.widget(), QPoint()), widget.size());
+    if (qobject_cast<const QAbstractButton*>(&widget) != nullptr)
+        place.setSize(place.size().boundedTo(seen.size())); // box and words stand where it begins
     if (place.width() <= seen.width() && place.height() <= seen.height())
         return area.ensureVisible(place.center().x(), place.center().y(), place.width() / 2 + kMargin,
                                   place.height() / 2 + kMargin);

@@ -1,5 +1,6 @@
 #include "views/pages/scriptParts.h"
 
+#include "platform/qt/keyboard.h"
 #include "platform/qt/theme.h"
 #include "platform/qt/words.h"
 #include "script/frmScriptOps.h"
@@ -234,18 +235,24 @@ class QuestionBar final : public QWidget {
         shown.setColor(QPalette::WindowText, colours().supplyText);
         text_->setPalette(shown);
         agree_->setText(question == frmScriptOps::Question::SaveUnread ? "Save" : "Run");
+        if (isHidden())
+            before_ = keyboardHolder(*this);
         setShown(*this, true);
         cancel_->setFocus(Qt::OtherFocusReason);
     }
     void close() {
         goOn_ = {};
+        const bool answered = isAncestorOf(window()->focusWidget());
         hide();
+        if (answered && before_ != nullptr)
+            giveKeyboard(*before_);
     }
 
     frmScriptOps& panel_;
     QLabel* text_;
     QPushButton* agree_;
     QPushButton* cancel_;
+    QPointer<QWidget> before_;
     std::function<void()> goOn_;
 };
 

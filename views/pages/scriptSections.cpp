@@ -14,6 +14,7 @@
 #include <QListWidget>
 #include <QPainter>
 #include <QPointer>
+#include <QPointer>
 #include <QPushButton>
 
 #include <algorithm>

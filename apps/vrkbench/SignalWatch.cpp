@@ -10,7 +10,7 @@ namespace vrk {
 
 namespace {
 
-constexpr std::array<int, 3> kSignals = {SIGINT, SIGTERM, SIGHUP};
+constexpr std::array<int, 4> kSignals = {SIGINT, SIGTERM, SIGHUP, SIGQUIT};
 constexpr int kSignalled = 128;
 
 // All that a handler may touch.

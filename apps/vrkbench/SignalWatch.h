@@ -8,11 +8,11 @@
 
 namespace vrk {
 
-/// Ctrl-C, a closed terminal and the system's request to end, as events of the window: the program then ends
-/// as it does by its menu, and the supplies go off.
+/// Ctrl-C and the quit key of a terminal, a closed terminal and the system's request to end, as events of the
+/// window: the program then ends as it does by its menu, and the supplies go off.
 class SignalWatch final : public QObject {
   public:
-    /// One at a time. \param came called for every signal of the three.
+    /// One at a time. \param came called for every one of these signals.
     explicit SignalWatch(std::function<void()> came);
     ~SignalWatch() override;
 

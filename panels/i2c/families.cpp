@@ -257,6 +257,11 @@ void frmVRK_User1::cdmAuto_Init_Click() {
         !mayStore(kDataRegisters))
         return;
     constexpr int kBanks = 4;
+    struct Ended {
+        std::string text;
+        std::string detail;
+        const Control* field = nullptr;
+    } ended;
     bool stopped = false;
     Activity activity(context().activities, cdmAuto_Init.caption(), [&stopped] { stopped = true; });
     setDirectPin(kCs, 1);
@@ -273,8 +278,8 @@ void frmVRK_User1::cdmAuto_Init_Click() {
                 txtHexDataWrt_KeyPress(channel, kEnterKey);
             }
             if (!lastTransferGood()) {
-                tell(false, "Filling ended at DR" + decimalText(channel) + decimalText(bank - 1),
-                     failureDetail(), taken ? &txtHexDataWrt[channel] : &txtACR[0]);
+                ended = {"Filling ended at DR" + decimalText(channel) + decimalText(bank - 1),
+                         failureDetail(), taken ? &txtHexDataWrt[channel] : &txtACR[0]};
                 stopped = true;
             } else {
                 activity.progress((bank - 1) * kChannels + channel + 1, kBanks * kChannels);
@@ -284,6 +289,12 @@ void frmVRK_User1::cdmAuto_Init_Click() {
     // Stopped or not, the part is left with its wipers in reach.
     opt4422[0].setValue(true);
     opt4422_Click(0);
+    // Behind it, as that tells of its own exchange.
+    if (!ended.text.empty())
+        tell(false, ended.text, ended.detail, ended.field);
+    else
+        tell(!stopped, stopped ? "Filling aborted" : "Filled the data registers",
+             decimalText(activity.done()) + " of " + decimalText(kDataRegisters), &cdmAuto_Init);
 }
 
 } // namespace vrk

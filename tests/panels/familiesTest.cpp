@@ -180,6 +180,7 @@ TEST_F(FamiliesTest, EveryDataRegisterIsFilledWithItsOwnPlace) {
     i2c().cdmAuto_Init.userClick();
     EXPECT_EQ(transfers().size(), 6U); // the first bank, and back to the wipers
     EXPECT_EQ(boxes().size(), 8U);     // both times the question
+    EXPECT_EQ(bench.context().results.kept().back().text, "Filling ended at DR00");
 }
 
 /// A family changes groups, captions, pins and bus options; an ordinary part gets them all back at once,

@@ -14,7 +14,6 @@
 #include <QListWidget>
 #include <QPainter>
 #include <QPointer>
-#include <QPointer>
 #include <QPushButton>
 
 #include <algorithm>

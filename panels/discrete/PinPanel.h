@@ -86,15 +86,16 @@ class PinPanel : public DevicePanel {
     /// next panel's then, which drives its part's address with them, and only the boxes follow the action.
     class PinsInHand {
       public:
-        explicit PinsInHand(PinPanel& panel) : panel_(panel) {
-            panel_.hadPins_ = panel_.services().ports.pinsOf == panel_.name();
+        explicit PinsInHand(PinPanel& panel) : panel_(panel), outer_(panel.hadPins_) {
+            panel_.hadPins_ = outer_ || panel_.services().ports.pinsOf == panel_.name();
         }
-        ~PinsInHand() { panel_.hadPins_ = false; }
+        ~PinsInHand() { panel_.hadPins_ = outer_; }
         PinsInHand(const PinsInHand&) = delete;
         PinsInHand& operator=(const PinsInHand&) = delete;
 
       private:
         PinPanel& panel_;
+        bool outer_; ///< of the action that this one runs in
     };
 
     /// Whether the board has taken every edge since: a report that it did not take ends in no dialog.

@@ -28,7 +28,7 @@ std::string runInStamp(const WallTime& time) {
 
 void RunInCount::range(const RunInRange& range) {
     voltsPerStep = range.voltsPerStep;
-    still = !(voltsPerStep > 0);
+    still = wiperStill(voltsPerStep);
     limit = tolerance_ ? range.voltsPerStep * *tolerance_ : range.limit;
 }
 

@@ -12,6 +12,10 @@ namespace vrk {
 /// What is said of a run whose wiper did not follow the steps from stop to stop.
 inline constexpr const char* kWiperStill =
     "the wiper reads no more at its upper stop than at its lower one: the judgements say nothing";
+/// Of such a run, by the volts of its step.
+inline bool wiperStill(double voltsPerStep) {
+    return !(voltsPerStep > 0);
+}
 
 /// Counts the judgements of a run, as they were made or again with another tolerance.
 class RunInCount {

@@ -345,7 +345,7 @@ void UPDN_Runin::roundDone(int count, int /*fails*/) {
 }
 
 void UPDN_Runin::ended(RunInEnd how, int count, int fails) {
-    const bool still = count > 0 && !(state_.VoltsPerStep > 0);
+    const bool still = count > 0 && wiperStill(state_.VoltsPerStep);
     tell(fails == 0 && !still && how != RunInEnd::Mismatch, std::string("Run-in ") + runInEndName(how),
          decimalText(count) + " steps, " + decimalText(fails) + " fails" +
              (still ? std::string(", but ") + kWiperStill : ""),

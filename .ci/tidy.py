@@ -26,6 +26,8 @@ TOGETHER = 16
 PRECOMPILED = re.compile(r'-Winvalid-pch -include \S+cmake_pch\.hxx ')
 # What differs between the command lines of one target.
 OWN = re.compile(r' -o \S+ -c \S+$')
+# What the build compiles in place of several sources.
+SEVERAL = re.compile(r'/unity_\d+_\w+\.cxx$')
 INCLUDE = re.compile(r'^\s*#\s*include\s+"([^"]+)"', re.MULTILINE)
 # A name that begins a definition in the first column, as the formatter leaves it within a namespace.
 DEFINED = re.compile(r'^(?:(?:class|struct|enum class|enum|using) (\w+)|'
@@ -72,6 +74,18 @@ def project_includes(source, known):
     return digest.hexdigest()
 
 
+def one_by_one(entries):
+    """The commands of single sources, also of those that the build compiles several at a time."""
+    for entry in entries:
+        if SEVERAL.search(entry["file"]):
+            text = pathlib.Path(entry["directory"], entry["file"]).read_text(encoding="utf-8")
+            command = OWN.sub("", entry["command"])
+            for name in INCLUDE.findall(text):
+                yield {**entry, "file": name, "command": f"{command} -o {name}.o -c {name}"}
+        else:
+            yield entry
+
+
 def grouped(due):
     """Sources with one command line whose own names differ, a few at a time."""
     groups = []
@@ -98,7 +112,7 @@ def main():
     version = subprocess.run(["clang-tidy", "--version"], capture_output=True, text=True, check=True).stdout
     checks = version + (ROOT / ".clang-tidy").read_text(encoding="utf-8")
     known, due = {}, []
-    entries = json.loads((build / "compile_commands.json").read_text(encoding="utf-8"))
+    entries = list(one_by_one(json.loads((build / "compile_commands.json").read_text(encoding="utf-8"))))
     for entry in entries:
         entry["command"] = PRECOMPILED.sub("", entry.get("command", ""))
         source = pathlib.Path(entry["directory"], entry["file"]).resolve()

@@ -114,11 +114,12 @@ void frmMotherboardDAQ2::cmdSample_Click() {
         cmdEndSampling.setEnabled(false);
         setButtonsEnabled(true);
     });
+    // Before any event may close the console: its loop would go on without a button to end it.
+    uses_.analog.EndSampling = 0;
     cmdDisableButtons_Click();
     cmdSample.setEnabled(false);
     shpSample.setVisible(true);
     cmdEndSampling.setEnabled(true);
-    uses_.analog.EndSampling = 0;
     const Activity activity(context().activities, cmdSample.caption(),
                             [this] { uses_.analog.EndSampling = -1; });
     while (uses_.analog.EndSampling != -1) {

@@ -3,9 +3,12 @@
 #include "apps/vrkctl/Options.h"
 #include "platform/runtime/text.h"
 
+#include <CLI/CLI.hpp>
+
 #include <algorithm>
 #include <cctype>
 #include <set>
+#include <utility>
 
 namespace vrk {
 

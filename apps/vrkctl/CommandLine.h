@@ -1,9 +1,13 @@
 #pragma once
 
-#include <CLI/CLI.hpp>
-
 #include <string>
 #include <vector>
+
+// The parser is a large header, and most of those that include this one never meet it.
+namespace CLI {
+class App;
+class ParseError;
+} // namespace CLI
 
 /// What a person types and what the parser wants are not always the same.
 namespace vrk {

@@ -116,11 +116,11 @@ void frmVRK_UD1::cmdIncr_Click(int index) {
     // Ahead of the first edge: an entry beyond all bounds must not leave a part selected.
     const Milliseconds delay{std::max(0, countOf(txtDelay[part], 0))};
     const int count = countOf(txtIncr[index], 1);
-    DisabledWhile busy(resting()); // the edges ahead of the pulses let events run already
-    if (ChOut[kCs].checked())      // deselected: /INC must be high before the part is selected
+    DisabledWhile busy(resting());
+    state().IncrAbort = false; // the edges ahead of the pulses let events run already
+    if (ChOut[kCs].checked())  // deselected: /INC must be high before the part is selected
         setBit(kInc, true);
     state().UDDevice = part + 1;
-    state().IncrAbort = false;
     pump();
     // The box of part #1 rules both parts.
     if (ChlAutoCS[0].checked())

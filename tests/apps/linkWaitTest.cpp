@@ -7,7 +7,7 @@
 namespace vrk {
 namespace {
 
-using std::chrono::seconds;
+using namespace std::chrono_literals;
 
 /// A command's session on simulated boards, its part under power and set to 7F in its volatile register.
 class LinkWaitTest : public ::testing::Test {
@@ -30,7 +30,7 @@ class LinkWaitTest : public ::testing::Test {
     sim::SimulatedBus& bus() { return *session_->simulated(); }
     Milliseconds now() { return session_->virtualClock()->now(); }
     bool ended() { return session_->events().ended(); }
-    void in(seconds delay, std::function<void()> what) {
+    void in(Milliseconds delay, std::function<void()> what) {
         session_->events().postAfter(delay, std::move(what));
     }
     /// \return true if the part took it.
@@ -47,10 +47,10 @@ class LinkWaitTest : public ::testing::Test {
 
 TEST_F(LinkWaitTest, ABoardThatComesBackIsGoneOnWith) {
     bus().unplug(0);
-    in(seconds(30), [this] { bus().plug(0); });
+    in(30s, [this] { bus().plug(0); });
     const Milliseconds began = now();
     EXPECT_TRUE(write(1, 0x55));
-    EXPECT_LT(now() - began, seconds(35));
+    EXPECT_LT(now() - began, 35s);
     const auto state = bus().state(0);
     EXPECT_GT(state.vcc, 4.8) << "the level that was chosen, not that of the board's power-up";
     EXPECT_EQ(state.part->wipers.front(), 0x40) << "volatile";
@@ -59,7 +59,7 @@ TEST_F(LinkWaitTest, ABoardThatComesBackIsGoneOnWith) {
     // Each loss has the whole time; with VCC off it stays off.
     bench().frmVRK_User1->OptVCC[1].userClick();
     bus().unplug(0);
-    in(seconds(50), [this] { bus().plug(0); });
+    in(50s, [this] { bus().plug(0); });
     EXPECT_FALSE(write(1, 0x66));
     EXPECT_FALSE(ended());
     EXPECT_EQ(bus().state(0).vcc, 0);
@@ -70,7 +70,7 @@ TEST_F(LinkWaitTest, OneThatDoesNotEndsTheCommand) {
     const Milliseconds began = now();
     EXPECT_FALSE(write(1, 0x55));
     EXPECT_TRUE(ended());
-    EXPECT_EQ(now() - began, seconds(60));
+    EXPECT_EQ(now() - began, 60s);
 }
 
 TEST_F(LinkWaitTest, NeitherDoesOneThatAnswersAllButWhatItIsWantedFor) {
@@ -78,15 +78,15 @@ TEST_F(LinkWaitTest, NeitherDoesOneThatAnswersAllButWhatItIsWantedFor) {
     const Milliseconds began = now();
     EXPECT_FALSE(write(1, 0x55));
     EXPECT_TRUE(ended());
-    EXPECT_LT(now() - began, seconds(80));
+    EXPECT_LT(now() - began, 80s);
 }
 
 TEST_F(LinkWaitTest, ALossWhoseRequestIsNotSentAgainTakesNothingFromALaterOne) {
     bus().fault({.kind = sim::FaultKind::NoReply, .command = 9});
     bench().frmVRK_User1->cmdUpdateVCC.userClick();
-    session_->virtualClock()->sleep(seconds(100));
+    session_->virtualClock()->sleep(100s);
     bus().unplug(0);
-    in(seconds(30), [this] { bus().plug(0); });
+    in(30s, [this] { bus().plug(0); });
     EXPECT_TRUE(write(1, 0x55));
 }
 
@@ -99,7 +99,7 @@ TEST_F(NoWaitTest, IsGivenUpAtOnce) {
     const Milliseconds began = now();
     EXPECT_FALSE(write(1, 0x55));
     EXPECT_TRUE(ended());
-    EXPECT_LT(now() - began, seconds(1));
+    EXPECT_LT(now() - began, 1s);
 }
 
 struct SecondBoardTest : LinkWaitTest {
@@ -108,7 +108,7 @@ struct SecondBoardTest : LinkWaitTest {
 
 TEST_F(SecondBoardTest, IsChosenAgain) {
     bus().unplug(1);
-    in(seconds(5), [this] { bus().plug(1); });
+    in(5s, [this] { bus().plug(1); });
     EXPECT_TRUE(write(1, 0x55));
     EXPECT_EQ(bus().state(1).part->registers.at("01"), 0x55);
     EXPECT_NE(bus().state(0).part->registers.at("01"), 0x55);

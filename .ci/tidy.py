@@ -3,7 +3,7 @@
 
 Most of the time goes into the headers of Qt and of the standard library, so sources with one command line are checked
 together, as one source that includes them, where the names that each keeps to itself do not meet. A group with findings,
-or one that does not compile as one, is checked once more file by file.
+or one that does not compile as one, is checked once more in halves, down to the file.
 
 A file that passed is not checked again until it, a project header that it includes, its command line or the
 checks change: a stamp in the build folder remembers that.
@@ -17,11 +17,12 @@ import json
 import os
 import pathlib
 import re
+import shlex
 import subprocess
 import sys
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
-TOGETHER = 16
+TOGETHER = 24
 # The compiler's precompiled headers are of no use to clang.
 PRECOMPILED = re.compile(r'-Winvalid-pch -include \S+cmake_pch\.hxx ')
 # What differs between the command lines of one target.
@@ -30,8 +31,8 @@ OWN = re.compile(r' -o \S+ -c \S+$')
 SEVERAL = re.compile(r'/unity_\d+_\w+\.cxx$')
 INCLUDE = re.compile(r'^\s*#\s*include\s+"([^"]+)"', re.MULTILINE)
 # A name that begins a definition in the first column, as the formatter leaves it within a namespace.
-DEFINED = re.compile(r'^(?:(?:class|struct|enum class|enum|using) (\w+)|'
-                     r'(?:[\w:][\w:<>*&,\[\] ]*[ *&])?(\w+)(?=[({\[;=]| =))', re.MULTILINE)
+DEFINED = re.compile(r'^(?:(?:class|struct|enum class|enum) (\w+)|using (\w+) =|'
+                     r'(?!using |namespace )(?:[\w:][\w:<>*&,\[\] ]*[ *&])?(\w+)(?=[({\[;=]| =))', re.MULTILINE)
 USING = re.compile(r'^using [\w:]+::(\w+);', re.MULTILINE)
 ALIAS = re.compile(r'^using (\w+) =', re.MULTILINE)
 TEST_MACROS = {"TEST", "TEST_F", "TEST_P"}
@@ -45,7 +46,7 @@ class Source:
         self.path, self.stamp, self.key = path, stamp, key
         self.command = OWN.sub("", command)
         text = path.read_text(encoding="utf-8")
-        own = {a or b for part in UNNAMED.findall(text) for a, b in DEFINED.findall(part)}
+        own = {"".join(names) for part in UNNAMED.findall(text) for names in DEFINED.findall(part)}
         self.own_names = own - TEST_MACROS
         self.used_names = set(USING.findall(text)) | {name for name in ALIAS.findall(text) if name not in own}
 
@@ -124,35 +125,33 @@ def main():
         if not stamp.is_file() or stamp.read_text(encoding="utf-8") != key:
             due.append(Source(source, command, stamp, key))
     groups = grouped(due)
-    for number, sources in enumerate(groups):
-        together = stamps / f"together{number}.cpp"
-        together.write_text("".join(f'#include "{s.path}"\n' for s in sources), encoding="utf-8")
-        # What one file keeps to itself may well have the name of a member in the next one.
-        entries.append({"directory": str(build.resolve()), "file": str(together),
-                        "command": f"{sources[0].command} -Wno-shadow -o {together}.o -c {together}"})
     (stamps / "compile_commands.json").write_text(json.dumps(entries), encoding="utf-8")
 
-    def check(number):
+    def found(sources):
+        """What clang-tidy says of sources, as one if they are several; None if nothing."""
+        if len(sources) == 1:
+            return findings(sources[0].path, ["-p", str(stamps)])
+        together = sources[0].stamp.with_suffix(".cpp")
+        together.write_text("".join(f'#include "{s.path}"\n' for s in sources), encoding="utf-8")
+        # What one file keeps to itself may well have the name of a member in the next one.
+        return findings(together, ["--", *shlex.split(sources[0].command)[1:], "-Wno-shadow"])
+
+    def check(sources):
         """How many files of a group have findings."""
-        sources = groups[number]
-        if len(sources) > 1:
-            if findings(stamps / f"together{number}.cpp", ["-p", str(stamps)]) is None:
-                for source in sources:
-                    source.passed()
-                return 0
-        failed = 0
-        for source in sources:
-            words = findings(source.path, ["-p", str(stamps)])
-            if words is None:
+        words = found(sources)
+        if words is None:
+            for source in sources:
                 source.passed()
-            else:
-                print(words, flush=True)
-                failed += 1
-        return failed
+            return 0
+        if len(sources) > 1:
+            half = len(sources) // 2
+            return check(sources[:half]) + check(sources[half:])
+        print(words, flush=True)
+        return 1
 
     print(f"clang-tidy: {len(due)} files to check, in {len(groups)} groups", flush=True)
     with concurrent.futures.ThreadPoolExecutor(os.cpu_count() or 1) as pool:
-        failed = sum(pool.map(check, range(len(groups))))
+        failed = sum(pool.map(check, groups))
     if failed:
         print(f"clang-tidy: {failed} files with findings")
     return 1 if failed else 0

@@ -4,7 +4,7 @@ namespace vrk::sim {
 
 namespace {
 constexpr std::uint8_t kPots = 4;
-constexpr Pin kDs0{0, 6}, kDs1{0, 7}, kStepClock{1, 0}, kSelect{1, 1}, kUpDown{1, 2};
+constexpr Pin kDs0{0, 6}, kDs1{0, 7}, kStepClock{1, 0}, kSelect{1, 1}, kStepUp{1, 2};
 } // namespace
 
 std::optional<std::uint8_t> BankPart::slaveAddress() const {
@@ -40,7 +40,7 @@ void BankPart::onPins(const PinLevels& before, const PinLevels& now) {
     if (rose(before, now, kSelect) && isHigh(now, kStepClock)) {
         registers_.wiperToData(pot, 0);
     } else if (!isHigh(before, kSelect) && !isHigh(now, kSelect) && rose(before, now, kStepClock)) {
-        registers_.step(pot, isHigh(now, kUpDown));
+        registers_.step(pot, isHigh(now, kStepUp));
     }
 }
 

@@ -13,8 +13,6 @@ namespace vrk {
 
 namespace {
 
-using Outcome = JUnitCase::Outcome;
-
 std::string attribute(const char* name, const std::string& value) {
     return std::string(" ") + name + "=\"" + xmlText(value) + '"';
 }
@@ -33,7 +31,7 @@ std::string stamp(const WallTime& time) {
 
 std::string inside(const JUnitCase& one) {
     static constexpr std::array<const char*, 4> kElements = {"", "failure", "error", "skipped"};
-    if (one.outcome == Outcome::Pass)
+    if (one.outcome == JUnitCase::Outcome::Pass)
         return "";
     return std::string("<") + kElements.at(static_cast<std::size_t>(one.outcome)) +
            attribute("message", one.message) + attribute("type", one.type) + "/>";
@@ -49,6 +47,7 @@ std::string caseText(const std::string& suite, const JUnitCase& one) {
 } // namespace
 
 std::string junitText(const JUnitSuite& suite) {
+    using Outcome = JUnitCase::Outcome;
     const auto count = [&suite](Outcome outcome) {
         return decimalText(std::count_if(suite.cases.begin(), suite.cases.end(),
                                          [outcome](const JUnitCase& one) { return one.outcome == outcome; }));

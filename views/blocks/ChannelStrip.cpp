@@ -85,7 +85,7 @@ Widget* withoutMnemonic(Widget* widget) {
     return widget;
 }
 
-QLabel* words(const QString& text, QWidget* parent, double scale = 1.0) {
+QLabel* wordsLabel(const QString& text, QWidget* parent, double scale = 1.0) {
     QLabel* label = quietText(text);
     label->setFont(textFont(scale));
     label->setParent(parent);
@@ -122,7 +122,7 @@ void ChannelStrip::makeRead(PageUi& page, ChannelBlock& block) {
     const QString number = QString::number(channel_);
     name_ = heading("Channel " + number, kStripScale);
     name_->setParent(readBody_);
-    sourceWord_ = words("reads register", readBody_);
+    sourceWord_ = wordsLabel("reads register", readBody_);
     source_ = ui(block.lblChanRcvr[channel_]);
     makeQuiet(*source_);
     for (QLabel* part : {name_, sourceWord_, source_})

@@ -102,7 +102,7 @@ def grouped(due):
 
 def findings(file, options):
     """What clang-tidy says of a file, None if nothing."""
-    run = subprocess.run(["clang-tidy", "--quiet", "--extra-arg=-Wno-unknown-warning-option", *options, str(file)],
+    run = subprocess.run(["clang-tidy", "--quiet", "--extra-arg=-Wno-unknown-warning-option", str(file), *options],
                          capture_output=True, text=True, check=False)
     return None if run.returncode == 0 else run.stdout  # stderr only counts what was found outside the tree
 

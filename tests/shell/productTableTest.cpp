@@ -59,12 +59,12 @@ TEST_F(ProductTableTest, EveryI2cRowOfTheExampleWorksWithoutFurtherSetting) {
             rows = table().tGrid.rows();
             EXPECT_FALSE(table().cmdReturn.enabled());
             (void)table().tGrid.userSelect(row, 0);
-            bus.socket(chosen(1));
+            bus.socket(chosen(1).substr(0, chosen(1).find('/'))); // behind it: the form of its data sheet
             (void)table().cmdReturn.userClick();
         });
         ASSERT_TRUE(i2c().mnu_I2cList.userClick().done());
         (void)boxes(); // the file dialog
-        EXPECT_EQ(i2c().lblProduct.caption(), bus.state().part->name);
+        EXPECT_EQ(i2c().lblProduct.caption(), chosen(1));
         (void)i2c().OptVCC[1].userClick();
         (void)i2c().OptVCC[0].userClick();
         const int taps = decimalInt(chosen(3));
@@ -80,13 +80,15 @@ TEST_F(ProductTableTest, EveryI2cRowOfTheExampleWorksWithoutFurtherSetting) {
             const double volts = bus.state().vcc * position / taps;
             EXPECT_NEAR(leadingNumber(i2c().lblWiperVolts[channel].caption()), volts, 1.5 * kStep);
         }
+        EXPECT_GE(rows, 3);
+        if (chosen(5) == "NA")
+            continue; // no registers of this kind
         (void)i2c().cmdACRWrite.userClick();
         (void)i2c().cmdACRRead.userClick();
         EXPECT_EQ(i2c().txtACR[1].text(), chosen(6));
         (void)i2c().cmdWriteGP.userClick();
         (void)i2c().cmdGPRead.userClick();
         EXPECT_EQ(i2c().lblGPRead.caption(), i2c().txtGPWrite.text());
-        EXPECT_GE(rows, 3);
     }
 }
 

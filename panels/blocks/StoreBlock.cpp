@@ -78,12 +78,13 @@ bool StoreBlock::mayStore(int more) {
 }
 
 bool StoreBlock::askToGoOn(const std::string& what) {
-    return host().context().dialogs.show({"The part has had " + decimalText(writes_.total()) +
-                                              " non-volatile writes since it was chosen. " + what +
-                                              "The limit set for loops is " + decimalText(writes_.budget()) +
-                                              ".\r\nGo on?",
-                                          "Non-volatile memory",
-                                          {Choice::Ok, Choice::Cancel}}) == Choice::Ok;
+    return host().context().dialogs.show(
+               {"The part has had " + decimalText(writes_.total()) +
+                    (writes_.total() == 1 ? " non-volatile write" : " non-volatile writes") +
+                    " since it was chosen. " + what + "The limit set for loops is " +
+                    decimalText(writes_.budget()) + ".\r\nGo on?",
+                "Non-volatile memory",
+                {Choice::Ok, Choice::Cancel}}) == Choice::Ok;
 }
 
 } // namespace vrk

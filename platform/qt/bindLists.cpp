@@ -290,6 +290,12 @@ class GridBinding final : public TypedBinding<Grid, QTableView> {
                 pick(view().currentIndex());
                 return true;
             }
+            // The view's cursor waits at the first row unmarked: a key that would bring it there marks it.
+            const bool first = key == Qt::Key_Up || key == Qt::Key_PageUp || key == Qt::Key_Home;
+            if (first && view().currentIndex().row() == 0 && !view().selectionModel()->hasSelection()) {
+                pick(view().currentIndex());
+                return true;
+            }
             byKey_ = true;
         } else if (event->type() == QEvent::KeyRelease || event->type() == QEvent::FocusOut) {
             byKey_ = false;

@@ -225,6 +225,10 @@ TEST_F(BindingTest, GridShowsItsFirstRowAsHeading) {
     EXPECT_EQ(panel.grid.row(), 1);
     panel.grid.setSelection(0, 0);
     EXPECT_FALSE(grid->selectionModel()->hasSelection());
+    grid->setCurrentIndex(grid->model()->index(0, 0)); // where the view's cursor waits unmarked
+    grid->clearSelection();
+    QTest::keyClick(grid, Qt::Key_Home);
+    EXPECT_EQ(panel.grid.row(), 1);
 }
 
 TEST_F(BindingTest, DisabledControlRefusesAtOnceAndItsPictureNeverFlashes) {

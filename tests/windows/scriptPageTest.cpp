@@ -261,11 +261,15 @@ TEST_F(ScriptPageTest, ARehearsalTellsAbortsAndAsksBeforeARunThatWearsThePart) {
               std::string::npos)
         << shown("lblRehearsal");
     QWidget& bar = widget(kScript, "script.question");
-    for (const char* answer : {"script.cancel", "script.agree"}) {
+    for (const char* answer : {"script.cancel", "", "script.agree"}) {
         press(Qt::Key_F8);
         EXPECT_TRUE(bar.isVisible());
         EXPECT_EQ(reports, 0);
-        click(kScript, answer);
+        if (*answer == '\0')
+            press(Qt::Key_Escape);
+        else
+            QTest::keyClick(&widget(kScript, answer), Qt::Key_Return);
+        EXPECT_FALSE(bar.isVisible());
     }
     EXPECT_EQ(reports, 502);
 }

@@ -195,7 +195,7 @@ class QuestionBar final : public QWidget {
         agree_->setObjectName("script.agree");
         cancel_->setObjectName("script.cancel");
         for (QPushButton* button : {agree_, cancel_}) {
-            button->setAutoDefault(false);
+            button->setAutoDefault(true); // no field is asked about: Enter answers, as it does in a box
             keepWithoutMnemonic(*button);
         }
         auto* all = row({text_, agree_, cancel_});
@@ -216,6 +216,7 @@ class QuestionBar final : public QWidget {
             else
                 goOn();
         };
+        page.onAbort("Answer the question over the table with Cancel", [this] { close(); });
         // Of another script, or of another result, the answer is not known.
         page.ui().keep(panel.observeScript([this] { close(); }));
         hide();

@@ -1,6 +1,7 @@
 #include "views/FastDrawing.h"
 
 #include "platform/qt/QtDialogs.h"
+#include "views/workspace/Page.h"
 
 #include <QApplication>
 #include <QClipboard>
@@ -106,8 +107,15 @@ void FastDrawing::askAndSave() const {
     qt::fitToScreen(dialog);
     if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty())
         return;
-    if (const QString fault = save(dialog.selectedFiles().front()); !fault.isEmpty())
+    const QString path = dialog.selectedFiles().front();
+    if (const QString fault = save(path); !fault.isEmpty())
         QMessageBox::warning(&widget_, source_.name, fault);
+    else if (page_ != nullptr && !page_->released())
+        page_->panel().tell(true, "Saved " + source_.name.toStdString(), path.toStdString());
+}
+
+void FastDrawing::tellOn(PageUi& page) {
+    page_ = &page;
 }
 
 void FastDrawing::addTo(QMenu& menu) const {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QPointer>
 #include <QRectF>
 #include <QSize>
 #include <QString>
@@ -11,6 +12,8 @@ class QPainter;
 class QWidget;
 
 namespace vrk {
+
+class PageUi;
 
 /// A widget's picture for everywhere else: the clipboard, a report, a drawing program. Plots and timing
 /// pictures share it, so that each offers the same entries and writes the same kinds of file.
@@ -32,6 +35,8 @@ class FastDrawing {
     /// or not at all. \return what went wrong, empty if nothing did.
     QString save(const QString& path) const;
     void askAndSave() const;
+    /// \param page tells there what was saved.
+    void tellOn(PageUi& page);
     /// Copy and save; the caller adds what it has of its own.
     void addTo(QMenu& menu) const;
 
@@ -40,6 +45,7 @@ class FastDrawing {
 
     QWidget& widget_;
     Source source_;
+    QPointer<PageUi> page_;
 };
 
 } // namespace vrk

@@ -81,7 +81,7 @@ class TimingPicture final : public QWidget {
     void setLanes(std::vector<std::size_t> lanes);
     /// What the edges come to, in words; for a screen reader.
     void setWords(const QString& words);
-    const FastDrawing& drawing() const { return drawing_; }
+    FastDrawing& drawing() { return drawing_; }
     /// Called when the picture is brought up to date, ten times a second at most.
     std::function<void()> onShown;
 

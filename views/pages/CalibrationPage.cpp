@@ -316,6 +316,7 @@ void makeCalibrationPage(PageUi& page, FrmVCCCal& p) {
     page.setBand(band);
     const auto steps = std::make_shared<Steps>();
     const auto picture = std::make_shared<CalibrationPicture>();
+    picture->plot().drawing().tellOn(page);
     auto* progress =
         row({steps->connect.box(), steps->measure.box(), steps->review.box(), steps->save.box()});
     for (int at = 0; at < 4; ++at)

@@ -197,6 +197,7 @@ void makePushButtonPage(PageUi& page, frmVRK_PB1& p) {
     auto* picture =
         new TimingPicture(std::make_unique<PinTimeline>(page.context().wire, p.events(), std::move(lanes)),
                           std::vector<std::size_t>{frmVRK_PB1::kUp, frmVRK_PB1::kDown});
+    picture->drawing().tellOn(page);
     picture->setLanes(
         {frmVRK_PB1::kCs, frmVRK_PB1::kStore, frmVRK_PB1::kMute, frmVRK_PB1::kUp, frmVRK_PB1::kDown});
     QWidget* inputs = inputsBox(page, p);

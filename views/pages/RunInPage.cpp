@@ -313,6 +313,7 @@ void makeRunInPage(PageUi& page, UPDN_Runin& p) {
     progress->setObjectName("run.progress");
     page.addHeadItem(progress);
     const auto picture = std::make_shared<RunInPicture>();
+    picture->plot().drawing().tellOn(page);
     QWidget* unfinished = unfinishedBar(page, p);
     QWidget* upper = figures(page, p);
     followStages(page, p, picture);

@@ -260,6 +260,7 @@ void makeUpDownPage(PageUi& page, frmVRK_UD1& p) {
             page.context().wire, p.events(),
             std::vector<PinTimeline::Pin>{{"/CS1", 0, 6}, {"/CS2", 0, 7}, {"/INC", 1, 1}, {"U/D", 1, 2}}),
         std::vector<std::size_t>{kInc});
+    picture->drawing().tellOn(page);
     ui.watch(p.FrmStaticIO[1], [picture, &second = p.FrmStaticIO[1]] {
         picture->setLanes(second.visible() ? std::vector<std::size_t>{kCs1, kCs2, kInc, kUpDown}
                                            : std::vector<std::size_t>{kCs1, kInc, kUpDown});

@@ -27,6 +27,7 @@ ChannelPlot::ChannelPlot(PageUi& page, ChannelBlock& block, std::function<int()>
     : page_(page), block_(block), inHand_(std::move(inHand)), plot_(new Plot("Wiper volts over position")) {
     setParent(plot_);
     plot_->setObjectName("wiperPlot");
+    plot_->drawing().tellOn(page_);
     makePlot();
     makeTools();
     watch();

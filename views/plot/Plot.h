@@ -33,7 +33,7 @@ class Plot final : public QWidget {
     int redraws() const { return redraws_; }
 
     /// The traces as they are in sight, without crosshair; their numbers are all of them.
-    const FastDrawing& drawing() const { return drawing_; }
+    FastDrawing& drawing() { return drawing_; }
     /// An entry of the plot's own menu, behind copy and save.
     void addMenuEntry(const QString& text, std::function<void()> act);
 

@@ -108,11 +108,15 @@ Section& addGeneralRegisterSection(PageUi& page, ControlRegister& block, const R
     tintHexDifference(page, block.txtGPWrite, *toWrite, block.lblGPRead,
                       [&block] { return block.lblGPRead.caption(); });
     auto* name = ui(block.lblGDRs);
+    keepWhole(page, block.lblGDRs, *name); // a table's words for it may be wider than the inspector
     makeQuiet(*name);
+    auto* first = at.read != nullptr
+                      ? row({commandLine(page, at, address, "General register"), name})
+                      : row({columnLabel("Register", address), address, quietText("hex"), name});
+    if (at.read == nullptr)
+        first->setStretch(3, 1);
     QBoxLayout* all = rows(
-        {at.read != nullptr
-             ? row({commandLine(page, at, address, "General register"), name})
-             : row({columnLabel("Register", address), address, quietText("hex"), name, stretch}),
+        {first,
          byteLine(page, "To write", toWrite, "general purpose register", block.cmdWriteGP, block.Shape2[2]),
          byteLine(page, "As read", asRead, "general purpose register", block.cmdGPRead, block.Shape2[3]),
          fieldsOf(page, at, block.txtGPWrite, block.lblGPRead,

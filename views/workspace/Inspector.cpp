@@ -9,6 +9,7 @@
 #include <QPainter>
 #include <QScrollArea>
 #include <QScrollBar>
+#include <QTimer>
 #include <QVBoxLayout>
 
 namespace vrk {
@@ -34,6 +35,11 @@ Inspector::Inspector() : area_(new QScrollArea) {
     auto* all = new QVBoxLayout(this);
     all->setContentsMargins(dp(7), 0, 0, 0); // the edge that folds it
     all->addWidget(area_);
+    // A section that was never unfolded knows its height only once it has been laid out.
+    connect(area_->verticalScrollBar(), &QScrollBar::rangeChanged, this, [this](int, int last) {
+        if (last > 0 && minimumWidth() == width())
+            QTimer::singleShot(0, this, [this] { arrange(); });
+    });
     setStrip(false);
 }
 

@@ -6,14 +6,17 @@
 #include "views/pages.h"
 #include "views/workspace/HeadRoom.h"
 #include "views/workspace/Section.h"
+#include "views/workspace/intoView.h"
 
 #include <QApplication>
 #include <QBoxLayout>
 #include <QEvent>
 #include <QLabel>
 #include <QMenu>
+#include <QResizeEvent>
 #include <QScrollArea>
 #include <QScrollBar>
+#include <QTimer>
 
 #include <algorithm>
 
@@ -95,6 +98,7 @@ void PageUi::setContent(QWidget* content) {
             content->layout()->setContentsMargins(kUnit, 0, last > 0 ? 0 : kUnit, kUnit);
     });
     content->installEventFilter(this);
+    area_->viewport()->installEventFilter(this);
     if (row_.place != PagePlace::Dock)
         new HeadRoom(*head_, *headItems_, *content);
     ui_.placed();
@@ -250,12 +254,28 @@ QSize PageUi::leastSize() const {
 }
 
 bool PageUi::eventFilter(QObject* watched, QEvent* event) {
+    if (event->type() == QEvent::Resize && content_ != nullptr && watched != content_)
+        keepKeyboardInSight(QRect(QPoint(), static_cast<QResizeEvent*>(event)->oldSize()));
     if (event->type() == QEvent::LayoutRequest) {
         const QSize least = leastSize();
-        if (std::exchange(least_, least) != least && onLeastSize)
-            onLeastSize();
+        if (std::exchange(least_, least) != least) {
+            keepKeyboardInSight(std::nullopt); // another part: what was in sight stands elsewhere now
+            if (onLeastSize)
+                onLeastSize();
+        }
     }
     return QObject::eventFilter(watched, event);
+}
+
+/// What has the keyboard comes into sight once the page is laid out.
+/// \param seen only if it was within; nullopt: wherever it was.
+void PageUi::keepKeyboardInSight(const std::optional<QRect>& seen) const {
+    QWidget* focus = QApplication::focusWidget();
+    if (focus == nullptr || content_ == nullptr || !content_->isAncestorOf(focus) ||
+        QApplication::mouseButtons() != Qt::NoButton)
+        return;
+    if (!seen || seen->intersects(QRect(focus->mapTo(area_->viewport(), QPoint()), focus->size())))
+        QTimer::singleShot(0, focus, [focus] { scrollIntoView(*focus); });
 }
 
 void PageUi::release() {

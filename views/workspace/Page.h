@@ -169,6 +169,7 @@ class PageUi final : public QObject {
   private:
     void makeHead();
     std::vector<QWidget*> roots() const;
+    void keepKeyboardInSight(const std::optional<QRect>& seen) const;
 
     ViewContext context_;
     PanelSlotBase& slot_;

@@ -85,9 +85,16 @@ void Workspace::addCommands() {
     };
     for (const Command& command : commands_)
         keys_->add(command.key);
-    // Qt scrolls for Tab alone. Under the mouse nothing moves, nor where the window comes back.
-    connect(qApp, &QApplication::focusChanged, this, [](const QWidget* before, QWidget* now) {
-        if (before != nullptr && now != nullptr && QApplication::mouseButtons() == Qt::NoButton)
+    // Qt scrolls for Tab alone. Under the mouse nothing moves, nor where the window comes back: then the
+    // same widget has the keyboard in it as before.
+    connect(qApp, &QApplication::focusChanged, this, [](const QWidget*, QWidget* now) {
+        if (now == nullptr)
+            return;
+        constexpr const char* kHolder = "keyboardHolder";
+        const QVariant holder = QVariant::fromValue(static_cast<void*>(now));
+        const bool moved = now->window()->property(kHolder) != holder;
+        now->window()->setProperty(kHolder, holder);
+        if (moved && QApplication::mouseButtons() == Qt::NoButton)
             QTimer::singleShot(0, now, [now] { scrollIntoView(*now); }); // once its page has its size
     });
 }

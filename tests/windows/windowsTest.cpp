@@ -161,6 +161,9 @@ TEST_F(I2cWindowTest, PaletteFindsRefusesAndRuns) {
     QTest::keyClicks(filter, refused);
     EXPECT_TRUE(list->item(0)->toolTip().contains("Not now"));
     QTest::keyClick(filter, Qt::Key_A, Qt::ControlModifier);
+    QTest::keyClicks(filter, "VCC on");
+    EXPECT_EQ(list->item(0)->text(), "VCC on");
+    QTest::keyClick(filter, Qt::Key_A, Qt::ControlModifier);
     QTest::keyClicks(filter, "Go to Motherboard");
     QTest::keyClick(filter, Qt::Key_Return);
     EXPECT_EQ(workspace.front(), &page("frmMotherboardDAQ2"));

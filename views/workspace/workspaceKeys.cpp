@@ -28,6 +28,7 @@
 #include <QTimer>
 
 #include <algorithm>
+#include <utility>
 
 namespace vrk {
 
@@ -48,6 +49,10 @@ QString mnemonicOf(const QObject& target) {
 
 QString wordsOf(const Control& control, const QObject& target) {
     QString words = plainCaption(control);
+    // "Up of part #1": a name that says more than the caption says which one it is, too.
+    if (const auto* widget = qobject_cast<const QWidget*>(&target);
+        widget != nullptr && !words.isEmpty() && widget->accessibleName().startsWith(words + ' '))
+        return widget->accessibleName();
     if (const auto* button = qobject_cast<const QAbstractButton*>(&target);
         button != nullptr && words.isEmpty())
         words = button->text().remove('&');
@@ -155,6 +160,14 @@ void Workspace::showPalette() {
     if (page != nullptr) {
         for (const PageKey& key : page->keys())
             choices.push_back({key.what, keyText(key.key), {}, key.act, false});
+    }
+    // The band's switch, which works on the last device panel whatever page is in front.
+    if (const BandSource* band = band_->page() == nullptr ? nullptr : band_->page()->band())
+        for (const auto& [option, what] : {std::pair{band->on, "VCC on"}, std::pair{band->off, "VCC off"}})
+            if (option != nullptr)
+                choices.push_back(
+                    {what, {}, refusalOf(*option), [option = option] { (void)option->userClick(); }, false});
+    if (page != nullptr) {
         for (const Binding* binding : page->ui().bindings()) {
             Control* control = binding->control();
             if (control == nullptr)

@@ -193,7 +193,19 @@ void replaceFile(const std::filesystem::path& path, const std::string& content) 
 }
 
 void appendFile(const std::filesystem::path& path, const std::string& content) {
-    writeTo(path, OutputFile::Mode::Append, content);
+    struct stat before {};
+    const bool existed = ::stat(path.c_str(), &before) == 0;
+    try {
+        writeTo(path, OutputFile::Mode::Append, content);
+    } catch (const Fault&) {
+        // A half would stand in front of the next addition, and of a script it would even be run.
+        std::error_code ignored;
+        if (existed && S_ISREG(before.st_mode))
+            fs::resize_file(path, static_cast<std::uintmax_t>(before.st_size), ignored);
+        else if (!existed)
+            fs::remove(path, ignored);
+        throw;
+    }
 }
 
 bool sameFile(const fs::path& one, const fs::path& other) {

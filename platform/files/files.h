@@ -26,8 +26,8 @@ void replaceFile(const std::filesystem::path& path, const std::string& content);
 /// \throws Fault with the system's description.
 void requireWritable(const std::filesystem::path& path);
 
-/// Adds to the end of the file, which is made if it does not exist; what was there stays even if the addition
-/// fails half-way. \throws Fault with the system's description.
+/// Adds to the end of the file, which is made if it does not exist. An addition that fails half-way is taken
+/// back. \throws Fault with the system's description.
 void appendFile(const std::filesystem::path& path, const std::string& content);
 
 /// True if both paths lead to one file, whichever way they are written.

@@ -104,11 +104,14 @@ TEST_F(FilesTest, FailureKeepsTheOldFile) {
     failAtFileSizeLimit();
     rlimit old{};
     getrlimit(RLIMIT_FSIZE, &old);
-    const rlimit small{2, old.rlim_max};
-    setrlimit(RLIMIT_FSIZE, &small);
-    const std::string fault = faultOf([&] { replaceFile(file, "new"); });
-    setrlimit(RLIMIT_FSIZE, &old);
-    EXPECT_THAT(fault, HasSubstr("too large"));
+    for (const rlim_t limit : {rlim_t{2}, rlim_t{5}}) { // of the addition two bytes fit
+        const rlimit small{limit, old.rlim_max};
+        setrlimit(RLIMIT_FSIZE, &small);
+        const std::string fault =
+            faultOf([&] { limit == 2 ? replaceFile(file, "new") : appendFile(file, "more"); });
+        setrlimit(RLIMIT_FSIZE, &old);
+        EXPECT_THAT(fault, HasSubstr("too large"));
+    }
     EXPECT_EQ(readFile(file), "old");
     EXPECT_EQ(entries(), 2U);
     ::close(alive);

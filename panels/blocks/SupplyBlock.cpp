@@ -69,11 +69,16 @@ void SupplyBlock::OptVCC_Click(int index) {
     supplyChanged();
     afterVccSwitch();
     cmdUpdateVCC_Click();
-    // The reply to the measurement is the one sign that the switch reached the board.
-    const bool measured = lblVCCVolts.freshness()->state == Freshness::State::Fresh;
-    host().tell(measured, std::string(index == 0 ? "VCC on" : "VCC off") + (measured ? "" : " not confirmed"),
-                measured ? "measured " + lblVCCVolts.caption() + " V" : "the measurement got no reply",
-                measured ? nullptr : &lblVCCVolts);
+    // The reply to the measurement is the one sign that the switch reached the board; one that was away and
+    // came back under Retry answers too, without VCC.
+    const std::string what = index == 0 ? "VCC on" : "VCC off";
+    const std::string volts = "measured " + lblVCCVolts.caption() + " V";
+    if (lblVCCVolts.freshness()->state != Freshness::State::Fresh)
+        host().tell(false, what + " not confirmed", "the measurement got no reply", &lblVCCVolts);
+    else if (!OptVCC[index].value())
+        host().tell(false, what + " did not last", "the board has it the other way, " + volts, &lblVCCVolts);
+    else
+        host().tell(true, what, volts);
 }
 
 void SupplyBlock::OptVM_Click(int index) {

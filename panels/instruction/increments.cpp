@@ -182,8 +182,10 @@ void InstructionPanel::terminate() {
     steps_.givePinsBack();
     pinsTaken_ = false;
     cmdRdWCR_Click(pot);
-    txtWXWcr[pot].setText(lblRDWcr[pot].caption());
-    entryBefore_.reset();
+    if (lblRDWcr[pot].freshness()->state == Freshness::State::Fresh) {
+        txtWXWcr[pot].setText(lblRDWcr[pot].caption());
+        entryBefore_.reset();
+    }
     ShpWrWCR[pot].setColour(Colour::LightBlue);
     ShpRdWCR[pot].setColour(Colour::Yellow);
     pump();
@@ -199,7 +201,7 @@ void InstructionPanel::leaveIncrements() {
         steps_.givePinsBack();
     stepUnderWay_ = false;
     activity_.reset();
-    // The marks of an end that read nothing back are no value that could be written.
+    // The marks are no value that could be written, nor is what a failed read back has left.
     if (const auto entry = std::exchange(entryBefore_, std::nullopt))
         txtWXWcr[steppedPot_].setText(*entry);
     if (Lamp& written = ShpWrWCR[steppedPot_]; written.colour() == Colour::Blue)

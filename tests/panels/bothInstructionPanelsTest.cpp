@@ -305,11 +305,13 @@ TEST_P(BothInstructionPanels, IncrementsEndWithTheirPortAndWithTheirPart) {
     // Without VCC no step is taken for one.
     restore();
     device().OptVCC[1].userClick();
+    type(panel().txtWXWcr[1], "4B");
     send(8, 1);
     panel().cmdIncrWip[0].userClick();
     EXPECT_EQ(bench.context().results.kept().back().text, "Pot 1 not stepped up");
     answerAll(Choice::Retry);
     panel().cmdIncrWip[2].userClick();
+    EXPECT_EQ(panel().txtWXWcr[1].text(), "4B"); // nothing was read back that could be written
     dropAnswers();
     boxes();
     // The board comes back without power, before the begin (-1), ahead of a button and within a step (3).

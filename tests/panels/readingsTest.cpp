@@ -145,6 +145,13 @@ TEST_F(ReadingsTest, ASwitchThatNoMeasurementConfirmedIsNotToldAsDone) {
     EXPECT_EQ(boxes().size(), 2U);
     EXPECT_EQ(lastResult(), "VCC on not confirmed");
     EXPECT_EQ(stateOf(i2c().lblVCCVolts), State::Stale);
+    // A board that was away answers to the measurement, without VCC.
+    i2c().OptVCC[1].userClick();
+    bus.unplug(0);
+    answer(Choice::Retry, [this] { bus.plug(0); });
+    i2c().OptVCC[0].userClick();
+    EXPECT_EQ(boxes().size(), 1U);
+    EXPECT_EQ(lastResult(), "VCC on did not last");
 }
 
 TEST_F(ReadingsTest, EntryOfBeforeIsNotWrittenToAnotherPart) {

@@ -16,6 +16,8 @@ class QDialog;
 
 namespace vrk {
 
+inline constexpr const char* kI2c = "frmVRK_User1";
+
 /// Answers message boxes and file dialogs with the mouse. A box that nobody expected fails the test and gets
 /// the answer that changes least; one that was expected and did not come fails it too.
 class BoxWatcher : public QObject {

@@ -11,8 +11,6 @@
 namespace vrk {
 namespace {
 
-constexpr const char* kI2c = "frmVRK_User1";
-
 class I2cPageTest : public WindowTest {
   protected:
     explicit I2cPageTest(const char* part = "KV4074") : WindowTest(part) {

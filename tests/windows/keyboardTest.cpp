@@ -10,7 +10,6 @@
 namespace vrk {
 namespace {
 
-constexpr const char* kI2c = "frmVRK_User1";
 constexpr int kStops = 400; ///< more than any page with its band, rail and inspector has
 
 class KeyboardTest : public WindowTest {

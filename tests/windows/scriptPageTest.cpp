@@ -223,7 +223,6 @@ TEST_F(ScriptPageTest, ASaveOfRowsThatNeverRanAsksFirst) {
 }
 
 TEST_F(ScriptPageTest, WhatIsRecordedIsSavedAndRunsAgain) {
-    constexpr const char* kI2c = "frmVRK_User1";
     click(kScript, "cmdRecord");
     workspace.open(*findPageRow(kI2c));
     enter(kI2c, "txtHexDataWrt(0)", "2A");

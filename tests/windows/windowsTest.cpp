@@ -17,7 +17,6 @@
 namespace vrk {
 namespace {
 
-constexpr const char* kI2c = "frmVRK_User1";
 constexpr double kConverterStep = 2 * 3.3 / 1023; ///< volts at the socket; the board halves its inputs
 
 class I2cWindowTest : public WindowTest {

@@ -65,6 +65,9 @@ TEST_F(ProductTableTest, EveryI2cRowOfTheExampleWorksWithoutFurtherSetting) {
         ASSERT_TRUE(i2c().mnu_I2cList.userClick().done());
         (void)boxes(); // the file dialog
         EXPECT_EQ(i2c().lblProduct.caption(), chosen(1));
+        EXPECT_GE(rows, 3);
+        if (chosen(5) == "NA")
+            continue; // told by instructions, on a page of their own
         (void)i2c().OptVCC[1].userClick();
         (void)i2c().OptVCC[0].userClick();
         const int taps = decimalInt(chosen(3));
@@ -80,9 +83,6 @@ TEST_F(ProductTableTest, EveryI2cRowOfTheExampleWorksWithoutFurtherSetting) {
             const double volts = bus.state().vcc * position / taps;
             EXPECT_NEAR(leadingNumber(i2c().lblWiperVolts[channel].caption()), volts, 1.5 * kStep);
         }
-        EXPECT_GE(rows, 3);
-        if (chosen(5) == "NA")
-            continue; // no registers of this kind
         (void)i2c().cmdACRWrite.userClick();
         (void)i2c().cmdACRRead.userClick();
         EXPECT_EQ(i2c().txtACR[1].text(), chosen(6));

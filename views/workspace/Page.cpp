@@ -271,8 +271,7 @@ bool PageUi::eventFilter(QObject* watched, QEvent* event) {
 /// \param seen only if it was within; nullopt: wherever it was.
 void PageUi::keepKeyboardInSight(const std::optional<QRect>& seen) const {
     QWidget* focus = QApplication::focusWidget();
-    if (focus == nullptr || content_ == nullptr || !content_->isAncestorOf(focus) ||
-        QApplication::mouseButtons() != Qt::NoButton)
+    if (focus == nullptr || content_ == nullptr || !content_->isAncestorOf(focus) || !keysInUse())
         return;
     if (!seen || seen->intersects(QRect(focus->mapTo(area_->viewport(), QPoint()), focus->size())))
         QTimer::singleShot(0, focus, [focus] { scrollIntoView(*focus); });

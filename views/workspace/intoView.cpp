@@ -2,6 +2,8 @@
 
 #include <QAbstractButton>
 #include <QAbstractItemView>
+#include <QApplication>
+#include <QEvent>
 #include <QScrollArea>
 
 namespace vrk {
@@ -23,7 +25,32 @@ void scrollTo(QScrollArea& area, QWidget& widget) {
         area.ensureWidgetVisible(&widget);
 }
 
+bool lastWasKey = false;
+
+class Presses final : public QObject {
+  public:
+    using QObject::QObject;
+
+  protected:
+    bool eventFilter(QObject* /*watched*/, QEvent* event) override {
+        if (event->type() == QEvent::KeyPress || event->type() == QEvent::Shortcut)
+            lastWasKey = true;
+        else if (event->type() == QEvent::MouseButtonPress || event->type() == QEvent::TouchBegin ||
+                 event->type() == QEvent::Wheel)
+            lastWasKey = false;
+        return false;
+    }
+};
+
 } // namespace
+
+bool keysInUse() {
+    return lastWasKey;
+}
+
+void followKeysInUse(QObject& owner) {
+    qApp->installEventFilter(new Presses(&owner));
+}
 
 void scrollIntoView(QWidget& widget) {
     for (QWidget* at = widget.parentWidget(); at != nullptr; at = at->parentWidget())

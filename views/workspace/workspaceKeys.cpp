@@ -90,6 +90,7 @@ void Workspace::addCommands() {
     };
     for (const Command& command : commands_)
         keys_->add(command.key);
+    followKeysInUse(*this);
     // Qt scrolls for Tab alone. Under the mouse nothing moves, nor where the window comes back: then the
     // same widget has the keyboard in it as before.
     connect(qApp, &QApplication::focusChanged, this, [](const QWidget*, QWidget* now) {
@@ -99,7 +100,7 @@ void Workspace::addCommands() {
         const QVariant holder = QVariant::fromValue(static_cast<void*>(now));
         const bool moved = now->window()->property(kHolder) != holder;
         now->window()->setProperty(kHolder, holder);
-        if (moved && QApplication::mouseButtons() == Qt::NoButton)
+        if (moved && keysInUse())
             QTimer::singleShot(0, now, [now] { scrollIntoView(*now); }); // once its page has its size
     });
 }

@@ -150,6 +150,9 @@ TEST_F(ScriptPageTest, KeysRunStepAndAbortAndAnyPanelWorksMeanwhile) {
     EXPECT_EQ(panel().results().end, ScriptEnd::Stopped);
     EXPECT_EQ(verdicts(), "ran|failed|passed|not reached||");
     EXPECT_EQ(shown("script.state"), "");
+    whenPausedAt(3, [this] { press(Qt::Key_F8); });
+    press(Qt::Key_F8);
+    EXPECT_EQ(verdicts(), "ran|failed|passed|passed||");
     EXPECT_EQ(widget<QAbstractItemView>(kScript, "script.passes").model()->rowCount(), 1);
 }
 

@@ -55,7 +55,8 @@ void Doco::cmdBrowse_Click() {
 }
 
 void Doco::cmdStartRec_Click(int /*index*/) {
-    saveRecording(context(), rtxt1, txtFilePath.text(), chkAppend.checked());
+    if (saveRecording(context(), rtxt1, txtFilePath.text(), chkAppend.checked()))
+        tell(true, "Saved the trace", txtFilePath.text());
 }
 
 void Doco::cndTclear_Click() {

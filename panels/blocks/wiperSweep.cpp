@@ -60,7 +60,7 @@ void ChannelBlock::sweepWiper(int channel, int from, int to, int step) {
         const int position = from <= to ? from + distance : from - distance;
         if (!sweepPosition(channel, position)) {
             host().tell(false, "Sweep ended at position " + decimalText(position),
-                        answered ? lblPotRead[channel].freshness()->cause : "the part did not answer",
+                        answered ? lblPotRead[channel].freshness()->cause : "the transfer failed",
                         &lblPotRead[channel]);
             return;
         }

@@ -308,7 +308,8 @@ void UPDN_Runin::cmdBrowse_Click() {
 }
 
 void UPDN_Runin::cmdStartRec_Click() {
-    saveRecording(context(), rtxt1, txtFilePath.text(), chkAppend.checked());
+    if (saveRecording(context(), rtxt1, txtFilePath.text(), chkAppend.checked()))
+        tell(true, "Saved the log", txtFilePath.text());
 }
 
 void UPDN_Runin::cndTclear_Click() {

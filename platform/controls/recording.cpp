@@ -31,7 +31,7 @@ std::string recordingText(const PanelContext& context, const TextLog& log) {
     return content;
 }
 
-void saveRecording(const PanelContext& context, const TextLog& log, const std::string& path, bool append) {
+bool saveRecording(const PanelContext& context, const TextLog& log, const std::string& path, bool append) {
     const std::string content = recordingText(context, log);
     try {
         if (path.empty())
@@ -41,8 +41,10 @@ void saveRecording(const PanelContext& context, const TextLog& log, const std::s
             appendFile(file, content);
         else
             replaceFile(file, content);
+        return true;
     } catch (const Fault& fault) {
         context.say(fault.what());
+        return false;
     }
 }
 

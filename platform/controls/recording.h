@@ -15,6 +15,7 @@ std::string recordingText(const PanelContext& context, const TextLog& log);
 
 /// Saves a log as a trace file. A path that cannot be written is told in a box; an old file then stays.
 /// \param append behind what the file holds, instead of in its place.
-void saveRecording(const PanelContext& context, const TextLog& log, const std::string& path, bool append);
+/// \return whether it was written.
+bool saveRecording(const PanelContext& context, const TextLog& log, const std::string& path, bool append);
 
 } // namespace vrk

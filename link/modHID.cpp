@@ -206,6 +206,7 @@ bool modHID::writeReport() {
     const bool written = host_.write(hidHandle, reportBuffer);
     if (!written) {
         hidLinkCode = kLinkWriteFailed;
+        ++refusals_;
         tellFailed("The board did not take the request: ");
     } else if (request_ == static_cast<std::uint8_t>(Command::I2cTransfer)) {
         transfer_ = reportBuffer;

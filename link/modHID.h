@@ -80,6 +80,8 @@ class modHID {
     /// How often the user has answered Retry since the start. A reading that finds it changed has been taken
     /// again, or will be, by Retry's discovery, and ends.
     unsigned retries() const { return retries_; }
+    /// How many reports no board has taken since the start. Most of them end in no dialog.
+    unsigned refusals() const { return refusals_; }
     void closeHIDHandles() noexcept;
     /// Makes a board of the arrays the current one. \throws Fault "Subscript out of range"
     void selectInstance(int instance);
@@ -214,6 +216,7 @@ class modHID {
     bool unattended_ = false;
     Discovery discovery_;
     unsigned retries_ = 0;
+    unsigned refusals_ = 0;
     int overdue_ = 0;          ///< replies that did not come in time and may still come
     std::uint8_t request_ = 0; ///< command of the last report written
     hid::Report transfer_{};   ///< the last I2C transfer, as its reply lands over it

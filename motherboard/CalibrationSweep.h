@@ -58,7 +58,8 @@ class CalibrationRig {
     virtual void setCode(int code) = 0;
     /// Waits for 10 ms and converts. \return volts at the pin
     virtual double convert() = 0;
-    /// How often the link was lost so far. A reading that was taken across a loss is none.
+    /// How often the link was lost or a report not taken so far. A reading across one is none: the DAC may
+    /// still have another code.
     virtual unsigned losses() const = 0;
     /// The board may have lost its settings with the link: connects the converter again.
     virtual void recover() = 0;

@@ -400,6 +400,8 @@ void FrmVCCCal::takeReference() {
     if (!isReference(txtVrefCal.text()))
         txtVrefCal.setText(kReference);
     uses_.analog.ADRef = uses_.analog.VrefCal = leadingNumber(txtVrefCal.text());
+    if (uses_.analog.ADRef <= 0)
+        tell(false, "VREF Voltage is not above 0", "every voltage will read 0 or less", &txtVrefCal);
 }
 
 void FrmVCCCal::cmdReturn_Click() {

@@ -106,7 +106,7 @@ class FrmVCCCal final : public Panel, public SupplyPanel, private CalibrationRig
     // A sweep's rig.
     void setCode(int code) override;
     double convert() override;
-    unsigned losses() const override { return uses_.link.retries(); }
+    unsigned losses() const override { return uses_.link.retries() + uses_.link.refusals(); }
     void recover() override;
     bool undisturbed(int code) const override;
     bool aborted() const override { return uses_.state.CalRunning == 0; }

@@ -16,6 +16,8 @@ class SupplyPanel : public ActivePanel {
     /// Another board is in use, or one came back with other supplies than the panel showed: what was measured
     /// no longer holds.
     virtual void suppliesMoved() {}
+    /// Its own switch of VCC is at work, and goes on to the supply's DAC.
+    virtual bool switchesVcc() { return false; }
     virtual CheckBox* trackBox() { return nullptr; }
     virtual ComboBox* vccList() { return nullptr; }
 };

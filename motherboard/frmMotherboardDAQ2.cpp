@@ -140,16 +140,6 @@ void frmMotherboardDAQ2::setDrive(int index, int value) {
     chkP0OutEn_Click(index);
 }
 
-namespace {
-/// The board has said that VCC's pin is low, and nothing has been written to its port since.
-bool readsOff(frmMainF340& console) {
-    const Label& port2 = console.lblRdGPData[2];
-    const auto& worth = port2.freshness();
-    constexpr int kVcc = 1 << (frmMotherboardDAQ2::kPinVcc - 16);
-    return worth && worth->state == Freshness::State::Fresh && (hexToInt(port2.caption()) & kVcc) == 0;
-}
-} // namespace
-
 void frmMotherboardDAQ2::cmdWrtPipe1_Click() {
     constexpr int kMostPasses = 3000;
     for (int pass = 0; uses_.ports.pipeWriteBusy && pass <= kMostPasses; ++pass)
@@ -162,7 +152,8 @@ void frmMotherboardDAQ2::cmdWrtPipe1_Click() {
     if (cmdWrtPipe1.enabled())
         cmdDisableButtons_Click();
     // By what P2 was read as last: writing makes that old.
-    const bool switchesOn = OptVCC[1].value() && chkPData[kPinVcc].checked() && readsOff(console());
+    const auto before = toldSupplyPins();
+    const bool switchesOn = OptVCC[1].value() && chkPData[kPinVcc].checked() && before && !before->vcc;
     static constexpr std::array<const char*, kRegisters> kAddresses = {"80", "90", "A0", "A4", "A5", "A6"};
     for (int reg = 0; reg < kRegisters; ++reg) {
         console().txtSFRAddress.setText(kAddresses.at(static_cast<std::size_t>(reg)));

@@ -6,6 +6,7 @@
 #include "platform/controls/Panel.h"
 
 #include <functional>
+#include <optional>
 
 namespace vrk {
 
@@ -62,6 +63,16 @@ class frmMotherboardDAQ2 final : public Panel {
     /// Image, options and lamps of both supplies as the controller console has read their pins. Nothing is
     /// sent. \return true if they stand otherwise than shown until now
     bool followSupplyPins();
+    struct SupplyPins {
+        bool vcc;
+        bool minus;
+    };
+    /// What the board says of the pins that switch the supplies, read anew if their port was written since.
+    /// nullopt if it does not say.
+    std::optional<SupplyPins> supplyPins();
+    /// Makes image, options and lamps of both supplies, and the controller console's boxes, those of the
+    /// pins.
+    void takeSupplyPins(const SupplyPins& pins);
     /// Makes pins and drive modes of the board those of the boxes again, the controller console's mirror too:
     /// what that has read of a board behind its power-up would go out with the next chip select.
     void resendImage();
@@ -182,6 +193,11 @@ class frmMotherboardDAQ2 final : public Panel {
     void setDrive(int index, int value);
     void dacExchange(DacRow row);
     void supplySwitched();
+    /// The same as long as nothing has been written to their port since.
+    std::optional<SupplyPins> toldSupplyPins();
+    /// Lets events run. \return true if one of them chose the other way: its click has done what there was to
+    /// do
+    bool overtaken(const OptionButton& chosen) const;
     void markMeasuredStale(const char* cause);
     void selectDac(bool selected);
     void spiExchange(const SpiRow& row);

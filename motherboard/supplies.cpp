@@ -147,6 +147,29 @@ bool frmMotherboardDAQ2::followSupplyPins() {
     return moved;
 }
 
+std::optional<frmMotherboardDAQ2::SupplyPins> frmMotherboardDAQ2::toldSupplyPins() {
+    const Label& port = console().lblRdGPData[kPinVcc / 8];
+    const auto& worth = port.freshness();
+    if (!worth || worth->state != Freshness::State::Fresh)
+        return std::nullopt;
+    const auto bits = static_cast<unsigned>(hexToInt(port.caption()));
+    return SupplyPins{.vcc = (bits & (1U << (kPinVcc % 8))) != 0,
+                      .minus = (bits & (1U << (kPinMinus % 8))) != 0};
+}
+
+std::optional<frmMotherboardDAQ2::SupplyPins> frmMotherboardDAQ2::supplyPins() {
+    if (const auto told = toldSupplyPins())
+        return told;
+    console().cmdRdGPData_Click(kPinVcc / 8);
+    return toldSupplyPins();
+}
+
+void frmMotherboardDAQ2::takeSupplyPins(const SupplyPins& pins) {
+    setPin(kPinVcc, pins.vcc ? 1 : 0);
+    setPin(kPinMinus, pins.minus ? 1 : 0);
+    (void)followSupplyPins();
+}
+
 void frmMotherboardDAQ2::showSuppliesOn(SupplyPanel& panel) {
     const auto show = [](Lamp* lamp, const Lamp& source, OptionButton* option) {
         if (lamp != nullptr)
@@ -169,12 +192,19 @@ void frmMotherboardDAQ2::tellPanel(bool minus, int index) {
     showSuppliesOn(*panel);
 }
 
+bool frmMotherboardDAQ2::overtaken(const OptionButton& chosen) const {
+    const bool before = chosen.value(); // not so where the action is called by its name
+    events().letEventsRun();
+    return before && !chosen.value();
+}
+
 void frmMotherboardDAQ2::OptVCC_Click(int index) {
     OnScopeExit afterFault([this] { setButtonsEnabled(true); });
     cmdDisableButtons_Click();
     uses_.supply.TrackOn = ChkTrack.value() == 1;
     supplySwitched();
-    events().letEventsRun();
+    if (overtaken(OptVCC[index]))
+        return;
     if (index == 0) {
         ShpVCCon.setColour(Colour::LightRed);
         setPin(kPinVcc, 1);
@@ -198,9 +228,8 @@ void frmMotherboardDAQ2::OptVCC_Click(int index) {
     events().letEventsRun();
     cmdWrtPipe1_Click();
     SupplyPanel* panel = activeSupply();
-    const OptionButton* off = panel == nullptr ? nullptr : panel->vccOption(1);
-    // A panel that has switched it off goes on to the DAC, whose select takes VCC off.
-    if (index == 1 && chkPData[kPinVcc].checked() && (off == nullptr || !off->value()))
+    // A panel that switches goes on to the DAC, whose select takes VCC off.
+    if (index == 1 && chkPData[kPinVcc].checked() && (panel == nullptr || !panel->switchesVcc()))
         tellVccOn(*this);
     tellPanel(false, index);
     afterFault.dismiss();
@@ -214,7 +243,8 @@ void frmMotherboardDAQ2::OptVCCMinus_Click(int index) {
     OnScopeExit afterFault([this] { setButtonsEnabled(true); });
     cmdDisableButtons_Click();
     supplySwitched();
-    events().letEventsRun();
+    if (overtaken(OptVCCMinus[index]))
+        return;
     if (index == 0) {
         ShpVCCMinusOn.setColour(Colour::LightRed);
         chkPData[kPinMinus].setValue(1);

@@ -39,6 +39,7 @@ class DevicePanel : public Panel,
         lblVCCVolts.markStale("another board is in use, or this one came back with other supplies");
         supplyChanged();
     }
+    bool switchesVcc() override { return switching(); }
     CheckBox* trackBox() override { return &ChkTrack; }
     ComboBox* vccList() override { return &CboVCC; }
 

@@ -55,6 +55,7 @@ class frmScriptOps final : public Panel, public SupplyPanel, private ScriptField
     Lamp* minusLamp() override { return behind().minusLamp(); }
     OptionButton* vccOption(int index) override { return behind().vccOption(index); }
     OptionButton* minusOption(int index) override { return behind().minusOption(index); }
+    bool switchesVcc() override { return behind().switchesVcc(); }
     CheckBox* trackBox() override { return behind().trackBox(); }
     void suppliesMoved() override { behind().suppliesMoved(); }
 

@@ -62,23 +62,56 @@ SupplyBlock::SupplyBlock(Panel& panel, BenchServices& services) : PanelBlock(pan
 }
 
 void SupplyBlock::OptVCC_Click(int index) {
-    if (index == 0)
-        services_.motherboard.prepareBoard();
-    services_.motherboard.showSupplyState(index);
-    lblVCCVolts.markStale("VCC was switched since");
-    supplyChanged();
-    afterVccSwitch();
-    cmdUpdateVCC_Click();
+    asked_ = index;
+    {
+        ++switching_;
+        const OnScopeExit over([this] { --switching_; });
+        if (index == 0)
+            services_.motherboard.prepareBoard();
+        services_.motherboard.showSupplyState(index);
+        lblVCCVolts.markStale("VCC was switched since");
+        supplyChanged();
+        afterVccSwitch();
+        cmdUpdateVCC_Click();
+    }
+    if (switching_ == 0 && overtaken(index))
+        return;
     // The reply to the measurement is the one sign that the switch reached the board; one that was away and
     // came back under Retry answers too, without VCC.
     const std::string what = index == 0 ? "VCC on" : "VCC off";
     const std::string volts = "measured " + lblVCCVolts.caption() + " V";
-    if (lblVCCVolts.freshness()->state != Freshness::State::Fresh)
-        host().tell(false, what + " not confirmed", "the measurement got no reply", &lblVCCVolts);
+    if (const auto& worth = lblVCCVolts.freshness(); worth->state != Freshness::State::Fresh)
+        host().tell(false, what + " not confirmed",
+                    worth->failed ? "the measurement got no reply" : worth->cause, &lblVCCVolts);
     else if (!OptVCC[index].value())
         host().tell(false, what + " did not last", "the board has it the other way, " + volts, &lblVCCVolts);
     else
         host().tell(true, what, volts);
+}
+
+bool SupplyBlock::overtaken(int index) {
+    if (lblVCCVolts.freshness()->failed)
+        return false;
+    frmMotherboardDAQ2& board = services_.board();
+    auto& panel = dynamic_cast<SupplyPanel&>(host());
+    const auto pins = board.supplyPins();
+    if (!pins)
+        return false;
+    const int pin = pins->vcc ? 0 : 1;
+    const bool inside = asked_ != index;
+    const bool undisturbed = !inside && lblVCCVolts.freshness()->state == Freshness::State::Fresh;
+    if (undisturbed && asked_ == pin && board.OptVCC[pin].value() && OptVCC[pin].value())
+        return false;
+    board.takeSupplyPins(*pins);
+    board.showSuppliesOn(panel);
+    if (asked_ == pin || again_)
+        return inside && asked_ == pin;
+    if (asked_ == 0 && (!inside || services_.link.activePanel != &panel))
+        return false;
+    again_ = true;
+    const OnScopeExit over([this] { again_ = false; });
+    OptVCC[asked_].setValue(true);
+    return true;
 }
 
 void SupplyBlock::OptVM_Click(int index) {

@@ -37,6 +37,8 @@ class SupplyBlock : public PanelBlock {
 
   protected:
     SupplyBlock(Panel& panel, BenchServices& services);
+    /// VCC's switch is at work.
+    bool switching() const { return switching_ > 0; }
 
     /// Between the switch and the code that follows it. The pins that go with the part's supply are the
     /// panel's: what is a shutdown pin for one family is a direction for the other.
@@ -50,6 +52,11 @@ class SupplyBlock : public PanelBlock {
     void measure(Reading& volts);
 
   private:
+    /// What is shown follows VCC's pin, and the last click holds: one that ran inside this switch, while it
+    /// let events run, may have been undone by its writes; and without Track a write of the ports switches
+    /// VCC on behind its switch, which then would do nothing. \return true if the user has been told by
+    /// another switch
+    bool overtaken(int index);
     void showUserCode();
     /// \param row of the motherboard's channel list.
     void measureVcc(int row);
@@ -57,6 +64,9 @@ class SupplyBlock : public PanelBlock {
     BenchServices& services_;
     OptionGroup vccGroup_;
     OptionGroup minusGroup_;
+    int asked_ = 1;      ///< index of the last click
+    int switching_ = 0;  ///< depth: a click may come while one switches
+    bool again_ = false; ///< the last click is repeated
 };
 
 } // namespace vrk

@@ -102,7 +102,9 @@ void PinPanel::Run::tellEnd(const std::string& detail, const Reading& volts) con
         text = activity_.name() + " aborted";
     else
         good = read;
-    panel_.tell(good, text, detail + (read ? ", wiper " + volts.caption() + " V" : ", wiper not read"),
+    panel_.tell(good, text,
+                (edges_.whole() ? "" : "at most ") + detail +
+                    (read ? ", wiper " + volts.caption() + " V" : ", wiper not read"),
                 &pressed_);
 }
 

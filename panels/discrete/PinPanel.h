@@ -101,19 +101,14 @@ class PinPanel : public DevicePanel {
     /// Whether the board has taken every edge since: a report that it did not take ends in no dialog.
     class Edges {
       public:
-        explicit Edges(modHID& link)
-            : link_(link), retries_(link.retries()), watch_(link.observe([this] {
-                  refused_ = refused_ || link_.health() == modHID::Health::Gone;
-              })) {}
-        Edges(const Edges&) = delete;
-        Edges& operator=(const Edges&) = delete;
-        bool whole() const { return !refused_ && link_.retries() == retries_; }
+        explicit Edges(const modHID& link)
+            : link_(link), retries_(link.retries()), refusals_(link.refusals()) {}
+        bool whole() const { return link_.refusals() == refusals_ && link_.retries() == retries_; }
 
       private:
-        modHID& link_;
+        const modHID& link_;
         unsigned retries_;
-        bool refused_ = false; ///< the next report that is taken has the link well again
-        Subscription watch_;
+        unsigned refusals_;
     };
 
     /// An action that moves pins for a while: Esc and the band's Abort reach it, and it tells what it came

@@ -92,7 +92,7 @@ void frmVRK_SPI1::Form_Load() {
     numberChannels();
     loadChannels();
     fillSizes();
-    console().cboSPIclock_init();
+    listClocks();
     services().motherboard.initSupplyDefaults();
     lblUserVCC.setVisible(false);
     txtUserVCC.setVisible(false);
@@ -160,8 +160,14 @@ void frmVRK_SPI1::readClock() {
         return;
     // A handler that goes on behind Retry must find the console's last reply in the buffer.
     const hid::Report reply = link().reportBuffer;
-    console().cboSPIclock_init();
+    listClocks();
     link().reportBuffer = reply;
+}
+
+void frmVRK_SPI1::listClocks() {
+    do
+        console().cboSPIclock_init();
+    while (!console().replied() && link().attached());
 }
 
 void frmVRK_SPI1::cboSPIClock_Click() {

@@ -86,6 +86,8 @@ class frmVRK_SPI1 final : public WiperPanel, public InstructionEntry, public Ins
     void mirrorClocks();
     /// A board has been read whole: one that was away is back at its own clock.
     void readClock();
+    /// Until the board has said which: behind a lost reply stands what Retry's discovery has read last.
+    void listClocks();
     std::string tableRowFault(const ProductTable& table) const override;
     void takeTableRow(const ProductTable& table) override;
     void applyFamily();

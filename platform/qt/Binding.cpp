@@ -38,12 +38,14 @@ QString refusalOf(const Control& control) {
     if (control.reachable() && control.responsive())
         return {};
     const PanelContext& context = control.panel().context();
+    const Activity* running = context.activities.current();
+    const QString runs = running == nullptr ? QString() : QString::fromStdString(running->name()) + " runs";
     if (!control.panel().enabled())
-        return "this page waits for what lies over it";
+        return runs.isEmpty() ? "this page waits for what lies over it" : runs;
     if (!control.reachable())
         return "hidden for this part";
-    if (const Activity* running = context.activities.current())
-        return QString::fromStdString(running->name()) + " runs";
+    if (!runs.isEmpty())
+        return runs;
     if (context.events.depth() > 0)
         return "an action runs";
     return "not available now";

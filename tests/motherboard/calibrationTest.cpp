@@ -233,6 +233,11 @@ TEST_F(CalibrationTest, VccIsOffBehindEverySweepWhateverTrackSays) {
     EXPECT_TRUE(cal().sound());
     enter(cal().txtVrefCal, "3.2");
     EXPECT_EQ(cal().findings().at(3).text, "measured with a reference of 3.3 V, but VREF Voltage is 3.2");
+    cal().txtVrefCal.userFocus();
+    enter(cal().txtVrefCal, "-3.3"); // taken as it is
+    cal().txtVrefCal.userLeave();
+    EXPECT_EQ(number("ADRef"), -3.3);
+    EXPECT_EQ(result(), "VREF Voltage is not above 0");
 }
 
 TEST_F(CalibrationTest, LostLinkOtherPanelsAndBadBytesLeaveNothingBehind) {
@@ -244,6 +249,16 @@ TEST_F(CalibrationTest, LostLinkOtherPanelsAndBadBytesLeaveNothingBehind) {
     EXPECT_EQ(boxes().size(), 1U);
     expectEnded("Completed", "111110", false);
     EXPECT_TRUE(cal().sound());
+    // The DAC's select is not taken, of which no box tells: it would be the code before that is measured.
+    const Subscription watch = cal().observeRuns([this](FrmVCCCal::Change change) {
+        if (change == FrmVCCCal::Change::Measured && cal().lastRun().points.size() == 20)
+            fault(sim::FaultKind::WriteFails, 1, static_cast<int>(report::Command::GpioValue));
+    });
+    cal().cmdDoVCC_Cal.userClick();
+    const auto& points = cal().lastRun().points;
+    ASSERT_EQ(points.size(), 128U);
+    EXPECT_TRUE(points[20].read);
+    EXPECT_GT(points[20].volts, points[19].volts);
     // The board comes back without power: nothing that was measured then counts.
     at(900, [this] { bus.unplug(0); });
     answer(Choice::Retry, [this] { bus.plug(0); });

@@ -113,6 +113,12 @@ TEST_F(SuppliesTest, WithoutTrackSwitchingVccOffLeavesItsBitInTheImage) {
     EXPECT_EQ(i2c().lblVCCVolts.freshness()->state, Freshness::State::Stale);
     i2c().OptVM[1].userClick();
     i2c().OptVM[0].userClick();
+    i2c().ChkTrack.userClick(); // switches VCC by what its options show, and V- with it
+    EXPECT_EQ(told(), "VCC off");
+    EXPECT_EQ(bus.state().vminus, 0);
+    i2c().ChkTrack.userClick();
+    i2c().OptVM[0].userClick();
+    EXPECT_EQ(bus.state().vcc, 0);
     i2c().ChkTrack.userClick();
     EXPECT_EQ(told(), "V- is still on");
     i2c().cmdMMenu.userClick();

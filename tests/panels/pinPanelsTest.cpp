@@ -241,6 +241,7 @@ TEST_F(PinPanels, NothingIsLeftBehindByARunThatEndsEarly) {
     at(1000, [this] { fault(sim::FaultKind::WriteFails, 1, 18); });
     click(p.cmdIncr[0]);
     EXPECT_THAT(bench.context().results.kept().back().text, ::testing::HasSubstr("edges may be missing"));
+    EXPECT_THAT(bench.context().results.kept().back().detail, ::testing::StartsWith("at most 50 edges"));
     // An entry beyond all bounds is told before a pin moves.
     p.txtIncr[0].setText("99999999999");
     (void)p.ChOut[0].userClick();
@@ -284,6 +285,16 @@ TEST_F(PinPanels, NothingIsLeftBehindByARunThatEndsEarly) {
     for (const int bit : {0, 1, 2, 4})
         EXPECT_EQ(board().chkPData[p.pins()[static_cast<std::size_t>(bit)].pin].value(),
                   p.ChOut[bit].value());
+}
+
+TEST_F(PinPanels, ABoardThatIsGoneTakesNoEdgeHoweverOftenItIsTold) {
+    frmVRK_PB1& panel = open(buttons, "PB64");
+    bus.unplug(0);
+    for (int times = 0; times < 2; ++times) {
+        click(panel.cmdSequence[2]);
+        EXPECT_FALSE(bench.context().results.kept().back().good);
+        EXPECT_EQ(bench.context().results.kept().back().detail, "edges may be missing");
+    }
 }
 
 TEST_F(PinPanels, NoSupplyActionMovesTheDirectionPin) {

@@ -106,6 +106,20 @@ TEST_F(SpiPanelTest, LoadSetsThePanelAndTheBoardUp) {
     EXPECT_EQ(spi().cboSPIClock.listIndex(), row - 1); // the board is back at its own
 }
 
+TEST_F(SpiPanelTest, AListOfClocksThatIsLostIsReadAgain) {
+    loadConsoles();
+    fault(sim::FaultKind::NoReply, 2, static_cast<int>(Command::SpiClock));
+    answer(Choice::Retry);
+    answer(Choice::Retry);
+    (void)startup().cboVRKSelect.userSelect(frmStartup::kSPI);
+    EXPECT_EQ(boxes().size(), 2U);
+    // What Retry's discovery has read last is no list of clocks.
+    const auto clocks = spi().cboSPIClock.rows();
+    EXPECT_GE(spi().cboSPIClock.listIndex(), 0);
+    console().cboSPIclock_init();
+    EXPECT_EQ(console().cboSPIClock.rows(), clocks);
+}
+
 TEST_F(SpiPanelTest, EachPartWorksByItsOwnFramesChosenFromMenuOrTable) {
     openSpi();
     const struct {

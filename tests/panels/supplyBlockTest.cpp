@@ -53,6 +53,45 @@ TEST_F(SupplyBlockTest, TrackedSuppliesComeUpOffAndSwitchInOneWrite) {
     EXPECT_EQ(i2c().lblVCCVolts.caption(), "0.000");
 }
 
+TEST_F(SupplyBlockTest, TheLastClickHoldsWhereverInTheSwitchItComes) {
+    openI2c(false);
+    for (const bool track : {true, false}) {
+        if (i2c().ChkTrack.checked() != track)
+            (void)i2c().ChkTrack.userClick();
+        for (const bool console : {false, true})
+            for (int ms = 0; ms <= 400; ms += 10)
+                for (const int last : {1, 0}) {
+                    if (console && !track)
+                        continue; // its switch leaves VCC on, and says so
+                    SCOPED_TRACE(std::to_string(track) + std::to_string(console) + std::to_string(last) +
+                                 " at " + std::to_string(ms) + " ms");
+                    auto& inside = console ? board().OptVCC : i2c().OptVCC;
+                    at(ms, [&inside, last] { (void)inside[last].userClick(); });
+                    (void)i2c().OptVCC[1 - last].userClick();
+                    clock.sleep(Milliseconds{1000});
+                    pump();
+                    EXPECT_EQ(bus.state().vcc > 1, i2c().OptVCC[0].value());
+                    EXPECT_EQ(bus.state().vminus < -1, i2c().OptVM[0].value());
+                    EXPECT_EQ(board().OptVCC[0].value(), i2c().OptVCC[0].value());
+                    EXPECT_EQ(i2c().ShpVCCon.colour() == Colour::LightRed, i2c().OptVCC[0].value());
+                    if (!console) {
+                        EXPECT_TRUE(i2c().OptVCC[last].value());
+                        EXPECT_THAT(bench.context().results.kept().back().text,
+                                    last == 0 ? "VCC on" : "VCC off");
+                    }
+                }
+    }
+    // Without Track every write of the ports has VCC on again behind its switch. It must not stay on for
+    // good.
+    (void)i2c().OptVCC[0].userClick();
+    (void)i2c().OptVCC[1].userClick();
+    for (const int minus : {1, 0})
+        (void)i2c().OptVM[minus].userClick();
+    EXPECT_GT(bus.state().vcc, 1);
+    (void)i2c().cmdMMenu.userClick();
+    EXPECT_EQ(bus.state().vcc, 0);
+}
+
 TEST_F(SupplyBlockTest, WithoutTrackingTheSuppliesAreSeparate) {
     openI2c(false);
     i2c().ChkTrack.userClick();

@@ -1,4 +1,5 @@
 #include "tests/windows/WindowTest.h"
+#include "views/pages.h"
 
 #include <QLabel>
 #include <QLineEdit>
@@ -125,6 +126,9 @@ TEST_F(InstructionPageTest, ByteIsPutTogetherBeforeItIsSent) {
     EXPECT_FALSE(widget(kPage, "cmdIncrWip(2)").visibleRegion().isEmpty());
     EXPECT_EQ(workspace.focusWidget(), &widget(kPage, "cmdIncrWip(0)"));
     EXPECT_FALSE(widget("frmVRK_User1", "cmdMMenu").isEnabled());
+    workspace.open(*findPageRow("frmVRK_UD1")); // refused, with a word
+    EXPECT_EQ(workspace.front(), &page(kPage));
+    EXPECT_EQ(bench.context().results.kept().back().detail, "Increments of pot 3 runs");
     click(kPage, "cmdIncrWip(0)");
     QTest::keyClick(&workspace, Qt::Key_Escape);
     QTest::qWait(1);

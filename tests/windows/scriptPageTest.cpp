@@ -1,5 +1,6 @@
 #include "apps/vrkbench/BreakpointSettings.h"
 #include "platform/files/files.h"
+#include "platform/qt/theme.h"
 #include "tests/windows/WindowTest.h"
 #include "views/pages.h"
 #include "views/pages/scriptRows.h"
@@ -123,6 +124,21 @@ TEST_F(ScriptPageTest, AClickOnARowRunsItTheGutterAndTheVerdictDoNot) {
     settle();
     EXPECT_EQ(verdicts(), "|passed|failed||");
     EXPECT_EQ(reports, 4);
+}
+
+TEST_F(ScriptPageTest, ACellThatABadTransferTurnedRedIsNotShownSoOnceItsRowRanWell) {
+    load("02,C0,\n00,11,11\n00,22,23\n`ENDM");
+    press(Qt::Key_F8);
+    const auto red = [this](int row) {
+        constexpr int kWrite = static_cast<int>(ScriptColumn::Write);
+        panel().vbalGrid1.setCellColour(row, kWrite, Colour::PureRed);
+        const QRect place = table().visualRect(table().model()->index(row - 1, kWrite));
+        const QImage cell = table().viewport()->grab(place).toImage();
+        return cell.pixelColor(2, cell.height() / 2) == qt::colours().failureGround;
+    };
+    EXPECT_EQ(verdicts(), "ran|passed|failed||");
+    EXPECT_FALSE(red(2));
+    EXPECT_TRUE(red(3));
 }
 
 TEST_F(ScriptPageTest, KeysRunStepAndAbortAndAnyPanelWorksMeanwhile) {

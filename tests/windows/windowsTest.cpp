@@ -168,6 +168,14 @@ TEST_F(I2cWindowTest, PaletteFindsRefusesAndRuns) {
     EXPECT_EQ(workspace.front(), &page("frmMotherboardDAQ2"));
     (void)bench.frmMotherboardDAQ2.userClose(); // hides it, and the page before comes back
     EXPECT_EQ(workspace.front(), &page(kI2c));
+    // A button that no control of the panel stands behind.
+    QTest::qWait(1); // the palette of before goes when events run
+    QTest::keyClick(&workspace, Qt::Key_K, Qt::ControlModifier);
+    filter = workspace.findChild<QWidget*>("palette.filter");
+    ASSERT_NE(filter, nullptr);
+    QTest::keyClicks(filter, "Sweep");
+    QTest::keyClick(filter, Qt::Key_Return);
+    EXPECT_TRUE(widget(kI2c, "sweepFrom").hasFocus());
 }
 
 TEST_F(I2cWindowTest, KeysReadWriteAndShowTheirList) {

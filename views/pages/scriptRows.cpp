@@ -238,7 +238,10 @@ class StepDelegate final : public QStyledItemDelegate {
         const frmScriptOps& panel = *model_.panel();
         const auto place = static_cast<ScriptColumn>(column);
         const Colour colour = panel.vbalGrid1.cellColour(row, column);
-        const bool failed = colour == Colour::PureRed && place != ScriptColumn::Address;
+        // A write or expected cell that a bad transfer turned red is never cleared; the latest run counts.
+        const RowResult* latest = panel.latest(row);
+        const bool mended = latest != nullptr && !bad(latest) && place != ScriptColumn::Actual;
+        const bool failed = colour == Colour::PureRed && place != ScriptColumn::Address && !mended;
         if (failed)
             painter.fillRect(option.rect, colours().failureGround);
         else if (place == ScriptColumn::Actual && colour == Colour::PureGreen)
@@ -254,7 +257,7 @@ class StepDelegate final : public QStyledItemDelegate {
         QFont font = value ? valueFont() : textFont(1.0);
         font.setBold(failed);
         painter.setFont(font);
-        const bool waits = !panel.results().passes.empty() && panel.latest(row) == nullptr;
+        const bool waits = !panel.results().passes.empty() && latest == nullptr;
         painter.setPen(failed  ? colours().failure
                        : waits ? option.palette.color(QPalette::PlaceholderText)
                                : option.palette.color(QPalette::Text));

@@ -155,6 +155,8 @@ class PageUi final : public QObject {
     void takeFocus();
     void keepFocus();
     void disable(bool disabled);
+    /// The tops of all that the page consists of, wherever in the window they stand.
+    std::vector<QWidget*> roots() const;
     /// Content's least size, for what gives way where room is short.
     QSize leastSize() const;
     void showLink(const LinkWords& words);
@@ -168,7 +170,6 @@ class PageUi final : public QObject {
 
   private:
     void makeHead();
-    std::vector<QWidget*> roots() const;
     void keepKeyboardInSight(const std::optional<QRect>& seen) const;
 
     ViewContext context_;

@@ -1,5 +1,6 @@
 #include "views/workspace/Workspace.h"
 
+#include "platform/qt/Binding.h"
 #include "platform/qt/layout.h"
 #include "platform/qt/theme.h"
 #include "shell/Bench.h"
@@ -257,8 +258,12 @@ void Workspace::openDevice(const PageRow& row, PanelSlotBase&) {
         const PanelSlotBase* slot = panel == nullptr ? nullptr : bench.findPanel(panel->name());
         if (slot == nullptr || !slot->visible())
             return true;
+        if (const QString why = refusalOf(*button); !why.isEmpty()) {
+            panel->tell(false, panel->title() + " cannot be left now", why.toStdString());
+            return false;
+        }
         (void)button->userClick();
-        return !slot->visible(); // else refused, or the user has cancelled
+        return !slot->visible(); // else the user has cancelled
     };
     DevicePanel* device = bench.devicePanel();
     FrmVCCCal* calibration = bench.FrmVCCCal.loadedPanel();

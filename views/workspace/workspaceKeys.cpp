@@ -22,12 +22,15 @@
 #include <QDialog>
 #include <QDialogButtonBox>
 #include <QLabel>
+#include <QPointer>
+#include <QPushButton>
 #include <QScrollArea>
 #include <QScrollBar>
 #include <QTextBrowser>
 #include <QTimer>
 
 #include <algorithm>
+#include <set>
 #include <utility>
 
 namespace vrk {
@@ -73,6 +76,24 @@ QString wordsOf(const Control& control, const QObject& target) {
     if (control.index() != kNoIndex)
         words += QString("  ·  %1").arg(control.index());
     return words;
+}
+
+QString wordsOf(const QPushButton& own) {
+    return own.accessibleName().isEmpty() ? own.text().remove('&') : own.accessibleName();
+}
+
+/// What a page in sight has beside its panel's controls: "Sweep…". A mere sign is no action to look for.
+std::vector<QPushButton*> ownButtons(PageUi& page) {
+    std::set<const QObject*> bound;
+    for (const Binding* binding : page.ui().bindings())
+        bound.insert(&binding->target());
+    std::vector<QPushButton*> own;
+    for (const QWidget* root : page.roots())
+        for (QPushButton* button : root->findChildren<QPushButton*>())
+            if (!bound.contains(button) && button->isVisible() && button->text().size() > 2 &&
+                std::find(own.begin(), own.end(), button) == own.end())
+                own.push_back(button);
+    return own;
 }
 
 } // namespace
@@ -159,8 +180,14 @@ void Workspace::showPalette() {
     std::vector<ChoicePopup::Choice> choices;
     PageUi* page = inUse();
     if (page != nullptr) {
-        for (const PageKey& key : page->keys())
-            choices.push_back({key.what, keyText(key.key), {}, key.act, false});
+        for (const PageKey& key : page->keys()) {
+            const auto twin = std::find_if(choices.begin(), choices.end(),
+                                           [&key](const auto& choice) { return choice.text == key.what; });
+            if (twin != choices.end())
+                twin->key += ", " + keyText(key.key);
+            else
+                choices.push_back({key.what, keyText(key.key), {}, key.act, false});
+        }
     }
     // The band's switch, which works on the last device panel whatever page is in front.
     if (const BandSource* band = band_->page() == nullptr ? nullptr : band_->page()->band())
@@ -184,6 +211,14 @@ void Workspace::showPalette() {
                                    [entry = static_cast<MenuEntry*>(control)] { (void)entry->userClick(); },
                                    false});
         }
+        for (QPushButton* own : ownButtons(*page))
+            choices.push_back({wordsOf(*own), mnemonicOf(*own),
+                               own->isEnabled() ? QString() : "not available now",
+                               [button = QPointer(own)] {
+                                   if (button != nullptr)
+                                       button->click();
+                               },
+                               false});
     }
     for (const PageRow& row : pageRows())
         if (row.place == PagePlace::Page)

@@ -129,6 +129,11 @@ TEST_F(InstructionPageTest, ByteIsPutTogetherBeforeItIsSent) {
     workspace.open(*findPageRow("frmVRK_UD1")); // refused, with a word
     EXPECT_EQ(workspace.front(), &page(kPage));
     EXPECT_EQ(bench.context().results.kept().back().detail, "Increments of pot 3 runs");
+    // Away and back, the keyboard is on the page.
+    (void)bench.frm_q4410.userClose();
+    workspace.open(*findPageRow(kPage));
+    settle();
+    EXPECT_TRUE(page(kPage).holds(*workspace.focusWidget()));
     click(kPage, "cmdIncrWip(0)");
     QTest::keyClick(&workspace, Qt::Key_Escape);
     QTest::qWait(1);

@@ -169,13 +169,13 @@ TEST_F(I2cWindowTest, PaletteFindsRefusesAndRuns) {
     (void)bench.frmMotherboardDAQ2.userClose(); // hides it, and the page before comes back
     EXPECT_EQ(workspace.front(), &page(kI2c));
     // A button that no control of the panel stands behind.
-    QTest::qWait(1); // the palette of before goes when events run
+    workspace.activateWindow(); // the palette of before had the keyboard
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&workspace));
     QTest::keyClick(&workspace, Qt::Key_K, Qt::ControlModifier);
-    filter = workspace.findChild<QWidget*>("palette.filter");
-    ASSERT_NE(filter, nullptr);
+    filter = workspace.findChildren<QWidget*>("palette.filter").back();
     QTest::keyClicks(filter, "Sweep");
     QTest::keyClick(filter, Qt::Key_Return);
-    EXPECT_TRUE(widget(kI2c, "sweepFrom").hasFocus());
+    EXPECT_EQ(workspace.focusWidget(), &widget(kI2c, "sweepFrom"));
 }
 
 TEST_F(I2cWindowTest, KeysReadWriteAndShowTheirList) {

@@ -218,8 +218,23 @@ void PageUi::takeFocus() {
     // Another part may have fewer channels than the one that was left.
     if (lastFocus_ == nullptr || !lastFocus_->isVisibleTo(lastFocus_->window()))
         lastFocus_ = firstFocus_;
-    if (lastFocus_ != nullptr)
-        giveKeyboard(*lastFocus_);
+    if (lastFocus_ == nullptr)
+        return;
+    giveKeyboard(*lastFocus_);
+    // It comes there when what runs is over. Until then it is not left to whatever stands first in the
+    // window.
+    if (!lastFocus_->isEnabled() && panel().context().activities.current() != nullptr)
+        focusSomeEntry();
+}
+
+/// Of the content: what can be used while something runs.
+void PageUi::focusSomeEntry() const {
+    for (QWidget* at = content_->nextInFocusChain(); at != content_; at = at->nextInFocusChain())
+        if (content_->isAncestorOf(at) && at->isEnabled() && at->isVisible() &&
+            (at->focusPolicy() & Qt::TabFocus) != 0) {
+            at->setFocus(Qt::OtherFocusReason);
+            return;
+        }
 }
 
 void PageUi::keepFocus() {

@@ -170,6 +170,7 @@ class PageUi final : public QObject {
 
   private:
     void makeHead();
+    void focusSomeEntry() const;
     void keepKeyboardInSight(const std::optional<QRect>& seen) const;
 
     ViewContext context_;

@@ -114,14 +114,14 @@ void frmMotherboardDAQ2::cmdSample_Click() {
         cmdEndSampling.setEnabled(false);
         setButtonsEnabled(true);
     });
-    // Before any event may close the console: its loop would go on without a button to end it.
+    // Before any event may close the console, or ask for the end: the loop has no other.
     uses_.analog.EndSampling = 0;
-    cmdDisableButtons_Click();
-    cmdSample.setEnabled(false);
-    shpSample.setVisible(true);
     cmdEndSampling.setEnabled(true);
     const Activity activity(context().activities, cmdSample.caption(),
                             [this] { uses_.analog.EndSampling = -1; });
+    cmdDisableButtons_Click();
+    cmdSample.setEnabled(false);
+    shpSample.setVisible(true);
     while (uses_.analog.EndSampling != -1) {
         context().clock().sleep(kSampleWait);
         events().letEventsRun();

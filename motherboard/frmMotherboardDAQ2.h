@@ -195,9 +195,6 @@ class frmMotherboardDAQ2 final : public Panel {
     void supplySwitched();
     /// The same as long as nothing has been written to their port since.
     std::optional<SupplyPins> toldSupplyPins();
-    /// Lets events run. \return true if one of them chose the other way: its click has done what there was to
-    /// do
-    bool overtaken(const OptionButton& chosen) const;
     void markMeasuredStale(const char* cause);
     void selectDac(bool selected);
     void spiExchange(const SpiRow& row);

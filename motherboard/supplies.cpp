@@ -192,18 +192,28 @@ void frmMotherboardDAQ2::tellPanel(bool minus, int index) {
     showSuppliesOn(*panel);
 }
 
-bool frmMotherboardDAQ2::overtaken(const OptionButton& chosen) const {
-    const bool before = chosen.value(); // not so where the action is called by its name
-    events().letEventsRun();
-    return before && !chosen.value();
-}
+namespace {
+/// Of a switch that lets events run: whether one of them chose the other way. Its click has done then what
+/// there was to do.
+class Overtaken {
+  public:
+    explicit Overtaken(const OptionButton& chosen) : chosen_(chosen), byOption_(chosen.value()) {}
+    bool operator()() const { return byOption_ && !chosen_.value(); }
+
+  private:
+    const OptionButton& chosen_;
+    bool byOption_; ///< not so where the action is called by its name
+};
+} // namespace
 
 void frmMotherboardDAQ2::OptVCC_Click(int index) {
+    const Overtaken overtaken(OptVCC[index]);
     OnScopeExit afterFault([this] { setButtonsEnabled(true); });
     cmdDisableButtons_Click();
     uses_.supply.TrackOn = ChkTrack.value() == 1;
     supplySwitched();
-    if (overtaken(OptVCC[index]))
+    events().letEventsRun();
+    if (overtaken())
         return;
     if (index == 0) {
         ShpVCCon.setColour(Colour::LightRed);
@@ -240,10 +250,12 @@ void frmMotherboardDAQ2::OptVCC_Click(int index) {
 void frmMotherboardDAQ2::OptVCCMinus_Click(int index) {
     if (uses_.supply.TrackOn)
         return;
+    const Overtaken overtaken(OptVCCMinus[index]);
     OnScopeExit afterFault([this] { setButtonsEnabled(true); });
     cmdDisableButtons_Click();
     supplySwitched();
-    if (overtaken(OptVCCMinus[index]))
+    events().letEventsRun();
+    if (overtaken())
         return;
     if (index == 0) {
         ShpVCCMinusOn.setColour(Colour::LightRed);

@@ -104,6 +104,8 @@ TEST_F(AnalogTest, SamplingLoopRunsUntilItIsStopped) {
         EXPECT_TRUE(bench.context().activities.abort()); // as Esc and the band's Abort do
     });
     board().cmdSample.userClick();
+    at(0, [this] { board().cmdEndSampling.userClick(); }); // before the first turn
+    board().cmdSample.userClick();
     // The console closes under its loop, or before its first turn: the loop ends.
     for (const int closed : {250, 0}) {
         loadConsoles();

@@ -126,6 +126,20 @@ TEST_F(SuppliesTest, WithoutTrackSwitchingVccOffLeavesItsBitInTheImage) {
     EXPECT_EQ(bus.state().vminus, 0);
 }
 
+TEST_F(SuppliesTest, TheLastClickOnTheConsolesSwitchHolds) {
+    loadConsoles();
+    for (int ms = 0; ms <= 60; ms += 2)
+        for (const int last : {1, 0}) {
+            at(ms, [this, last] { board().OptVCC[last].userClick(); });
+            board().OptVCC[1 - last].userClick();
+            clock.sleep(Milliseconds{500});
+            pump();
+            EXPECT_TRUE(board().OptVCC[last].value()) << ms;
+            EXPECT_EQ(bus.state().vcc > 1, last == 0) << ms;
+            EXPECT_EQ(bus.state().vminus < -1, board().OptVCCMinus[0].value()) << ms;
+        }
+}
+
 TEST_F(SuppliesTest, LampsAndOptionsFollowABoardThatComesBack) {
     bus.setBoards(2);
     openI2c();

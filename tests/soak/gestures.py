@@ -118,5 +118,6 @@ def ending(at):
     for turn in range(12):
         steps += [(at + 7000 + 1500 * turn, request("click", path=path)) for path in ABORTS]
         steps.append((at + 7000 + 1500 * turn, request("close", panel="ProductExec")))
-    # A discovery that kept losing replies may have held a table back beyond all of these.
+    # A discovery that kept losing replies may have held a table or a loop back beyond all of these.
+    steps += [(at + 600_000, request("click", path=path)) for path in ABORTS]
     return steps + [(at + 600_000, request("close", panel="ProductExec"))]

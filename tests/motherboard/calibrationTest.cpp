@@ -252,7 +252,7 @@ TEST_F(CalibrationTest, LostLinkOtherPanelsAndBadBytesLeaveNothingBehind) {
     // The DAC's select is not taken, of which no box tells: it would be the code before that is measured.
     const Subscription watch = cal().observeRuns([this](FrmVCCCal::Change change) {
         if (change == FrmVCCCal::Change::Measured && cal().lastRun().points.size() == 20)
-            fault(sim::FaultKind::WriteFails, 1, static_cast<int>(report::Command::GpioValue));
+            fault(sim::FaultKind::WriteFails, 1, static_cast<int>(report::Command::SfrAccess));
     });
     cal().cmdDoVCC_Cal.userClick();
     const auto& points = cal().lastRun().points;

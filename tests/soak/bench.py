@@ -34,7 +34,7 @@ class Bench:
                       "UBSAN_OPTIONS": "print_stacktrace=1:halt_on_error=1",
                       "LSAN_OPTIONS": f"suppressions={ROOT}/tests/leaks.supp:print_suppressions=0"}
         places = {name: str(folder) for name in ("HOME", "XDG_DATA_HOME", "XDG_CONFIG_HOME")}
-        self.rpc = Rpc(f"--simulate={part}", "--virtual-time", cwd=folder, stderr=self.stderr,
+        self.rpc = Rpc(f"--simulate={part}", "--virtual-time", "--folder", str(folder), cwd=folder, stderr=self.stderr,
                        env={**os.environ, **sanitizers, **places})
         self.pid = self.rpc.process.pid
         self.done = 0  # requests of `at` that have been answered

@@ -110,6 +110,7 @@ class Oracles:
         self.bench("show", panel="frmMotherboardDAQ2")
         self.bench("click", path="frmMotherboardDAQ2.cmdSetMode")  # nothing else grounds the converter's other input
         self.bench("set", path="ADRef", value=3.3)  # one that was typed holds for good
+        (self.bench.folder / "VRK_Cal_Data.txt").unlink(missing_ok=True)  # and one that was saved for every panel
         part = PARTS[name]
         for entry in ("frmVRK_User1.mnu_KV4071", "frmVRK_SPI1.mnuKV4180"):  # whatever part was chosen before
             self.bench("click", path=entry)

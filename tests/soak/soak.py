@@ -46,6 +46,10 @@ class Soak:
         give_files(folder)
         self.bench = Bench(folder)
         self.steps = []  # what a replay does again
+        self.oracles = None
+
+    def begin(self):
+        """\\throws Finding: a fresh program may be wrong already"""
         self.oracles = Oracles(self.bench)
 
     def step(self, kind, **what):
@@ -112,6 +116,7 @@ def one_bench(seed, bursts, until, findings):
 
         def act():
             nonlocal done
+            soak.begin()
             for number in range(bursts):
                 if time.monotonic() > until:
                     return
@@ -136,7 +141,7 @@ def replay(path):
     with tempfile.TemporaryDirectory(prefix="soak") as folder:
         soak = Soak(Path(folder))
         try:
-            live(soak, lambda: [soak.do(step) for step in steps])
+            live(soak, lambda: [soak.begin(), *(soak.do(step) for step in steps)])
         except Finding as finding:
             print(f"FINDING: {finding}")
             return 1

@@ -34,6 +34,7 @@ class OraclesTest(unittest.TestCase):
 
     def test_what_was_left_behind_is_found(self):
         soak = Soak(self.folder)
+        soak.begin()
         self.addCleanup(soak.bench.kill)
         calm = soak.oracles.calm
         cases = [("KV4071", ("set", {**READ_BUTTON, "value": False}), "left disabled: frmVRK_User1.cmdI2Read(2)",

@@ -169,9 +169,11 @@ void frmMotherboardDAQ2::cmdWrtPipe1_Click() {
     afterFault.dismiss();
     if (switchesOn) {
         supplySwitched();
-        if (SupplyPanel* panel = activeSupply())
+        SupplyPanel* panel = activeSupply();
+        if (panel != nullptr)
             panel->suppliesMoved();
-        tellVccOn(*this);
+        if (panel == nullptr || !panel->switchesVcc()) // which takes it off again with the DAC's select
+            tellVccOn(*this);
     }
     events().letEventsRun();
 }

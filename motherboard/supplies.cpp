@@ -193,8 +193,8 @@ void frmMotherboardDAQ2::tellPanel(bool minus, int index) {
 }
 
 namespace {
-/// Of a switch that lets events run: whether one of them chose the other way. Its click has done then what
-/// there was to do.
+/// Of a switch that lets events run: whether one of them chose the other way. As long as nothing was set yet,
+/// its click has done what there was to do.
 class Overtaken {
   public:
     explicit Overtaken(const OptionButton& chosen) : chosen_(chosen), byOption_(chosen.value()) {}
@@ -239,7 +239,8 @@ void frmMotherboardDAQ2::OptVCC_Click(int index) {
     cmdWrtPipe1_Click();
     SupplyPanel* panel = activeSupply();
     // A panel that switches goes on to the DAC, whose select takes VCC off.
-    if (index == 1 && chkPData[kPinVcc].checked() && (panel == nullptr || !panel->switchesVcc()))
+    if (index == 1 && !overtaken() && chkPData[kPinVcc].checked() &&
+        (panel == nullptr || !panel->switchesVcc()))
         tellVccOn(*this);
     tellPanel(false, index);
     afterFault.dismiss();

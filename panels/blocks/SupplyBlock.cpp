@@ -63,6 +63,7 @@ SupplyBlock::SupplyBlock(Panel& panel, BenchServices& services) : PanelBlock(pan
 
 void SupplyBlock::OptVCC_Click(int index) {
     asked_ = index;
+    disturbed_ = switching_ > 0;
     {
         ++switching_;
         const OnScopeExit over([this] { --switching_; });
@@ -74,39 +75,38 @@ void SupplyBlock::OptVCC_Click(int index) {
         afterVccSwitch();
         cmdUpdateVCC_Click();
     }
-    if (switching_ == 0 && overtaken(index))
-        return;
+    if (switching_ > 0 || repeated())
+        return; // the outermost tells, or the one that was repeated
     // The reply to the measurement is the one sign that the switch reached the board; one that was away and
     // came back under Retry answers too, without VCC.
-    const std::string what = index == 0 ? "VCC on" : "VCC off";
+    const std::string what = asked_ == 0 ? "VCC on" : "VCC off";
     const std::string volts = "measured " + lblVCCVolts.caption() + " V";
     if (const auto& worth = lblVCCVolts.freshness(); worth->state != Freshness::State::Fresh)
         host().tell(false, what + " not confirmed",
                     worth->failed ? "the measurement got no reply" : worth->cause, &lblVCCVolts);
-    else if (!OptVCC[index].value())
+    else if (!OptVCC[asked_].value())
         host().tell(false, what + " did not last", "the board has it the other way, " + volts, &lblVCCVolts);
     else
         host().tell(true, what, volts);
 }
 
-bool SupplyBlock::overtaken(int index) {
-    if (lblVCCVolts.freshness()->failed)
-        return false;
+bool SupplyBlock::repeated() {
     frmMotherboardDAQ2& board = services_.board();
-    auto& panel = dynamic_cast<SupplyPanel&>(host());
+    auto* active = dynamic_cast<SupplyPanel*>(services_.link.activePanel);
+    // Another panel has the supplies meanwhile, or nobody knows how they are.
+    if (active == nullptr || active->vccOption(0) != &OptVCC[0] || lblVCCVolts.freshness()->failed)
+        return false;
     const auto pins = board.supplyPins();
     if (!pins)
         return false;
     const int pin = pins->vcc ? 0 : 1;
-    const bool inside = asked_ != index;
-    const bool undisturbed = !inside && lblVCCVolts.freshness()->state == Freshness::State::Fresh;
-    if (undisturbed && asked_ == pin && board.OptVCC[pin].value() && OptVCC[pin].value())
+    const bool fresh = lblVCCVolts.freshness()->state == Freshness::State::Fresh;
+    if (!disturbed_ && fresh && asked_ == pin && board.OptVCC[pin].value() && OptVCC[pin].value())
         return false;
     board.takeSupplyPins(*pins);
-    board.showSuppliesOn(panel);
-    if (asked_ == pin || again_)
-        return inside && asked_ == pin;
-    if (asked_ == 0 && (!inside || services_.link.activePanel != &panel))
+    board.showSuppliesOn(*active);
+    // A board that came back without VCC stays so until the user switches it on.
+    if (asked_ == pin || again_ || (asked_ == 0 && !disturbed_))
         return false;
     again_ = true;
     const OnScopeExit over([this] { again_ = false; });

@@ -54,9 +54,9 @@ class SupplyBlock : public PanelBlock {
   private:
     /// What is shown follows VCC's pin, and the last click holds: one that ran inside this switch, while it
     /// let events run, may have been undone by its writes; and without Track a write of the ports switches
-    /// VCC on behind its switch, which then would do nothing. \return true if the user has been told by
-    /// another switch
-    bool overtaken(int index);
+    /// VCC on behind its switch, which then would do nothing. \return true if the last click had to be
+    /// repeated; it has told then
+    bool repeated();
     void showUserCode();
     /// \param row of the motherboard's channel list.
     void measureVcc(int row);
@@ -64,9 +64,10 @@ class SupplyBlock : public PanelBlock {
     BenchServices& services_;
     OptionGroup vccGroup_;
     OptionGroup minusGroup_;
-    int asked_ = 1;      ///< index of the last click
-    int switching_ = 0;  ///< depth: a click may come while one switches
-    bool again_ = false; ///< the last click is repeated
+    int asked_ = 1;          ///< index of the last click
+    int switching_ = 0;      ///< depth: a click may come while one switches
+    bool disturbed_ = false; ///< one came inside another
+    bool again_ = false;     ///< the last click is repeated
 };
 
 } // namespace vrk

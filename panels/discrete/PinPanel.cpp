@@ -90,20 +90,20 @@ PinPanel::Run::Run(PinPanel& panel, const Button& pressed, const std::string& na
       edges_(panel.link()),
       activity_(panel.context().activities, name, [&panel] { panel.state_.IncrAbort = true; }) {}
 
-void PinPanel::Run::tellEnd(const std::string& detail, const Reading& volts) const {
+void PinPanel::Run::tellEnd(const std::string& detail, bool whole, const Reading& volts) const {
     const bool read = volts.freshness()->state == Freshness::State::Fresh;
     std::string text = activity_.name() + " done";
     bool good = false;
     if (!panel_.services().vccOn())
         text = activity_.name() + " stopped: VCC went off";
-    else if (!edges_.whole())
+    else if (!whole)
         text = activity_.name() + ": the link was lost meanwhile, edges may be missing";
     else if (panel_.state_.IncrAbort)
         text = activity_.name() + " aborted";
     else
         good = read;
     panel_.tell(good, text,
-                (edges_.whole() ? "" : "at most ") + detail +
+                (whole ? "" : "at most ") + detail +
                     (read ? ", wiper " + volts.caption() + " V" : ", wiper not read"),
                 &pressed_);
 }

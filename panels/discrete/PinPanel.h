@@ -120,8 +120,11 @@ class PinPanel : public DevicePanel {
         /// edge, and its pins must not be driven.
         bool stopped() const { return panel_.state_.IncrAbort || !panel_.services().vccOn(); }
         void progress(int done, int total) { activity_.progress(done, total); }
-        /// \param detail behind the result. \param volts measured at the end.
-        void tellEnd(const std::string& detail, const Reading& volts) const;
+        /// The board has taken every edge so far.
+        bool whole() const { return edges_.whole(); }
+        /// \param detail behind the result. \param whole before the measurement, which is no edge. \param
+        /// volts measured at the end.
+        void tellEnd(const std::string& detail, bool whole, const Reading& volts) const;
 
       private:
         PinPanel& panel_;

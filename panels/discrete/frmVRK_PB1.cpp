@@ -128,9 +128,10 @@ void frmVRK_PB1::cmdIncr_Click(int index) {
         press(kStore, period);
     cmdAbortIncr.setEnabled(false);
     busy.release();
+    const bool whole = run.whole();
     cmdSampleWiper_Click(0);
     pump();
-    run.tellEnd(decimalText(done) + (done == 1 ? " press" : " presses"), lblWiperVolts[0]);
+    run.tellEnd(decimalText(done) + (done == 1 ? " press" : " presses"), whole, lblWiperVolts[0]);
 }
 
 void frmVRK_PB1::cmdAbortIncr_Click() {

@@ -154,9 +154,10 @@ void frmVRK_UD1::cmdIncr_Click(int index) {
         setBit(first + kCs, true);
     cmdAbortIncr[part].setEnabled(false);
     busy.release();
+    const bool whole = run.whole();
     cmdSampleWiper_Click(0);
     pump();
-    run.tellEnd(decimalText(done) + (done == 1 ? " edge" : " edges") + " of /INC", lblWiperVolts);
+    run.tellEnd(decimalText(done) + (done == 1 ? " edge" : " edges") + " of /INC", whole, lblWiperVolts);
 }
 
 void frmVRK_UD1::cmdAbortIncr_Click(int /*part*/) {

@@ -41,7 +41,7 @@ QString refusalOf(const Control& control) {
     const Activity* running = context.activities.current();
     const QString runs = running == nullptr ? QString() : QString::fromStdString(running->name()) + " runs";
     if (!control.panel().enabled())
-        return runs.isEmpty() ? "this page waits for what lies over it" : runs;
+        return runs.isEmpty() ? "this page waits for what lies over it" : "this page waits; " + runs;
     if (!control.reachable())
         return "hidden for this part";
     if (!runs.isEmpty())

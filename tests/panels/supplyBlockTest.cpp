@@ -59,7 +59,7 @@ TEST_F(SupplyBlockTest, TheLastClickHoldsWhereverInTheSwitchItComes) {
         if (i2c().ChkTrack.checked() != track)
             (void)i2c().ChkTrack.userClick();
         for (const bool console : {false, true})
-            for (int ms = 0; ms <= 400; ms += 10)
+            for (int ms = 0; ms <= 400; ms += ms < 10 ? 1 : 10)
                 for (const int last : {1, 0}) {
                     if (console && !track)
                         continue; // its switch leaves VCC on, and says so
@@ -74,11 +74,35 @@ TEST_F(SupplyBlockTest, TheLastClickHoldsWhereverInTheSwitchItComes) {
                     EXPECT_EQ(bus.state().vminus < -1, i2c().OptVM[0].value());
                     EXPECT_EQ(board().OptVCC[0].value(), i2c().OptVCC[0].value());
                     EXPECT_EQ(i2c().ShpVCCon.colour() == Colour::LightRed, i2c().OptVCC[0].value());
+                    EXPECT_EQ(i2c().ShVM.colour() == Colour::LightRed, i2c().OptVM[0].value());
                     if (!console) {
                         EXPECT_TRUE(i2c().OptVCC[last].value());
                         EXPECT_THAT(bench.context().results.kept().back().text,
                                     last == 0 ? "VCC on" : "VCC off");
                     }
+                }
+    }
+    // Three of them, two inside the first.
+    for (const bool track : {true, false}) {
+        if (i2c().ChkTrack.checked() != track)
+            (void)i2c().ChkTrack.userClick();
+        for (int ms = 0; ms <= 200; ms += 10)
+            for (int later = ms; later <= 200; later += 20)
+                for (const int last : {0, 1}) {
+                    SCOPED_TRACE(std::to_string(track) + std::to_string(last) + " at " + std::to_string(ms) +
+                                 " and " + std::to_string(later) + " ms");
+                    (void)i2c().OptVCC[1 - last].userClick();
+                    at(ms, [this, last] { (void)i2c().OptVCC[1 - last].userClick(); });
+                    at(later, [this, last] { (void)i2c().OptVCC[last].userClick(); });
+                    (void)i2c().OptVCC[last].userClick();
+                    clock.sleep(Milliseconds{1000});
+                    pump();
+                    EXPECT_TRUE(i2c().OptVCC[last].value() && board().OptVCC[last].value());
+                    EXPECT_EQ(bus.state().vcc > 1, last == 0);
+                    EXPECT_EQ(bus.state().vminus < -1, i2c().OptVM[0].value());
+                    EXPECT_EQ(i2c().ShpVCCon.colour() == Colour::LightRed, last == 0);
+                    EXPECT_EQ(i2c().ShVM.colour() == Colour::LightRed, i2c().OptVM[0].value());
+                    EXPECT_EQ(bench.context().results.kept().back().text, last == 0 ? "VCC on" : "VCC off");
                 }
     }
     // Without Track every write of the ports has VCC on again behind its switch. It must not stay on for

@@ -128,7 +128,7 @@ TEST_F(InstructionPageTest, ByteIsPutTogetherBeforeItIsSent) {
     EXPECT_FALSE(widget("frmVRK_User1", "cmdMMenu").isEnabled());
     workspace.open(*findPageRow("frmVRK_UD1")); // refused, with a word
     EXPECT_EQ(workspace.front(), &page(kPage));
-    EXPECT_EQ(bench.context().results.kept().back().detail, "Increments of pot 3 runs");
+    EXPECT_EQ(bench.context().results.kept().back().detail, "this page waits; Increments of pot 3 runs");
     // Away and back, the keyboard is on the page.
     (void)bench.frm_q4410.userClose();
     workspace.open(*findPageRow(kPage));

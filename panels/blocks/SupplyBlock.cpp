@@ -93,24 +93,26 @@ void SupplyBlock::OptVCC_Click(int index) {
 bool SupplyBlock::repeated() {
     frmMotherboardDAQ2& board = services_.board();
     auto* active = dynamic_cast<SupplyPanel*>(services_.link.activePanel);
-    // Another panel has the supplies meanwhile, or nobody knows how they are.
-    if (active == nullptr || active->vccOption(0) != &OptVCC[0] || lblVCCVolts.freshness()->failed)
-        return false;
+    const OptionButton* on = active == nullptr ? nullptr : active->vccOption(0);
+    if (on == nullptr || lblVCCVolts.freshness()->failed)
+        return false; // nobody has the switch, or nobody knows how it stands
     const auto pins = board.supplyPins();
     if (!pins)
         return false;
+    const bool mine = on == &OptVCC[0]; // else another panel has been opened meanwhile
+    const int wanted = mine ? asked_ : on->value() ? 0 : 1;
     const int pin = pins->vcc ? 0 : 1;
     const bool fresh = lblVCCVolts.freshness()->state == Freshness::State::Fresh;
-    if (!disturbed_ && fresh && asked_ == pin && board.OptVCC[pin].value() && OptVCC[pin].value())
+    if (mine && !disturbed_ && fresh && wanted == pin && board.OptVCC[pin].value() && OptVCC[pin].value())
         return false;
     board.takeSupplyPins(*pins);
     board.showSuppliesOn(*active);
     // A board that came back without VCC stays so until the user switches it on.
-    if (asked_ == pin || again_ || (asked_ == 0 && !disturbed_))
-        return false;
+    if (wanted == pin || again_ || (wanted == 0 && mine && !disturbed_))
+        return !mine;
     again_ = true;
     const OnScopeExit over([this] { again_ = false; });
-    OptVCC[asked_].setValue(true);
+    active->vccOption(wanted)->setValue(true);
     return true;
 }
 

@@ -55,55 +55,42 @@ TEST_F(SupplyBlockTest, TrackedSuppliesComeUpOffAndSwitchInOneWrite) {
 
 TEST_F(SupplyBlockTest, TheLastClickHoldsWhereverInTheSwitchItComes) {
     openI2c(false);
+    const auto run = [this](int first, const std::vector<int>& inside, int last, bool console = false) {
+        int way = inside.size() % 2 == 1 ? last : 1 - last;
+        for (const int ms : inside) {
+            at(ms, [&switches = console ? board().OptVCC : i2c().OptVCC, way] {
+                (void)switches[way].userClick();
+            });
+            way = 1 - way;
+        }
+        (void)i2c().OptVCC[first].userClick();
+        clock.sleep(Milliseconds{1000});
+        pump();
+        const bool on = i2c().OptVCC[0].value();
+        EXPECT_EQ(bus.state().vcc > 1, on);
+        EXPECT_EQ(bus.state().vminus < -1, i2c().OptVM[0].value());
+        EXPECT_EQ(board().OptVCC[0].value(), on);
+        EXPECT_EQ(i2c().ShpVCCon.colour() == Colour::LightRed, on);
+        EXPECT_EQ(i2c().ShVM.colour() == Colour::LightRed, i2c().OptVM[0].value());
+        if (console)
+            return;
+        EXPECT_EQ(on, last == 0);
+        EXPECT_EQ(bench.context().results.kept().back().text, last == 0 ? "VCC on" : "VCC off");
+    };
     for (const bool track : {true, false}) {
         if (i2c().ChkTrack.checked() != track)
             (void)i2c().ChkTrack.userClick();
-        for (const bool console : {false, true})
-            for (int ms = 0; ms <= 400; ms += ms < 10 ? 1 : 10)
-                for (const int last : {1, 0}) {
-                    if (console && !track)
-                        continue; // its switch leaves VCC on, and says so
-                    SCOPED_TRACE(std::to_string(track) + std::to_string(console) + std::to_string(last) +
-                                 " at " + std::to_string(ms) + " ms");
-                    auto& inside = console ? board().OptVCC : i2c().OptVCC;
-                    at(ms, [&inside, last] { (void)inside[last].userClick(); });
+        for (int ms = 0; ms <= 400; ms += ms < 10 ? 1 : 10)
+            for (const int last : {1, 0}) {
+                SCOPED_TRACE(std::to_string(track) + std::to_string(last) + " " + std::to_string(ms) + " ms");
+                run(1 - last, {ms}, last);
+                for (int later = ms; later <= 200; later += 20) {
                     (void)i2c().OptVCC[1 - last].userClick();
-                    clock.sleep(Milliseconds{1000});
-                    pump();
-                    EXPECT_EQ(bus.state().vcc > 1, i2c().OptVCC[0].value());
-                    EXPECT_EQ(bus.state().vminus < -1, i2c().OptVM[0].value());
-                    EXPECT_EQ(board().OptVCC[0].value(), i2c().OptVCC[0].value());
-                    EXPECT_EQ(i2c().ShpVCCon.colour() == Colour::LightRed, i2c().OptVCC[0].value());
-                    EXPECT_EQ(i2c().ShVM.colour() == Colour::LightRed, i2c().OptVM[0].value());
-                    if (!console) {
-                        EXPECT_TRUE(i2c().OptVCC[last].value());
-                        EXPECT_THAT(bench.context().results.kept().back().text,
-                                    last == 0 ? "VCC on" : "VCC off");
-                    }
+                    run(last, {ms, later}, last);
                 }
-    }
-    // Three of them, two inside the first.
-    for (const bool track : {true, false}) {
-        if (i2c().ChkTrack.checked() != track)
-            (void)i2c().ChkTrack.userClick();
-        for (int ms = 0; ms <= 200; ms += 10)
-            for (int later = ms; later <= 200; later += 20)
-                for (const int last : {0, 1}) {
-                    SCOPED_TRACE(std::to_string(track) + std::to_string(last) + " at " + std::to_string(ms) +
-                                 " and " + std::to_string(later) + " ms");
-                    (void)i2c().OptVCC[1 - last].userClick();
-                    at(ms, [this, last] { (void)i2c().OptVCC[1 - last].userClick(); });
-                    at(later, [this, last] { (void)i2c().OptVCC[last].userClick(); });
-                    (void)i2c().OptVCC[last].userClick();
-                    clock.sleep(Milliseconds{1000});
-                    pump();
-                    EXPECT_TRUE(i2c().OptVCC[last].value() && board().OptVCC[last].value());
-                    EXPECT_EQ(bus.state().vcc > 1, last == 0);
-                    EXPECT_EQ(bus.state().vminus < -1, i2c().OptVM[0].value());
-                    EXPECT_EQ(i2c().ShpVCCon.colour() == Colour::LightRed, last == 0);
-                    EXPECT_EQ(i2c().ShVM.colour() == Colour::LightRed, i2c().OptVM[0].value());
-                    EXPECT_EQ(bench.context().results.kept().back().text, last == 0 ? "VCC on" : "VCC off");
-                }
+                if (track) // else the console's switch leaves VCC on, and says so
+                    run(1 - last, {ms}, last, true);
+            }
     }
     // Without Track every write of the ports has VCC on again behind its switch. It must not stay on for
     // good.
